@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Builds tvplot, writes the sample drawing set and runs the main job on it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/setup.sh
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build -j"$(nproc)"
+./build/make_samples out/samples
+./build/tvplot info out/samples/sample.dxf

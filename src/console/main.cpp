@@ -1,0 +1,3 @@
+#include "console/cli.h"
+
+int main(int argc, char** argv) { return tv::console::RunCli(argc, argv); }
