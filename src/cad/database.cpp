@@ -87,22 +87,35 @@ ObjectId Database::newHandle() {
 }
 
 void Database::sortIndex() const {
-  if (indexSorted_) return;
-  std::stable_sort(index_.begin(), index_.end(), IdLess);
-  indexSorted_ = true;
+  if (pending_.empty()) return;
+  std::sort(pending_.begin(), pending_.end(), IdLess);
+  auto middle = index_.insert(index_.end(), pending_.begin(), pending_.end()) ;
+  std::inplace_merge(index_.begin(), middle, index_.end(), IdLess);
+  pending_.clear();
+}
+
+namespace {
+constexpr std::size_t kMaxPending = 4096;
 }
 
 ObjectId Database::registerObject(DbObject& o) {
   if (o.id.isNull()) o.id = newHandle();
-  if (!index_.empty() && !(index_.back()->id < o.id)) {
-    // Out of order: check for a clash now, so every object keeps a unique id.
-    if (object(o.id) != nullptr || (indexSorted_ && std::binary_search(index_.begin(), index_.end(), &o, IdLess))) {
+  if (index_.empty() || index_.back()->id < o.id) {
+    index_.push_back(&o);
+  } else {
+    // Out of handle order (objects after entities, say): check for a clash now so that every
+    // object keeps a unique id, and merge the stragglers into the sorted index in batches.
+    auto it = std::lower_bound(index_.begin(), index_.end(), &o, IdLess);
+    bool taken = (it != index_.end() && (*it)->id == o.id) ||
+                 std::any_of(pending_.begin(), pending_.end(), [&](const DbObject* p) { return p->id == o.id; });
+    if (taken) {
       o.id = newHandle();
+      index_.push_back(&o);
     } else {
-      indexSorted_ = false;
+      pending_.push_back(&o);
+      if (pending_.size() >= kMaxPending) sortIndex();
     }
   }
-  index_.push_back(&o);
   if (o.id.value >= nextHandle_) nextHandle_ = o.id.value + 1;
   return o.id;
 }
@@ -280,6 +293,7 @@ bool Database::erase(ObjectId id) {
 }
 
 void Database::purgeErased() {
+  sortIndex();
   std::erase_if(index_, [](const DbObject* o) {
     const auto* e = As<Entity>(o);
     return e && e->isErased();

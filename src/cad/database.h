@@ -65,7 +65,7 @@ class Database {
   template <class T>
   T* objectAs(ObjectId id) const { return As<T>(object(id)); }
   Entity* entity(ObjectId id) const { return objectAs<Entity>(id); }
-  std::size_t objectCount() const { return index_.size(); }
+  std::size_t objectCount() const { return index_.size() + pending_.size(); }
   // A handle not used yet ($HANDSEED moves on).
   ObjectId newHandle();
   // Makes `o` findable by id; gives it a new handle when it has none or its handle is taken.
@@ -162,8 +162,8 @@ class Database {
   void addObjectImpl(std::unique_ptr<DbObject> o, ObjectId owner);
   void sortIndex() const;
 
-  mutable std::vector<DbObject*> index_;  // sorted by id when indexSorted_
-  mutable bool indexSorted_ = true;
+  mutable std::vector<DbObject*> index_;    // sorted by id
+  mutable std::vector<DbObject*> pending_;  // registered out of order, not merged yet
   std::uint64_t nextHandle_ = 1;
 };
 
