@@ -44,7 +44,8 @@ class DxfTokenizer {
 
   bool isBinary() const;
   // Reads the next group into `g`. False at end of input or on an error (then `error()` is set).
-  // A clean end of input without "0 EOF" is not an error; the reader decides.
+  // A clean end of input without "0 EOF" is not an error; the reader decides. Input after
+  // "0 EOF" is ignored.
   bool next(DxfGroup& g);
   // Puts the last group back so that the next `next()` returns it again (one level).
   void pushBack();
