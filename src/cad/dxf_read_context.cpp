@@ -1,0 +1,158 @@
+// The reader's side of DxfReadContext: text decoding, record lookups by name, warnings.
+#include <cstring>
+
+#include "cad/dxf_reader_internal.h"
+
+namespace tv::cad::dxf_read {
+
+namespace {
+
+constexpr std::size_t kMaxWarnings = 500;
+
+// True when the text needs neither code page conversion nor escape decoding.
+inline bool IsPlainAscii(std::string_view s) {
+  for (char c : s)
+    if (static_cast<unsigned char>(c) >= 0x80 || c == '\\') return false;
+  return true;
+}
+
+bool IsValidUtf8(std::string_view s) {
+  std::size_t i = 0;
+  while (i < s.size()) {
+    auto c = static_cast<unsigned char>(s[i]);
+    std::size_t n = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
+    if (n == 0 || i + n > s.size()) return false;
+    for (std::size_t k = 1; k < n; ++k)
+      if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
+    i += n;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::size_t NameHash::operator()(std::string_view s) const noexcept {
+  // Eight bytes at a time with bit 5 set, which folds ASCII case (and merges a few punctuation
+  // pairs, harmless for a hash: equality still compares properly).
+  constexpr std::uint64_t kFold = 0x2020202020202020ull;
+  std::uint64_t h = 0x9E3779B97F4A7C15ull ^ s.size();
+  std::size_t i = 0;
+  for (; i + 8 <= s.size(); i += 8) {
+    std::uint64_t w;
+    std::memcpy(&w, s.data() + i, 8);
+    h = (h ^ (w | kFold)) * 0xFF51AFD7ED558CCDull;
+    h ^= h >> 32;
+  }
+  if (i < s.size()) {
+    std::uint64_t w = 0;
+    std::memcpy(&w, s.data() + i, s.size() - i);
+    h = (h ^ (w | (kFold >> (8 * (8 - (s.size() - i)))))) * 0xFF51AFD7ED558CCDull;
+    h ^= h >> 32;
+  }
+  return static_cast<std::size_t>(h);
+}
+
+ObjectId NameIndex::find(std::string_view name) {
+  Recent& slot = recent_[slotOf(name)];
+  if (!slot.id.isNull() && slot.name == name) return slot.id;
+  auto it = map_.find(name);
+  if (it == map_.end()) return {};
+  slot.name.assign(name);
+  slot.id = it->second;
+  return slot.id;
+}
+
+void NameIndex::add(std::string_view name, ObjectId id) { map_.emplace(std::string(name), id); }
+
+std::string Reader::text(std::string_view raw) {
+  if (IsPlainAscii(raw)) return std::string(raw);
+  std::string s = decoder_ ? decoder_->toUtf8(raw) : std::string(raw);
+  if (s.find('\\') != std::string::npos) return DecodeDxfEscapes(s);
+  return s;
+}
+
+std::string Reader::nameText(std::string_view name) {
+  if (IsPlainAscii(name)) return std::string(name);
+  const bool escaped = name.find("\\U+") != std::string_view::npos || name.find("\\M+") != std::string_view::npos;
+  if (!escaped && version_ < DxfVersion::R2007 && IsValidUtf8(name)) return std::string(name);
+  return text(name);
+}
+
+void Reader::warn(std::string message) {
+  if (warnings_.size() >= kMaxWarnings) {
+    ++droppedWarnings_;
+    return;
+  }
+  warnings_.push_back(std::move(message));
+}
+
+void Reader::warnOnce(std::string key, std::string message) {
+  if (warnedOnce_.insert(std::move(key)).second) warn(std::move(message));
+}
+
+ObjectId Reader::layerByName(std::string_view name) {
+  if (name.empty()) return {};
+  if (ObjectId id = layers_.find(name)) return id;
+  std::string utf8 = nameText(name);
+  if (ObjectId id = layers_.find(utf8)) return id;
+  Layer& layer = db_.addLayer(utf8);
+  layers_.add(utf8, layer.id);
+  if (utf8 != name) layers_.add(name, layer.id);
+  // Layer 0 exists in every drawing, declared or not (R12 files often leave it out).
+  if (utf8 != "0") warnOnce("layer:" + utf8, Format("图层 %s 未定义，已创建", utf8.c_str()));
+  return layer.id;
+}
+
+ObjectId Reader::linetypeByName(std::string_view name) {
+  if (name.empty()) return {};
+  if (ObjectId id = linetypes_.find(name)) return id;
+  std::string utf8 = nameText(name);
+  if (ObjectId id = linetypes_.find(utf8)) return id;
+  Linetype& lt = db_.addLinetype(utf8);
+  linetypes_.add(utf8, lt.id);
+  if (utf8 != name) linetypes_.add(name, lt.id);
+  // The standard linetypes are implied even where a file lacks their records.
+  if (!EqualsNoCase(utf8, "ByLayer") && !EqualsNoCase(utf8, "ByBlock") && !EqualsNoCase(utf8, "Continuous"))
+    warnOnce("ltype:" + utf8, Format("线型 %s 未定义，已按实线创建", utf8.c_str()));
+  return lt.id;
+}
+
+ObjectId Reader::textStyleByName(std::string_view name) {
+  if (name.empty()) return {};
+  if (ObjectId id = textStyles_.find(name)) return id;
+  std::string utf8 = nameText(name);
+  if (ObjectId id = textStyles_.find(utf8)) return id;
+  TextStyle& style = db_.addTextStyle(utf8);
+  textStyles_.add(utf8, style.id);
+  if (utf8 != name) textStyles_.add(name, style.id);
+  if (!EqualsNoCase(utf8, "Standard")) warnOnce("style:" + utf8, Format("文字样式 %s 未定义，已创建", utf8.c_str()));
+  return style.id;
+}
+
+ObjectId Reader::dimStyleByName(std::string_view name) {
+  if (name.empty()) return {};
+  if (ObjectId id = dimStyles_.find(name)) return id;
+  std::string utf8 = nameText(name);
+  if (ObjectId id = dimStyles_.find(utf8)) return id;
+  TableRecord& style = db_.addTableRecord("DIMSTYLE", utf8);
+  dimStyles_.add(utf8, style.id);
+  if (utf8 != name) dimStyles_.add(name, style.id);
+  if (!EqualsNoCase(utf8, "Standard"))
+    warnOnce("dimstyle:" + utf8, Format("标注样式 %s 未定义，已创建", utf8.c_str()));
+  return style.id;
+}
+
+ObjectId Reader::blockByName(std::string_view name) {
+  if (name.empty()) return {};
+  if (ObjectId id = blockIds_.find(name)) return id;
+  std::string utf8 = nameText(name);
+  if (auto it = blocksByName_.find(utf8); it != blocksByName_.end()) return it->second->id;
+  // Blocks may be used before their definition (R12 has no block table): warn at the end if
+  // the definition never comes.
+  BlockRecord& b = createBlockRecord(utf8);
+  if (utf8 != name) indexBlock(b, name);
+  blocksOnDemand_.push_back(&b);
+  return b.id;
+}
+
+}  // namespace tv::cad::dxf_read

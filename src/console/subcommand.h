@@ -1,0 +1,32 @@
+#pragma once
+// One `tvplot` subcommand: its name, a line for the command list, its usage and the function
+// that runs it. Each subcommand lives in a file of its own and offers one `XxxSubcommand()`;
+// the table in cli.cpp lists them.
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tv::console {
+
+// Exit codes shared by every subcommand.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitUsage = 1;       // missing argument, unknown option or command
+inline constexpr int kExitUnreadable = 2;  // the drawing could not be read
+
+// Where a subcommand writes: results to `out`, messages and progress to `err`.
+struct CliStreams {
+  std::ostream& out;
+  std::ostream& err;
+  bool errIsTerminal = false;  // progress lines only make sense on a terminal
+};
+
+struct Subcommand {
+  std::string_view name;     // "info"
+  std::string_view summary;  // one line for `tvplot --help`
+  std::string_view usage;    // "用法：tvplot info 图纸.dxf [--json]" and the option lines
+  // Runs with the arguments after the subcommand's name; returns the exit code.
+  int (*run)(const std::vector<std::string>& args, CliStreams& io);
+};
+
+}  // namespace tv::console
