@@ -89,13 +89,14 @@ ObjectId Database::newHandle() {
 void Database::sortIndex() const {
   if (pending_.empty()) return;
   std::sort(pending_.begin(), pending_.end(), IdLess);
-  auto middle = index_.insert(index_.end(), pending_.begin(), pending_.end()) ;
+  auto middle = index_.insert(index_.end(), pending_.begin(), pending_.end());
   std::inplace_merge(index_.begin(), middle, index_.end(), IdLess);
   pending_.clear();
+  pendingIds_.clear();
 }
 
 namespace {
-constexpr std::size_t kMaxPending = 4096;
+constexpr std::size_t kMaxPending = 1 << 16;
 }
 
 ObjectId Database::registerObject(DbObject& o) {
@@ -106,13 +107,13 @@ ObjectId Database::registerObject(DbObject& o) {
     // Out of handle order (objects after entities, say): check for a clash now so that every
     // object keeps a unique id, and merge the stragglers into the sorted index in batches.
     auto it = std::lower_bound(index_.begin(), index_.end(), &o, IdLess);
-    bool taken = (it != index_.end() && (*it)->id == o.id) ||
-                 std::any_of(pending_.begin(), pending_.end(), [&](const DbObject* p) { return p->id == o.id; });
+    bool taken = (it != index_.end() && (*it)->id == o.id) || pendingIds_.contains(o.id.value);
     if (taken) {
       o.id = newHandle();
       index_.push_back(&o);
     } else {
       pending_.push_back(&o);
+      pendingIds_.insert(o.id.value);
       if (pending_.size() >= kMaxPending) sortIndex();
     }
   }

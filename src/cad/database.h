@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "cad/entities.h"
@@ -164,6 +165,7 @@ class Database {
 
   mutable std::vector<DbObject*> index_;    // sorted by id
   mutable std::vector<DbObject*> pending_;  // registered out of order, not merged yet
+  mutable std::unordered_set<std::uint64_t> pendingIds_;
   std::uint64_t nextHandle_ = 1;
 };
 

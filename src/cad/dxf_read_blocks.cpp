@@ -49,7 +49,7 @@ BlockRecord& Reader::createBlockRecord(std::string name) {
   if (block->name.size() > 1 && block->name[0] == '*' && !block->isModelSpace() && !block->isPaperSpace())
     block->blockFlags |= BlockRecord::kAnonymous;
   if (auto it = db_.tableHeads.find("BLOCK_RECORD"); it != db_.tableHeads.end()) block->owner = it->second.id;
-  db_.registerObject(*block);
+  registerLater(*block);
   BlockRecord& ref = *block;
   db_.blocks.push_back(std::move(block));
   indexBlock(ref);
@@ -93,6 +93,7 @@ bool Reader::readEntity(std::string_view dxfName, BlockRecord* owner, bool keep)
   }
   std::unique_ptr<Entity> e = DecodeEntity(dxfName, tok_, *this);
   if (!e) return tok_.error().empty() ? failIncomplete() : failTokenizer();
+  sawHandle(e->id);
   if (!keep) return true;
   const bool paper = TakePaperSpaceFlag(*e);
   if (!owner) {
@@ -140,7 +141,10 @@ bool Reader::readBlockBegin(BlockRecord*& current) {
     if (!next(g)) return false;
     if (g.code == 0) break;
     switch (g.code) {
-      case 5: beginId = ObjectId(static_cast<std::uint64_t>(g.integer)); break;
+      case 5:
+        beginId = ObjectId(static_cast<std::uint64_t>(g.integer));
+        sawHandle(beginId);
+        break;
       case 330: if (recordId.isNull()) recordId = ObjectId(static_cast<std::uint64_t>(g.integer)); break;
       case 8: layer = layerByName(text(TrimBlanks(g.text))); break;
       case 2: rawName = g.text; haveName = true; break;
@@ -210,7 +214,10 @@ bool Reader::readBlockEnd(BlockRecord* current) {
   for (;;) {
     if (!next(g)) return false;
     if (g.code == 0) break;
-    if (g.code == 5 && current) current->endId = ObjectId(static_cast<std::uint64_t>(g.integer));
+    if (g.code == 5) {
+      sawHandle(ObjectId(static_cast<std::uint64_t>(g.integer)));
+      if (current) current->endId = ObjectId(static_cast<std::uint64_t>(g.integer));
+    }
   }
   tok_.pushBack();
   return true;

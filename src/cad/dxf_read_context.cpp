@@ -90,56 +90,85 @@ void Reader::warnOnce(std::string key, std::string message) {
   if (warnedOnce_.insert(std::move(key)).second) warn(std::move(message));
 }
 
-ObjectId Reader::layerByName(std::string_view name) {
+template <class T>
+T& Reader::newRecord(std::vector<std::unique_ptr<T>>& records, std::string name, const std::string& table) {
+  auto r = std::make_unique<T>();
+  r->name = std::move(name);
+  if (auto it = db_.tableHeads.find(table); it != db_.tableHeads.end()) r->owner = it->second.id;
+  registerLater(*r);
+  records.push_back(std::move(r));
+  return *records.back();
+}
+
+void Reader::registerLater(DbObject& o) {
+  // Only $HANDSEED promises a handle above every one still to come in the file, and only while
+  // no handle read so far has proved it wrong.
+  if (fileHandSeed_ == 0 || maxHandleSeen_ >= fileHandSeed_) {
+    db_.registerObject(o);
+    return;
+  }
+  o.id = db_.newHandle();
+  deferred_.push_back(&o);
+}
+
+void Reader::registerDeferred() {
+  for (DbObject* o : deferred_) {
+    const ObjectId wanted = o->id;
+    if (db_.registerObject(*o) != wanted)
+      warn(Format("句柄 %s 被文件中的对象占用，补建的记录改用了新句柄", wanted.handleText().c_str()));
+  }
+  deferred_.clear();
+}
+
+template <class Create>
+ObjectId Reader::lookUp(NameIndex& index, std::string_view name, Create&& create) {
   if (name.empty()) return {};
-  if (ObjectId id = layers_.find(name)) return id;
+  if (ObjectId id = index.find(name)) return id;
   std::string utf8 = nameText(name);
-  if (ObjectId id = layers_.find(utf8)) return id;
-  Layer& layer = db_.addLayer(utf8);
-  layers_.add(utf8, layer.id);
-  if (utf8 != name) layers_.add(name, layer.id);
-  // Layer 0 exists in every drawing, declared or not (R12 files often leave it out).
-  if (utf8 != "0") warnOnce("layer:" + utf8, Format("图层 %s 未定义，已创建", utf8.c_str()));
-  return layer.id;
+  if (ObjectId id = index.find(utf8)) return id;
+  ObjectId id = create(utf8);
+  index.add(utf8, id);
+  if (utf8 != name) index.add(name, id);
+  return id;
+}
+
+ObjectId Reader::layerByName(std::string_view name) {
+  return lookUp(layers_, name, [this](const std::string& utf8) {
+    Layer& layer = newRecord(db_.layers, utf8, "LAYER");
+    layer.linetype = linetypeByName("Continuous");
+    // Layer 0 exists in every drawing, declared or not (R12 files often leave it out).
+    if (utf8 != "0") warnOnce("layer:" + utf8, Format("图层 %s 未定义，已创建", utf8.c_str()));
+    return layer.id;
+  });
 }
 
 ObjectId Reader::linetypeByName(std::string_view name) {
-  if (name.empty()) return {};
-  if (ObjectId id = linetypes_.find(name)) return id;
-  std::string utf8 = nameText(name);
-  if (ObjectId id = linetypes_.find(utf8)) return id;
-  Linetype& lt = db_.addLinetype(utf8);
-  linetypes_.add(utf8, lt.id);
-  if (utf8 != name) linetypes_.add(name, lt.id);
-  // The standard linetypes are implied even where a file lacks their records.
-  if (!EqualsNoCase(utf8, "ByLayer") && !EqualsNoCase(utf8, "ByBlock") && !EqualsNoCase(utf8, "Continuous"))
-    warnOnce("ltype:" + utf8, Format("线型 %s 未定义，已按实线创建", utf8.c_str()));
-  return lt.id;
+  return lookUp(linetypes_, name, [this](const std::string& utf8) {
+    Linetype& lt = newRecord(db_.linetypes, utf8, "LTYPE");
+    // The standard linetypes are implied even where a file lacks their records.
+    if (EqualsNoCase(utf8, "Continuous")) lt.description = "Solid line";
+    else if (!EqualsNoCase(utf8, "ByLayer") && !EqualsNoCase(utf8, "ByBlock"))
+      warnOnce("ltype:" + utf8, Format("线型 %s 未定义，已按实线创建", utf8.c_str()));
+    return lt.id;
+  });
 }
 
 ObjectId Reader::textStyleByName(std::string_view name) {
-  if (name.empty()) return {};
-  if (ObjectId id = textStyles_.find(name)) return id;
-  std::string utf8 = nameText(name);
-  if (ObjectId id = textStyles_.find(utf8)) return id;
-  TextStyle& style = db_.addTextStyle(utf8);
-  textStyles_.add(utf8, style.id);
-  if (utf8 != name) textStyles_.add(name, style.id);
-  if (!EqualsNoCase(utf8, "Standard")) warnOnce("style:" + utf8, Format("文字样式 %s 未定义，已创建", utf8.c_str()));
-  return style.id;
+  return lookUp(textStyles_, name, [this](const std::string& utf8) {
+    TextStyle& style = newRecord(db_.textStyles, utf8, "STYLE");
+    if (!EqualsNoCase(utf8, "Standard")) warnOnce("style:" + utf8, Format("文字样式 %s 未定义，已创建", utf8.c_str()));
+    return style.id;
+  });
 }
 
 ObjectId Reader::dimStyleByName(std::string_view name) {
-  if (name.empty()) return {};
-  if (ObjectId id = dimStyles_.find(name)) return id;
-  std::string utf8 = nameText(name);
-  if (ObjectId id = dimStyles_.find(utf8)) return id;
-  TableRecord& style = db_.addTableRecord("DIMSTYLE", utf8);
-  dimStyles_.add(utf8, style.id);
-  if (utf8 != name) dimStyles_.add(name, style.id);
-  if (!EqualsNoCase(utf8, "Standard"))
-    warnOnce("dimstyle:" + utf8, Format("标注样式 %s 未定义，已创建", utf8.c_str()));
-  return style.id;
+  return lookUp(dimStyles_, name, [this](const std::string& utf8) {
+    TableRecord& style = newRecord(db_.otherTables["DIMSTYLE"], utf8, "DIMSTYLE");
+    style.table = "DIMSTYLE";
+    if (!EqualsNoCase(utf8, "Standard"))
+      warnOnce("dimstyle:" + utf8, Format("标注样式 %s 未定义，已创建", utf8.c_str()));
+    return style.id;
+  });
 }
 
 ObjectId Reader::blockByName(std::string_view name) {

@@ -83,6 +83,7 @@ bool Reader::readTableHead(TableHead& head) {
     }
     if (g.code == 5 && head.id.isNull()) {
       head.id = Handle(g);
+      sawHandle(head.id);
     } else if (g.code == 102) {
       if (!head.extras) head.extras = std::make_unique<ObjectExtras>();
       if (!read102Into(*head.extras, g)) return false;

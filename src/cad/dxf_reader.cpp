@@ -213,6 +213,7 @@ bool Reader::readObjectPrefix(DbObject& o, int handleCode) {
     if (g.code == handleCode || (g.code == 5 && o.id.isNull())) {
       o.id = ObjectId(static_cast<std::uint64_t>(g.integer));
       if (g.kind != GroupKind::Handle) o.id = ObjectId::fromHandleText(TrimBlanks(g.text));
+      sawHandle(o.id);
     } else if (g.code == 102) {
       if (!read102(o, g)) return false;
     } else if (g.code == 330 && !haveOwner) {
@@ -255,6 +256,7 @@ bool Reader::readHeader() {
   }
   const std::string acadver(TrimBlanks(db_.header.getString("$ACADVER")));
   if (!acadver.empty()) version_ = DxfVersionOf(acadver);
+  fileHandSeed_ = db_.header.getHandle("$HANDSEED").value;
   if (!ensureDecoder()) return false;
   for (auto& var : db_.header.variables)
     for (auto& value : var.values)
@@ -414,6 +416,7 @@ DxfReadResult Reader::run() {
 
 void Reader::finish() {
   resolveLayerLinetypes();
+  registerDeferred();
   for (BlockRecord* b : blocksOnDemand_)
     if (!definedBlocks_.count(b)) warn(Format("块 %s 被引用但没有定义", b->name.c_str()));
   if (!db_.header.find("$ACADVER")) {

@@ -1,5 +1,6 @@
 #pragma once
 // Internals of the DXF reader, shared by its section readers (dxf_read_*.cpp).
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -61,6 +62,8 @@ class NameIndex {
   Recent recent_[kRecent];
 };
 
+// One read of one file: walks the sections and builds the database, and serves the entity
+// decoder as its DxfReadContext.
 class Reader final : public DxfReadContext {
  public:
   // Counts the lines of the input, for the message about a file that ends too early.
@@ -89,7 +92,7 @@ class Reader final : public DxfReadContext {
   bool fail(std::string message);
   // Skips groups up to the next 0 group (left unread).
   bool skipToNextEntry();
-  // Reads the rest of a section when its 0 group is neither ENDSEC nor expected.
+  // Skips to the end of a section the reader does not interpret (THUMBNAILIMAGE, ACDSDATA …).
   bool skipSection();
   void reportProgress();
 
@@ -153,6 +156,17 @@ class Reader final : public DxfReadContext {
   // ---- end of reading --------------------------------------------------------------------------
   void finish();
 
+  // Records the file refers to without declaring them. With a $HANDSEED they get a handle above
+  // the file's at once but join the database's index only at the end, so that the entities that
+  // follow, with lower handles, keep arriving in handle order (the fast way to register).
+  template <class T>
+  T& newRecord(std::vector<std::unique_ptr<T>>& records, std::string name, const std::string& table);
+  void registerLater(DbObject& o);
+  void sawHandle(ObjectId id) { maxHandleSeen_ = std::max(maxHandleSeen_, id.value); }
+  void registerDeferred();
+  // A record by name from `index`; `create(utf8Name)` makes a missing one and returns its id.
+  template <class Create>
+  ObjectId lookUp(NameIndex& index, std::string_view name, Create&& create);
   // Names are decoded unless they are already UTF-8 text (the entity codec may pass either).
   std::string nameText(std::string_view name);
   // A warning given once per key (a missing layer is reported once, not per entity).
@@ -184,9 +198,12 @@ class Reader final : public DxfReadContext {
   std::vector<BlockRecord*> blocksOnDemand_;         // referred to before (or without) a definition
   BlockRecord* modelSpace_ = nullptr;
   BlockRecord* paperSpace_ = nullptr;
-  BlockRecord* lastOwner_ = nullptr;
-  int anonymousCounter_ = 0;  // entity owners come in runs: skip the map then
+  BlockRecord* lastOwner_ = nullptr;  // entity owners come in runs: skip the map then
+  int anonymousCounter_ = 0;
   std::vector<std::pair<Layer*, std::string>> layerLinetypes_;
+  std::vector<DbObject*> deferred_;  // see registerLater
+  std::uint64_t fileHandSeed_ = 0;   // $HANDSEED of the HEADER, 0 when absent
+  std::uint64_t maxHandleSeen_ = 0;
 };
 
 }  // namespace tv::cad::dxf_read

@@ -398,7 +398,7 @@ class Viewport final : public EntityOf<Viewport, Entity, ObjectType::Viewport> {
   double lensLength = 50;    // 42
   double frontClip = 0, backClip = 0;  // 43, 44
   std::int32_t statusFlags = 0;  // 90
-  std::vector<ObjectId> frozenLayers;  // 341
+  std::vector<ObjectId> frozenLayers;  // 331 (341 in some writers)
   ObjectId clipBoundary;     // 340, an entity of the same paper space
   std::string plotStyleSheet;  // 1
   std::int16_t renderMode = 0;  // 281

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cad/dxf_reader.h"
+#include "cad/drawing_file.h"
 #include "console/args.h"
 #include "console/drawing_summary.h"
 #include "console/info_report.h"
@@ -63,7 +63,7 @@ int RunInfo(const std::vector<std::string>& args, CliStreams& io) {
     ProgressLine progress(io.err, io.errIsTerminal && !ec && size > kProgressThreshold, "正在读取 " + Printable(name));
     cad::DxfReadOptions options;
     options.progress = [&](std::uint64_t done, std::uint64_t total) { progress.update(done, total); };
-    result = cad::ReadDxf(path, options);
+    result = cad::ReadDrawing(path, options);
   }
   if (!result.ok()) return Fail(io, result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error);
 

@@ -111,8 +111,14 @@ TEST(DxfReader, MinimalAndOldDrawings) {
   EXPECT_TRUE(r12.db->modelSpace()->entities.empty());
   EXPECT_NE(r12.db->findLayer("0"), nullptr);
 
-  DxfReadResult old = ReadDxf((kExamples / "Minimal_DXF_AC1006.dxf").string());
+  const fs::path oldPath = kExamples / "Minimal_DXF_AC1006.dxf";
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
+  DxfReadOptions options;
+  options.progress = [&](std::uint64_t done, std::uint64_t total) { progress.emplace_back(done, total); };
+  DxfReadResult old = ReadDxf(oldPath.string(), options);
   ASSERT_TRUE(old.ok()) << old.error;
+  ASSERT_FALSE(progress.empty());
+  EXPECT_EQ(progress.back(), std::make_pair(std::uint64_t{fs::file_size(oldPath)}, std::uint64_t{fs::file_size(oldPath)}));
   EXPECT_TRUE(old.warnings.empty()) << old.warnings.front();
   const Database& db = *old.db;
   EXPECT_EQ(db.modelSpace()->entities.size(), 3u);
@@ -625,6 +631,46 @@ TEST(DxfReader, BlocksEntitiesAndOwners) {
   std::vector<std::string> expected = {"图层 Frames 未定义，已创建", "第 193 行的 SEQEND 不属于任何实体，已忽略"};
   std::erase_if(r.warnings, [](const std::string& w) { return w.find("重复定义") != std::string::npos; });
   EXPECT_EQ(r.warnings, expected);
+}
+
+TEST(DxfReader, UndeclaredRecordsTakeHandlesFromTheSeed) {
+  DxfReadResult r = ReadSpec(R"(
+    0 SECTION
+    2 HEADER
+    9 $ACADVER
+    1 AC1015
+    9 $HANDSEED
+    5 100
+    0 ENDSEC
+    0 SECTION
+    2 ENTITIES
+    0 LINE
+    5 20
+    8 Ghost
+    10 0
+    20 0
+    11 1
+    21 1
+    0 LINE
+    5 21
+    8 GHOST
+    10 0
+    20 0
+    11 1
+    21 1
+    0 ENDSEC
+    0 EOF
+  )");
+  ASSERT_TRUE(r.ok()) << r.error;
+  const Database& db = *r.db;
+  const Layer* ghost = db.findLayer("Ghost");
+  ASSERT_NE(ghost, nullptr);
+  EXPECT_GE(ghost->id.value, 0x100u);
+  EXPECT_EQ(db.object(ghost->id), ghost);
+  for (const auto& e : db.modelSpace()->entities) EXPECT_EQ(e->layer, ghost->id);
+  EXPECT_EQ(db.object(ObjectId(0x21)), db.modelSpace()->entities.at(1).get());
+  EXPECT_GT(db.header.getHandle("$HANDSEED"), ghost->id);
+  EXPECT_EQ(r.warnings, std::vector<std::string>{"图层 Ghost 未定义，已创建"});
 }
 
 TEST(DxfReader, R12LayoutBlocksAndPaperSpace) {
