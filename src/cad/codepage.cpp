@@ -9,6 +9,8 @@
 #include <cstring>
 #include <utility>
 
+#include "cad/utf8.h"
+
 namespace tv::cad {
 
 namespace {
@@ -39,64 +41,13 @@ bool IsAscii(std::string_view s) {
   return true;
 }
 
-// Length of the valid UTF-8 sequence at s[i], or 0 when the bytes there are not one.
-std::size_t Utf8SequenceLength(std::string_view s, std::size_t i, char32_t* cp = nullptr) {
-  auto b = [&](std::size_t k) { return static_cast<unsigned char>(s[k]); };
-  unsigned char c = b(i);
-  if (c < 0x80) {
-    if (cp) *cp = c;
-    return 1;
-  }
-  std::size_t len;
-  char32_t v;
-  if (c >= 0xC2 && c <= 0xDF) {
-    len = 2;
-    v = c & 0x1F;
-  } else if (c >= 0xE0 && c <= 0xEF) {
-    len = 3;
-    v = c & 0x0F;
-  } else if (c >= 0xF0 && c <= 0xF4) {
-    len = 4;
-    v = c & 0x07;
-  } else {
-    return 0;
-  }
-  if (i + len > s.size()) return 0;
-  for (std::size_t k = 1; k < len; ++k) {
-    if ((b(i + k) & 0xC0) != 0x80) return 0;
-    v = (v << 6) | (b(i + k) & 0x3F);
-  }
-  // Overlong forms, surrogates and values past U+10FFFF are not valid.
-  if ((len == 3 && v < 0x800) || (len == 4 && (v < 0x10000 || v > 0x10FFFF)) || (v >= 0xD800 && v <= 0xDFFF))
-    return 0;
-  if (cp) *cp = v;
-  return len;
-}
-
-void AppendUtf8(std::string& out, char32_t cp) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
 std::string RepairUtf8(std::string_view s) {
   if (IsAscii(s)) return std::string(s);
   std::string out;
   out.reserve(s.size());
   for (std::size_t i = 0; i < s.size();) {
-    std::size_t n = Utf8SequenceLength(s, i);
+    char32_t cp;
+    std::size_t n = DecodeUtf8(s, i, cp);
     if (n == 0) {
       out += kReplacement;
       ++i;
@@ -324,7 +275,8 @@ std::optional<std::string> Utf8ToCodePage(std::string_view utf8, std::string_vie
   std::string out;
   Convert(h.cd, utf8, out, [](std::string_view rest, std::string& o) -> std::size_t {
     o += '?';
-    std::size_t n = Utf8SequenceLength(rest, 0);
+    char32_t cp;
+    std::size_t n = DecodeUtf8(rest, 0, cp);
     return n ? n : 1;
   });
   return out;
@@ -428,7 +380,7 @@ std::string EncodeDxfEscapes(std::string_view utf8) {
   };
   for (std::size_t i = 0; i < utf8.size();) {
     char32_t cp = 0;
-    std::size_t n = Utf8SequenceLength(utf8, i, &cp);
+    std::size_t n = DecodeUtf8(utf8, i, cp);
     if (n == 0) {
       cp = 0xFFFD;
       n = 1;

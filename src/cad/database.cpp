@@ -3,23 +3,16 @@
 #include <algorithm>
 #include <charconv>
 
+#include "cad/names_internal.h"
+
 namespace tv::cad {
 
 namespace {
 
-char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (Upper(a[i]) != Upper(b[i])) return false;
-  return true;
-}
-
 template <class T>
 T* FindByName(const std::vector<std::unique_ptr<T>>& records, std::string_view name) {
   for (const auto& r : records)
-    if (EqualNoCase(r->name, name)) return r.get();
+    if (EqualsNoCase(r->name, name)) return r.get();
   return nullptr;
 }
 
@@ -60,7 +53,7 @@ std::string_view ReleaseName(DxfVersion v) {
 }
 
 DxfVersion DxfVersionOf(std::string_view acadver) {
-  if (acadver.size() >= 2 && Upper(acadver[0]) == 'A' && Upper(acadver[1]) == 'C') acadver.remove_prefix(2);
+  if (acadver.size() >= 2 && AsciiUpper(acadver[0]) == 'A' && AsciiUpper(acadver[1]) == 'C') acadver.remove_prefix(2);
   int n = 0;
   auto r = std::from_chars(acadver.data(), acadver.data() + acadver.size(), n);
   if (r.ec != std::errc{}) return DxfVersion::R12;
@@ -240,7 +233,7 @@ std::vector<Layout*> Database::layoutsInTabOrder() const {
 
 Layout* Database::findLayout(std::string_view name) const {
   for (const auto& o : objects)
-    if (auto* l = As<Layout>(o.get()); l && EqualNoCase(l->name, name)) return l;
+    if (auto* l = As<Layout>(o.get()); l && EqualsNoCase(l->name, name)) return l;
   return nullptr;
 }
 

@@ -100,26 +100,30 @@ void EncodePolyline(Writer& w, const Polyline& e) {
   EncodeSubEntityHead(w, e, "SEQEND", e.seqendId);
 }
 
-void EncodeCircle(Writer& w, const Circle& e) {
-  const std::size_t k = EncodeCommon(w, e, "CIRCLE");
-  DxfOutput& out = w.out;
+namespace {
+
+// The AcDbCircle part, which ARC shares with CIRCLE.
+template <class CircleOrArc>
+void EncodeCircleGroups(DxfOutput& out, const CircleOrArc& e) {
   out.str(100, "AcDbCircle");
   if (e.thickness != 0) out.real(39, e.thickness);
   out.point(10, e.center);
   out.real(40, e.radius);
   out.normal(210, e.normal);
+}
+
+}  // namespace
+
+void EncodeCircle(Writer& w, const Circle& e) {
+  const std::size_t k = EncodeCommon(w, e, "CIRCLE");
+  EncodeCircleGroups(w.out, e);
   EncodeTail(w, e, k);
 }
 
 void EncodeArc(Writer& w, const Arc& e) {
   const std::size_t k = EncodeCommon(w, e, "ARC");
-  DxfOutput& out = w.out;
-  out.str(100, "AcDbCircle");
-  if (e.thickness != 0) out.real(39, e.thickness);
-  out.point(10, e.center);
-  out.real(40, e.radius);
-  out.normal(210, e.normal);
-  out.str(100, "AcDbArc");
+  EncodeCircleGroups(w.out, e);
+  w.out.str(100, "AcDbArc");
   w.angle(50, e.startAngle);
   w.angle(51, e.endAngle);
   EncodeTail(w, e, k);

@@ -1,6 +1,7 @@
 // Encoding of TEXT, ATTDEF, ATTRIB, MTEXT and INSERT with its attributes.
 #include "cad/codepage.h"
 #include "cad/dxf_entity_codec_internal.h"
+#include "cad/utf8.h"
 
 namespace tv::cad::codec {
 
@@ -86,8 +87,7 @@ void EncodeMText(Writer& w, const MText& e) {
     rest = escaped;
   }
   while (rest.size() > kMTextChunk) {
-    std::size_t cut = kMTextChunk;
-    while (cut > 0 && (static_cast<unsigned char>(rest[cut]) & 0xC0) == 0x80) --cut;
+    std::size_t cut = Utf8CharStart(rest, kMTextChunk);
     if (cut == 0) cut = kMTextChunk;
     out.str(3, rest.substr(0, cut));
     rest.remove_prefix(cut);

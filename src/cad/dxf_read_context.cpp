@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "cad/dxf_reader_internal.h"
+#include "cad/utf8.h"
 
 namespace tv::cad::dxf_read {
 
@@ -17,15 +18,9 @@ inline bool IsPlainAscii(std::string_view s) {
 }
 
 bool IsValidUtf8(std::string_view s) {
-  std::size_t i = 0;
-  while (i < s.size()) {
-    auto c = static_cast<unsigned char>(s[i]);
-    std::size_t n = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
-    if (n == 0 || i + n > s.size()) return false;
-    for (std::size_t k = 1; k < n; ++k)
-      if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return false;
-    i += n;
-  }
+  char32_t cp;
+  for (std::size_t i = 0, n = 0; i < s.size(); i += n)
+    if ((n = DecodeUtf8(s, i, cp)) == 0) return false;
   return true;
 }
 

@@ -131,27 +131,22 @@ bool Reader::readDictionary(Dictionary& d) {
 bool Reader::readXrecord(Xrecord& x) {
   // Only the first 100 marker and a 280 right after it are the class's own; everything after
   // is data, whatever its code (102 and 100 included).
-  DxfGroup g;
   bool marker = false, data = false;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) {
-      tok_.pushBack();
-      return true;
-    }
+  return forEachGroupOfEntry([&](const DxfGroup& g) {
     if (g.code == 100 && !marker && !data) {
       marker = true;
-      continue;
+      return true;
     }
     if (g.code == 280 && !data) {
       x.cloning = Int16(g);
       data = true;
-      continue;
+      return true;
     }
     if (g.code == 1001) return readXdata(x.extras().xdata, g);
     data = true;
     x.data.push_back(toGroup(g));
-  }
+    return true;
+  });
 }
 
 bool Reader::readLayout(Layout& l) {
@@ -295,16 +290,11 @@ bool Reader::readSpatialFilter(SpatialFilter& f) {
 }
 
 bool Reader::readGenericObject(GenericObject& o) {
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) {
-      tok_.pushBack();
-      return true;
-    }
-    if (g.code == 1001) return readXdata(o.extras().xdata, g);
+  return forEachGroupOfEntry([&](const DxfGroup& g) {
+    if (g.code == 1001) return readXdata(o.extras().xdata, g);  // runs to the next 0 group
     o.groups.push_back(toGroup(g));
-  }
+    return true;
+  });
 }
 
 }  // namespace tv::cad::dxf_read

@@ -73,20 +73,14 @@ bool Reader::readTables() {
 }
 
 bool Reader::readTableHead(TableHead& head) {
-  DxfGroup g;
   bool haveOwner = false, afterCount = false;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) {
-      tok_.pushBack();
-      return true;
-    }
+  return forEachGroupOfEntry([&](const DxfGroup& g) {
     if (g.code == 5 && head.id.isNull()) {
       head.id = Handle(g);
       sawHandle(head.id);
     } else if (g.code == 102) {
       if (!head.extras) head.extras = std::make_unique<ObjectExtras>();
-      if (!read102Into(*head.extras, g)) return false;
+      return read102Into(*head.extras, g);
     } else if (g.code == 330 && !haveOwner) {
       haveOwner = true;  // always 0: tables belong to the drawing
     } else if (g.code == 100 && !afterCount && TrimBlanks(g.text) == "AcDbSymbolTable") {
@@ -95,11 +89,12 @@ bool Reader::readTableHead(TableHead& head) {
       afterCount = true;  // the count is recomputed when writing
     } else if (g.code == 1001) {
       if (!head.extras) head.extras = std::make_unique<ObjectExtras>();
-      if (!readXdata(head.extras->xdata, g)) return false;
+      return readXdata(head.extras->xdata, g);
     } else {
       head.extra.push_back(toGroup(g));  // e.g. DIMSTYLE's 100 AcDbDimStyleTable, 71 and 340 list
     }
-  }
+    return true;
+  });
 }
 
 bool Reader::readTable(std::string tableName, bool withHead) {
@@ -155,42 +150,44 @@ inline Common CommonGroup(const DxfGroup& g, bool& haveName, bool& haveFlags) {
 }
 }  // namespace
 
-bool Reader::readLayer() {
-  auto layer = std::make_unique<Layer>();
-  if (!readObjectPrefix(*layer)) return false;
-  std::string rawName, linetype;
+template <class Field>
+bool Reader::readRecord(DbObject& r, std::string& rawName, std::int16_t& flags, Field field) {
+  if (!readObjectPrefix(r)) return false;
   bool haveName = false, haveFlags = false;
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) break;
+  return forEachGroupOfEntry([&](const DxfGroup& g) {
     switch (CommonGroup(g, haveName, haveFlags)) {
-      case Common::Marker: continue;
-      case Common::Name: rawName = g.text; continue;
-      case Common::Flags: layer->standardFlags = Int16(g); continue;
+      case Common::Marker: return true;
+      case Common::Name: rawName = g.text; return true;
+      case Common::Flags: flags = Int16(g); return true;
       case Common::None: break;
     }
+    if (field(g)) return true;
+    if (g.code == 102) return read102(r, g);
+    if (g.code == 1001) return readXdata(r.extras().xdata, g);
+    r.extras().unknown.push_back(toGroup(g));
+    return true;
+  });
+}
+
+bool Reader::readLayer() {
+  auto layer = std::make_unique<Layer>();
+  std::string rawName, linetype;
+  bool ok = readRecord(*layer, rawName, layer->standardFlags, [&](const DxfGroup& g) {
     switch (g.code) {
       case 62:
         layer->on = g.integer >= 0;
         layer->colorIndex = static_cast<std::int16_t>(g.integer < 0 ? -g.integer : g.integer);
-        break;
-      case 420: layer->trueColor = static_cast<std::int32_t>(g.integer & 0xFFFFFF); break;
-      case 6: linetype = g.text; break;
-      case 290: layer->plottable = g.integer != 0; break;
-      case 370: layer->lineweight = Int16(g); break;
-      case 390: layer->plotStyle = Handle(g); break;
-      case 347: layer->material = Handle(g); break;
-      case 102:
-        if (!read102(*layer, g)) return false;
-        break;
-      case 1001:
-        if (!readXdata(layer->extras().xdata, g)) return false;
-        break;
-      default: layer->extras().unknown.push_back(toGroup(g)); break;
+        return true;
+      case 420: layer->trueColor = static_cast<std::int32_t>(g.integer & 0xFFFFFF); return true;
+      case 6: linetype = g.text; return true;
+      case 290: layer->plottable = g.integer != 0; return true;
+      case 370: layer->lineweight = Int16(g); return true;
+      case 390: layer->plotStyle = Handle(g); return true;
+      case 347: layer->material = Handle(g); return true;
+      default: return false;
     }
-  }
-  tok_.pushBack();
+  });
+  if (!ok) return false;
   layer->name = text(rawName);
   if (layer->name.empty()) {
     warn("LAYER 表中有无名图层，已忽略");
@@ -209,37 +206,20 @@ void Reader::resolveLayerLinetypes() {
 
 bool Reader::readTextStyle() {
   auto style = std::make_unique<TextStyle>();
-  if (!readObjectPrefix(*style)) return false;
   std::string name;
-  bool haveName = false, haveFlags = false;
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) break;
-    switch (CommonGroup(g, haveName, haveFlags)) {
-      case Common::Marker: continue;
-      case Common::Name: name = g.text; continue;
-      case Common::Flags: style->standardFlags = Int16(g); continue;
-      case Common::None: break;
-    }
+  bool ok = readRecord(*style, name, style->standardFlags, [&](const DxfGroup& g) {
     switch (g.code) {
-      case 40: style->height = g.real; break;
-      case 41: style->widthFactor = g.real; break;
-      case 50: style->oblique = DegToRad(g.real); break;
-      case 71: style->generation = Int16(g); break;
-      case 42: style->lastHeight = g.real; break;
-      case 3: style->fontFile = text(TrimBlanks(g.text)); break;
-      case 4: style->bigFontFile = text(TrimBlanks(g.text)); break;
-      case 102:
-        if (!read102(*style, g)) return false;
-        break;
-      case 1001:
-        if (!readXdata(style->extras().xdata, g)) return false;
-        break;
-      default: style->extras().unknown.push_back(toGroup(g)); break;
+      case 40: style->height = g.real; return true;
+      case 41: style->widthFactor = g.real; return true;
+      case 50: style->oblique = DegToRad(g.real); return true;
+      case 71: style->generation = Int16(g); return true;
+      case 42: style->lastHeight = g.real; return true;
+      case 3: style->fontFile = text(TrimBlanks(g.text)); return true;
+      case 4: style->bigFontFile = text(TrimBlanks(g.text)); return true;
+      default: return false;
     }
-  }
-  tok_.pushBack();
+  });
+  if (!ok) return false;
   // The TrueType family: extended data of application ACAD, its first 1000 string.
   if (const ObjectExtras* x = style->extrasIfAny()) {
     bool inAcad = false;
@@ -259,56 +239,37 @@ bool Reader::readTextStyle() {
 
 bool Reader::readLinetype() {
   auto lt = std::make_unique<Linetype>();
-  if (!readObjectPrefix(*lt)) return false;
   std::string name;
-  bool haveName = false, haveFlags = false;
   LinetypeDash* dash = nullptr;
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) break;
-    switch (CommonGroup(g, haveName, haveFlags)) {
-      case Common::Marker: continue;
-      case Common::Name: name = g.text; continue;
-      case Common::Flags: lt->standardFlags = Int16(g); continue;
-      case Common::None: break;
-    }
+  bool ok = readRecord(*lt, name, lt->standardFlags, [&](const DxfGroup& g) {
     if (g.code == 49) {
       lt->dashes.emplace_back();
       dash = &lt->dashes.back();
       dash->length = g.real;
-      continue;
+      return true;
     }
     if (dash) {
-      bool used = true;
       switch (g.code) {
-        case 74: dash->shapeFlags = Int16(g); break;
-        case 75: dash->shapeNumber = Int16(g); break;
-        case 340: dash->shapeStyle = Handle(g); break;
-        case 46: dash->shapeScale = g.real; break;
-        case 50: dash->shapeRotation = g.real; break;
-        case 44: dash->offsetX = g.real; break;
-        case 45: dash->offsetY = g.real; break;
-        case 9: dash->text = text(g.text); break;
-        default: used = false; break;
+        case 74: dash->shapeFlags = Int16(g); return true;
+        case 75: dash->shapeNumber = Int16(g); return true;
+        case 340: dash->shapeStyle = Handle(g); return true;
+        case 46: dash->shapeScale = g.real; return true;
+        case 50: dash->shapeRotation = g.real; return true;
+        case 44: dash->offsetX = g.real; return true;
+        case 45: dash->offsetY = g.real; return true;
+        case 9: dash->text = text(g.text); return true;
+        default: break;
       }
-      if (used) continue;
     }
     switch (g.code) {
-      case 3: lt->description = text(g.text); break;
-      case 72: lt->alignment = Int16(g); break;
-      case 73: break;  // the dash count follows from the 49 groups
-      case 40: lt->patternLength = g.real; break;
-      case 102:
-        if (!read102(*lt, g)) return false;
-        break;
-      case 1001:
-        if (!readXdata(lt->extras().xdata, g)) return false;
-        break;
-      default: lt->extras().unknown.push_back(toGroup(g)); break;
+      case 3: lt->description = text(g.text); return true;
+      case 72: lt->alignment = Int16(g); return true;
+      case 73: return true;  // the dash count follows from the 49 groups
+      case 40: lt->patternLength = g.real; return true;
+      default: return false;
     }
-  }
-  tok_.pushBack();
+  });
+  if (!ok) return false;
   lt->name = text(name);
   if (lt->name.empty()) {
     warn("LTYPE 表中有无名线型，已忽略");
@@ -320,38 +281,21 @@ bool Reader::readLinetype() {
 
 bool Reader::readBlockRecord() {
   auto block = std::make_unique<BlockRecord>();
-  if (!readObjectPrefix(*block)) return false;
   std::string name;
-  bool haveName = false, haveFlags = false;
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) break;
-    switch (CommonGroup(g, haveName, haveFlags)) {
-      case Common::Marker: continue;
-      case Common::Name: name = g.text; continue;
-      case Common::Flags: block->insertUnits = Int16(g); continue;
-      case Common::None: break;
-    }
+  bool ok = readRecord(*block, name, block->insertUnits, [&](const DxfGroup& g) {
     switch (g.code) {
-      case 280: block->explodable = g.integer != 0; break;
-      case 281: block->scalable = g.integer != 0; break;
-      case 340: block->layout = Handle(g); break;
+      case 280: block->explodable = g.integer != 0; return true;
+      case 281: block->scalable = g.integer != 0; return true;
+      case 340: block->layout = Handle(g); return true;
       case 310: {
         Bytes chunk = bytesOf(g);
         block->preview.insert(block->preview.end(), chunk.begin(), chunk.end());
-        break;
+        return true;
       }
-      case 102:
-        if (!read102(*block, g)) return false;
-        break;
-      case 1001:
-        if (!readXdata(block->extras().xdata, g)) return false;
-        break;
-      default: block->extras().unknown.push_back(toGroup(g)); break;
+      default: return false;
     }
-  }
-  tok_.pushBack();
+  });
+  if (!ok) return false;
   block->name = text(name);
   if (block->name.empty()) {
     // Some programs write records without names; the BLOCK that refers to this record by
@@ -375,33 +319,28 @@ bool Reader::readOtherRecord(const std::string& table, std::string_view recordNa
   if (!readObjectPrefix(*r, dimStyle ? 105 : 5)) return false;
   std::string name;
   bool haveName = false, haveFlags = false, started = false;
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) break;
-    if (g.code == 100 && !started) continue;  // the subclass markers before the name
+  bool ok = forEachGroupOfEntry([&](const DxfGroup& g) {
+    if (g.code == 100 && !started) return true;  // the subclass markers before the name
     if (g.code == 2 && !haveName) {
       haveName = true;
       started = true;
       name = g.text;
-      continue;
+      return true;
     }
     if (g.code == 70 && !haveFlags) {
       haveFlags = true;
       started = true;
       r->standardFlags = Int16(g);
-      continue;
+      return true;
     }
     started = true;
-    if (g.code == 1001) {
-      if (!readXdata(r->extras().xdata, g)) return false;
-      continue;
-    }
+    if (g.code == 1001) return readXdata(r->extras().xdata, g);
     // DIMSTYLE's 5, 6 and 7 are arrow block names in old files, not handles.
     if (dimStyle && g.code >= 5 && g.code <= 7) r->groups.emplace_back(g.code, text(TrimBlanks(g.text)));
     else r->groups.push_back(toGroup(g));
-  }
-  tok_.pushBack();
+    return true;
+  });
+  if (!ok) return false;
   r->name = text(name);
   auto& records = db_.otherTables[table];
   if (dimStyle) {

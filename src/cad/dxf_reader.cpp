@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::uint64_t kProgressStep = std::uint64_t{4} << 20;
 
-inline char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 int HexValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -55,14 +53,6 @@ std::string_view TrimBlanks(std::string_view s) {
   return s;
 }
 
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  if (a == b) return true;  // names are mostly spelled alike
-  for (std::size_t i = 0; i < a.size(); ++i)
-    if (Upper(a[i]) != Upper(b[i])) return false;
-  return true;
-}
-
 // ---- reader ----------------------------------------------------------------------------------
 
 Reader::Reader(DxfTokenizer& tok, std::string name, const DxfReadOptions& options, LineCounter countLines)
@@ -94,14 +84,7 @@ bool Reader::next(DxfGroup& g) {
 }
 
 bool Reader::skipToNextEntry() {
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) {
-      tok_.pushBack();
-      return true;
-    }
-  }
+  return forEachGroupOfEntry([](const DxfGroup&) { return true; });
 }
 
 bool Reader::skipSection() {
@@ -194,15 +177,10 @@ bool Reader::read102(DbObject& o, const DxfGroup& open) { return read102Into(o.e
 
 bool Reader::readXdata(Groups& out, const DxfGroup& first) {
   out.push_back(toGroup(first));
-  DxfGroup g;
-  for (;;) {
-    if (!next(g)) return false;
-    if (g.code == 0) {
-      tok_.pushBack();
-      return true;
-    }
+  return forEachGroupOfEntry([&](const DxfGroup& g) {
     out.push_back(toGroup(g));
-  }
+    return true;
+  });
 }
 
 bool Reader::readObjectPrefix(DbObject& o, int handleCode) {

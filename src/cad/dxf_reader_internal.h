@@ -15,6 +15,7 @@
 #include "cad/dxf_entity_codec.h"
 #include "cad/dxf_reader.h"
 #include "cad/dxf_tokenizer.h"
+#include "cad/names_internal.h"
 
 namespace tv::cad::dxf_read {
 
@@ -22,7 +23,6 @@ namespace tv::cad::dxf_read {
 std::string Format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
 std::string_view TrimBlanks(std::string_view s);
-bool EqualsNoCase(std::string_view a, std::string_view b);
 
 // Case-insensitive (ASCII) hashing so that name lookups take a string_view without allocating.
 struct NameHash {
@@ -92,6 +92,20 @@ class Reader final : public DxfReadContext {
   bool fail(std::string message);
   // Skips groups up to the next 0 group (left unread).
   bool skipToNextEntry();
+  // Calls `fn(g)` for each group up to the next 0 group, which is left unread; false when `fn`
+  // or reading fails.
+  template <class Fn>
+  bool forEachGroupOfEntry(Fn fn) {
+    DxfGroup g;
+    for (;;) {
+      if (!next(g)) return false;
+      if (g.code == 0) {
+        tok_.pushBack();
+        return true;
+      }
+      if (!fn(g)) return false;
+    }
+  }
   // Skips to the end of a section the reader does not interpret (THUMBNAILIMAGE, ACDSDATA …).
   bool skipSection();
   void reportProgress();
@@ -118,6 +132,11 @@ class Reader final : public DxfReadContext {
   bool readTables();
   bool readTable(std::string tableName, bool withHead);
   bool readTableHead(TableHead& head);
+  // A record after its 0 group, up to the next 0 group: the prefix, the name (2, undecoded) and
+  // the flags (70), then `field(g)` for the rest, which returns false for groups it does not take;
+  // those go to the record's extras (102, extended data, unknown groups).
+  template <class Field>
+  bool readRecord(DbObject& r, std::string& rawName, std::int16_t& flags, Field field);
   bool readLayer();
   bool readTextStyle();
   bool readLinetype();

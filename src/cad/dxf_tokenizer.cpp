@@ -12,6 +12,8 @@
 #include <cstring>
 #include <utility>
 
+#include "cad/utf8.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -80,9 +82,7 @@ std::string_view TrimBlanks(std::string_view s) {
 // Cuts text for an error message to at most kMessageExcerpt bytes without splitting a UTF-8 character.
 std::string Excerpt(std::string_view s) {
   if (s.size() <= kMessageExcerpt) return std::string(s);
-  std::size_t n = kMessageExcerpt;
-  while (n > 0 && (static_cast<unsigned char>(s[n]) & 0xC0) == 0x80) --n;
-  return std::string(s.substr(0, n));
+  return std::string(s.substr(0, Utf8CharStart(s, kMessageExcerpt)));
 }
 
 template <typename... Args>

@@ -145,7 +145,7 @@ constexpr KnownClass kKnownClasses[] = {
 // Types R13 files declared as classes that are built into every later version.
 bool IsBuiltInType(std::string_view name) {
   for (std::string_view builtIn : {"LWPOLYLINE", "HATCH", "XRECORD", "OLE2FRAME", "GROUP", "MLINESTYLE", "DICTIONARY"})
-    if (SameName(name, builtIn)) return true;
+    if (EqualsNoCase(name, builtIn)) return true;
   return false;
 }
 
@@ -156,7 +156,7 @@ void WriteHeaderSection(WriteContext& ctx) { HeaderWriter(ctx).write(); }
 void WriteClassesSection(WriteContext& ctx) {
   std::vector<DxfClass> classes;
   auto present = [&](std::string_view name) {
-    return std::any_of(classes.begin(), classes.end(), [&](const DxfClass& c) { return SameName(c.dxfName, name); });
+    return std::any_of(classes.begin(), classes.end(), [&](const DxfClass& c) { return EqualsNoCase(c.dxfName, name); });
   };
   for (const DxfClass& c : ctx.db.classes)
     if (!c.dxfName.empty() && !IsBuiltInType(c.dxfName) && !present(c.dxfName)) classes.push_back(c);

@@ -72,7 +72,7 @@ bool IsTableRecordType(ObjectType t) { return t >= ObjectType::Layer && t <= Obj
 
 template <class T>
 bool HasRecord(const std::vector<std::unique_ptr<T>>& records, std::string_view name) {
-  return std::any_of(records.begin(), records.end(), [&](const auto& r) { return SameName(r->name, name); });
+  return std::any_of(records.begin(), records.end(), [&](const auto& r) { return EqualsNoCase(r->name, name); });
 }
 
 bool HasOtherRecord(const WriteContext& ctx, const std::string& table, std::string_view name) {

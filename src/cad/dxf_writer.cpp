@@ -15,17 +15,6 @@ namespace tv::cad {
 
 namespace dxf_write {
 
-bool SameName(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    char x = a[i], y = b[i];
-    if (x >= 'a' && x <= 'z') x = static_cast<char>(x - 'a' + 'A');
-    if (y >= 'a' && y <= 'z') y = static_cast<char>(y - 'a' + 'A');
-    if (x != y) return false;
-  }
-  return true;
-}
-
 void WriteObjectHead(WriteContext& ctx, std::string_view dxfName, int handleCode, ObjectId id, const DbObject& o, ObjectId owner) {
   DxfOutput& out = ctx.out;
   out.str(0, dxfName);

@@ -12,6 +12,7 @@
 
 #include "cad/database.h"
 #include "cad/dxf_output.h"
+#include "cad/names_internal.h"
 
 namespace tv::cad::dxf_write {
 
@@ -86,9 +87,6 @@ class WriteContext {
   std::unordered_map<const ObjectId*, ObjectId> assigned_;
   std::uint64_t nextHandle_ = 1;
 };
-
-// Case-insensitive ASCII comparison, as CAD programs compare symbol names.
-bool SameName(std::string_view a, std::string_view b);
 
 // Decides the handles of everything without one, collects the records to add and the names written.
 void PlanWrite(WriteContext& ctx);

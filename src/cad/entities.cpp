@@ -1,5 +1,6 @@
 #include "cad/entities.h"
 
+#include "cad/names_internal.h"
 #include "cad/tables.h"
 
 namespace tv::cad {
@@ -21,22 +22,7 @@ std::string ProxyEntity::text() const {
   return g ? g->asString() : std::string{};
 }
 
-namespace {
-bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
-  if (s.size() < prefix.size()) return false;
-  for (std::size_t i = 0; i < prefix.size(); ++i) {
-    char a = s[i], b = prefix[i];
-    if (a >= 'a' && a <= 'z') a = static_cast<char>(a - 'a' + 'A');
-    if (b >= 'a' && b <= 'z') b = static_cast<char>(b - 'a' + 'A');
-    if (a != b) return false;
-  }
-  return true;
-}
-}  // namespace
-
-bool BlockRecord::isModelSpace() const {
-  return name.size() == 12 && StartsWithNoCase(name, "*Model_Space");
-}
+bool BlockRecord::isModelSpace() const { return EqualsNoCase(name, "*Model_Space"); }
 
 bool BlockRecord::isPaperSpace() const { return StartsWithNoCase(name, "*Paper_Space"); }
 

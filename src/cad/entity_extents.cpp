@@ -312,16 +312,9 @@ void Builder::hatch(const Hatch& h, const Matrix3d& xf, Extents3d& out) {
                         f.transform(Vector3d{minor.x, minor.y, 0}), full ? 0 : param(a0), full ? 2 * kPi : param(a1));
           break;
         }
-        case HatchEdge::Kind::Spline: {
-          Spline s;
-          s.degree = static_cast<std::int16_t>(std::clamp(edge.degree, 1, 31));
-          s.knots = edge.knots;
-          s.weights = edge.weights;
-          for (Point2d p : edge.controlPoints) s.controlPoints.push_back(Point3d{p, z});
-          for (Point2d p : edge.fitPoints) s.fitPoints.push_back(Point3d{p, z});
-          for (const Point3d& p : SplineToPolyline(s, 0)) out.add(f.transform(p));
+        case HatchEdge::Kind::Spline:
+          for (const Point3d& p : SplineToPolyline(SplineOfHatchEdge(edge, z), 0)) out.add(f.transform(p));
           break;
-        }
       }
     }
   }

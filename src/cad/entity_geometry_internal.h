@@ -12,9 +12,6 @@ namespace tv::cad::geom_internal {
 
 // ---- UTF-8 ---------------------------------------------------------------------------------------
 
-// Decodes the code point at `i` and moves `i` past it; broken sequences give U+FFFD, one byte each.
-char32_t NextCodePoint(std::string_view s, std::size_t& i);
-void AppendUtf8(std::string& out, char32_t cp);
 // CJK ideographs, kana, hangul and full-width forms: one em wide.
 bool IsWideCodePoint(char32_t cp);
 
@@ -96,6 +93,8 @@ std::optional<PlaneMap> MapPlane(const Matrix3d& xf, Vector3d normal);
 void AddEllipseArc(Extents3d& ext, Point3d c, Vector3d u, Vector3d v, double t0, double t1);
 // Points of that curve with a chord deviation of at most `tol`.
 std::vector<Point3d> EllipseArcPoints(Point3d c, Vector3d u, Vector3d v, double t0, double t1, double tol);
+// A hatch boundary's spline edge as a SPLINE at height z of its OCS.
+Spline SplineOfHatchEdge(const HatchEdge& edge, double z);
 // t1 moved above t0 by the counter-clockwise span (a full turn when they are equal).
 double SweepEnd(double t0, double t1);
 

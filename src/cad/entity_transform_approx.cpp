@@ -173,16 +173,9 @@ std::vector<Point2d> FlattenPath(const HatchPath& path) {
         append(EllipseArcPoints(Point3d{edge.start}, u, v, t0, t1, r * kArcTolerance), !edge.counterClockwise);
         break;
       }
-      case HatchEdge::Kind::Spline: {
-        Spline s;
-        s.degree = static_cast<std::int16_t>(std::clamp(edge.degree, 1, 31));
-        s.knots = edge.knots;
-        s.weights = edge.weights;
-        for (Point2d p : edge.controlPoints) s.controlPoints.push_back(Point3d{p});
-        for (Point2d p : edge.fitPoints) s.fitPoints.push_back(Point3d{p});
-        append(SplineToPolyline(s, 0), false);
+      case HatchEdge::Kind::Spline:
+        append(SplineToPolyline(SplineOfHatchEdge(edge, 0), 0), false);
         break;
-      }
     }
   }
   // Edges share their end points: drop the repeats.

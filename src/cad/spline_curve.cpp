@@ -53,6 +53,16 @@ std::vector<Point3d> EllipseArcPoints(Point3d c, Vector3d u, Vector3d v, double 
   return points;
 }
 
+Spline SplineOfHatchEdge(const HatchEdge& edge, double z) {
+  Spline s;
+  s.degree = static_cast<std::int16_t>(std::clamp(edge.degree, 1, 31));
+  s.knots = edge.knots;
+  s.weights = edge.weights;
+  for (Point2d p : edge.controlPoints) s.controlPoints.push_back(Point3d{p, z});
+  for (Point2d p : edge.fitPoints) s.fitPoints.push_back(Point3d{p, z});
+  return s;
+}
+
 }  // namespace geom_internal
 
 namespace {

@@ -4,65 +4,11 @@
 
 #include "cad/codepage.h"
 #include "cad/entity_geometry_internal.h"
+#include "cad/utf8.h"
 
 namespace tv::cad {
 
 namespace geom_internal {
-
-char32_t NextCodePoint(std::string_view s, std::size_t& i) {
-  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(s[k]); };
-  const unsigned char c = byte(i);
-  int extra = 0;
-  char32_t cp = 0;
-  if (c < 0x80) {
-    ++i;
-    return c;
-  } else if ((c & 0xE0) == 0xC0) {
-    extra = 1, cp = c & 0x1F;
-  } else if ((c & 0xF0) == 0xE0) {
-    extra = 2, cp = c & 0x0F;
-  } else if ((c & 0xF8) == 0xF0) {
-    extra = 3, cp = c & 0x07;
-  } else {
-    ++i;
-    return 0xFFFD;
-  }
-  if (i + extra >= s.size()) {
-    ++i;
-    return 0xFFFD;
-  }
-  for (int k = 1; k <= extra; ++k) {
-    if ((byte(i + k) & 0xC0) != 0x80) {
-      ++i;
-      return 0xFFFD;
-    }
-    cp = (cp << 6) | (byte(i + k) & 0x3F);
-  }
-  i += extra + 1;
-  // Overlong forms, surrogates and values past the Unicode range are not characters.
-  static constexpr char32_t kMin[] = {0, 0x80, 0x800, 0x10000};
-  if (cp < kMin[extra] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return 0xFFFD;
-  return cp;
-}
-
-void AppendUtf8(std::string& out, char32_t cp) {
-  if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) cp = 0xFFFD;
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
 
 bool IsWideCodePoint(char32_t cp) {
   return (cp >= 0x1100 && cp <= 0x115F) || (cp >= 0x2E80 && cp <= 0xA4CF) || (cp >= 0xAC00 && cp <= 0xD7A3) ||
@@ -357,7 +303,7 @@ class Approximate final : public TextMeasurer {
  public:
   double advance(std::string_view utf8, const TextStyle*) const override {
     double w = 0;
-    for (std::size_t i = 0; i < utf8.size();) w += ApproximateWidth(geom_internal::NextCodePoint(utf8, i));
+    for (std::size_t i = 0; i < utf8.size();) w += ApproximateWidth(NextCodePoint(utf8, i));
     return w;
   }
   double ascent(const TextStyle*) const override { return 1.0; }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "cad/utf8.h"
+
 namespace tv::console {
 
 namespace {
@@ -17,15 +19,7 @@ bool IsWide(char32_t cp) {
 
 std::size_t DisplayWidth(std::string_view s) {
   std::size_t width = 0;
-  for (std::size_t i = 0; i < s.size();) {
-    auto b0 = static_cast<unsigned char>(s[i]);
-    std::size_t len = b0 < 0x80 ? 1 : (b0 & 0xE0) == 0xC0 ? 2 : (b0 & 0xF0) == 0xE0 ? 3 : (b0 & 0xF8) == 0xF0 ? 4 : 1;
-    if (i + len > s.size()) len = 1;
-    char32_t cp = len == 1 ? b0 : b0 & (0x7F >> len);
-    for (std::size_t k = 1; k < len; ++k) cp = (cp << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3F);
-    width += IsWide(cp) ? 2 : 1;
-    i += len;
-  }
+  for (std::size_t i = 0; i < s.size();) width += IsWide(cad::NextCodePoint(s, i)) ? 2 : 1;
   return width;
 }
 

@@ -14,9 +14,13 @@
 #include <unordered_map>
 #include <vector>
 
+#include "cad/utf8.h"
+
 namespace tv::render {
 
 namespace {
+
+using cad::NextCodePoint;
 
 // ---- text helpers ------------------------------------------------------------------------------
 
@@ -30,26 +34,6 @@ std::string Lower(std::string_view s) {
 bool StartsWith(std::string_view s, std::string_view prefix) { return s.substr(0, prefix.size()) == prefix; }
 
 // Decodes one code point and moves `i` past it; broken sequences give U+FFFD, one byte each.
-char32_t NextCodePoint(std::string_view s, std::size_t& i) {
-  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(s[k]); };
-  const unsigned char c = byte(i);
-  int extra = c < 0x80 ? 0 : (c & 0xE0) == 0xC0 ? 1 : (c & 0xF0) == 0xE0 ? 2 : (c & 0xF8) == 0xF0 ? 3 : -1;
-  if (extra < 0 || i + static_cast<std::size_t>(extra) >= s.size()) {
-    ++i;
-    return extra == 0 ? c : 0xFFFD;
-  }
-  char32_t cp = extra == 0 ? c : c & (0x3F >> extra);
-  for (int k = 1; k <= extra; ++k) {
-    if ((byte(i + k) & 0xC0) != 0x80) {
-      ++i;
-      return 0xFFFD;
-    }
-    cp = (cp << 6) | (byte(i + k) & 0x3F);
-  }
-  i += static_cast<std::size_t>(extra) + 1;
-  return cp;
-}
-
 bool HasCjkCharacter(std::string_view s) {
   for (std::size_t i = 0; i < s.size();)
     if (NextCodePoint(s, i) >= 0x2E80) return true;

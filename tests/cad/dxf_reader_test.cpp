@@ -20,12 +20,12 @@ const fs::path kCorpus = TV_CORPUS_DIR;
 const fs::path kExamples = kCorpus / "ezdxf" / "examples_dxf";
 
 // Test drawings are written one group a line, "code value"; this makes the two-line DXF form.
-std::string Dxf(std::string_view spec) {
+std::string Dxf(std::string_view snippet) {
   std::string out;
-  while (!spec.empty()) {
-    std::size_t eol = spec.find('\n');
-    std::string_view line = spec.substr(0, eol);
-    spec = eol == std::string_view::npos ? std::string_view{} : spec.substr(eol + 1);
+  while (!snippet.empty()) {
+    std::size_t eol = snippet.find('\n');
+    std::string_view line = snippet.substr(0, eol);
+    snippet = eol == std::string_view::npos ? std::string_view{} : snippet.substr(eol + 1);
     while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
     if (line.empty()) continue;
     std::size_t sp = line.find(' ');
@@ -78,7 +78,7 @@ std::vector<const T*> EntitiesOf(const Database& db) {
   return out;
 }
 
-DxfReadResult ReadSpec(std::string_view spec) { return ReadDxfFromBytes(Dxf(spec), "test.dxf"); }
+DxfReadResult ReadSnippet(std::string_view snippet) { return ReadDxfFromBytes(Dxf(snippet), "test.dxf"); }
 
 // ---- real drawings ---------------------------------------------------------------------------
 
@@ -265,7 +265,7 @@ TEST(DxfReader, CodePagesAndEscapes) {
   // From R2007 on the file is UTF-8 whatever $DWGCODEPAGE says.
   std::string utf8 = WithCodePage("9 $DWGCODEPAGE\n3 ANSI_1252");
   utf8.replace(utf8.find("AC1015"), 6, "AC1032");
-  DxfReadResult r2018 = ReadSpec(utf8);
+  DxfReadResult r2018 = ReadSnippet(utf8);
   ASSERT_TRUE(r2018.ok()) << r2018.error;
   ASSERT_NE(r2018.db->findLayer("图层一"), nullptr);
   EXPECT_EQ(EntitiesOf<Text>(*r2018.db).at(0)->text, "中文文字");
@@ -275,7 +275,7 @@ TEST(DxfReader, CodePagesAndEscapes) {
   for (std::size_t at; (at = escaped.find("图层一")) != std::string::npos;)
     escaped.replace(at, std::string("图层一").size(), "\\U+56FE\\U+5C42\\U+4E00");
   escaped.replace(escaped.find("中文文字"), std::string("中文文字").size(), "A\\U+4E2D\\U+6587 \\P");
-  DxfReadResult esc = ReadSpec(escaped);
+  DxfReadResult esc = ReadSnippet(escaped);
   ASSERT_TRUE(esc.ok()) << esc.error;
   const Layer* layer = esc.db->findLayer("图层一");
   ASSERT_NE(layer, nullptr);
@@ -288,7 +288,7 @@ TEST(DxfReader, CodePagesAndEscapes) {
 // ---- sections --------------------------------------------------------------------------------
 
 TEST(DxfReader, HeaderClassesAndTables) {
-  DxfReadResult r = ReadSpec(R"(
+  DxfReadResult r = ReadSnippet(R"(
     999 written by a test
     0 SECTION
     2 HEADER
@@ -480,7 +480,7 @@ TEST(DxfReader, HeaderClassesAndTables) {
 }
 
 TEST(DxfReader, BlocksEntitiesAndOwners) {
-  DxfReadResult r = ReadSpec(R"(
+  DxfReadResult r = ReadSnippet(R"(
     0 SECTION
     2 HEADER
     9 $ACADVER
@@ -634,7 +634,7 @@ TEST(DxfReader, BlocksEntitiesAndOwners) {
 }
 
 TEST(DxfReader, UndeclaredRecordsTakeHandlesFromTheSeed) {
-  DxfReadResult r = ReadSpec(R"(
+  DxfReadResult r = ReadSnippet(R"(
     0 SECTION
     2 HEADER
     9 $ACADVER
@@ -674,7 +674,7 @@ TEST(DxfReader, UndeclaredRecordsTakeHandlesFromTheSeed) {
 }
 
 TEST(DxfReader, R12LayoutBlocksAndPaperSpace) {
-  DxfReadResult r = ReadSpec(R"(
+  DxfReadResult r = ReadSnippet(R"(
     0 SECTION
     2 BLOCKS
     0 BLOCK
@@ -721,7 +721,7 @@ TEST(DxfReader, R12LayoutBlocksAndPaperSpace) {
 }
 
 TEST(DxfReader, Objects) {
-  DxfReadResult r = ReadSpec(R"(
+  DxfReadResult r = ReadSnippet(R"(
     0 SECTION
     2 HEADER
     9 $ACADVER

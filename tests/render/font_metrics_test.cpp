@@ -7,7 +7,7 @@ namespace {
 
 cad::TextStyle StyleWithFont(std::string file, std::string family = {}) {
   cad::TextStyle s;
-  s.name = "T";
+  s.name.assign(1, 'T');  // a literal here trips a false -Wrestrict in GCC 12
   s.fontFile = std::move(file);
   s.fontFamily = std::move(family);
   return s;
