@@ -15,7 +15,7 @@ enum class ObjectType : std::uint8_t {
   // Entities
   Line, LwPolyline, Polyline, Circle, Arc, Ellipse, Spline, Point, Solid, Trace, Face3d,
   Text, MText, AttDef, Attrib, Insert, Hatch, Dimension, Leader, Viewport, Image, Wipeout,
-  Proxy,
+  Custom, Proxy,
   // Table records
   Layer, TextStyle, Linetype, BlockRecord, TableRecord,
   // Non-graphical objects

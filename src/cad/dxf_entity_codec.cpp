@@ -407,6 +407,7 @@ void EncodeEntity(const Entity& e, const Database& db, DxfVersion version, DxfOu
     case ObjectType::Image: return EncodeImage(w, static_cast<const Image&>(e));
     case ObjectType::Wipeout: return EncodeWipeout(w, static_cast<const Wipeout&>(e));
     case ObjectType::Proxy: return EncodeProxy(w, static_cast<const ProxyEntity&>(e));
+    case ObjectType::Custom: return EncodeCustom(w, static_cast<const CustomEntity&>(e));
     default: return;  // not an entity
   }
 }

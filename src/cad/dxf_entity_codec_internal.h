@@ -234,5 +234,7 @@ void EncodeViewport(Writer& w, const Viewport& e);
 void EncodeImage(Writer& w, const Image& e);
 void EncodeWipeout(Writer& w, const Wipeout& e);
 void EncodeProxy(Writer& w, const ProxyEntity& e);
+// Entities of the application's own classes that stay in the drawing (transient ones write nothing).
+void EncodeCustom(Writer& w, const CustomEntity& e);
 
 }  // namespace tv::cad::codec

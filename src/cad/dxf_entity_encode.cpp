@@ -185,4 +185,11 @@ void EncodeProxy(Writer& w, const ProxyEntity& e) {
   EncodeTail(w, e, k);
 }
 
+void EncodeCustom(Writer& w, const CustomEntity& e) {
+  if (e.isTransient()) return;
+  const std::size_t k = EncodeCommon(w, e, e.dxfName());
+  w.groups(e.content->dxfGroups());
+  EncodeTail(w, e, k);
+}
+
 }  // namespace tv::cad::codec

@@ -50,7 +50,9 @@ void WriteEntity(WriteContext& ctx, const Entity& e, ObjectId owner) {
 
 void WriteEntitiesOf(WriteContext& ctx, const BlockRecord& block) {
   const ObjectId owner = ctx.idOf(block.id);
-  ctx.db.forEachEntity(block, [&](const Entity& e) { WriteEntity(ctx, e, owner); });
+  ctx.db.forEachEntity(block, [&](const Entity& e) {
+    if (IsSaved(e)) WriteEntity(ctx, e, owner);
+  });
 }
 
 std::string LayerName(const Database& db, ObjectId layer) {

@@ -60,6 +60,7 @@ void ForEachWrittenObject(const Database& db, F&& f) {
   for (const auto& b : db.blocks) {
     f(*b);
     db.forEachEntity(*b, [&](const Entity& e) {
+      if (!IsSaved(e)) return;
       f(e);
       if (const auto* insert = As<Insert>(&e))
         for (const auto& a : insert->attribs) f(*a);

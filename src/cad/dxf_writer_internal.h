@@ -91,6 +91,12 @@ class WriteContext {
 // Decides the handles of everything without one, collects the records to add and the names written.
 void PlanWrite(WriteContext& ctx);
 
+// Markers and previews of the application's own classes live only on screen: never in a file.
+inline bool IsSaved(const Entity& e) {
+  const auto* custom = As<CustomEntity>(&e);
+  return !custom || !custom->isTransient();
+}
+
 // "0 NAME", the handle, the 102 groups (application groups, reactors, extension dictionary), 330 owner.
 void WriteObjectHead(WriteContext& ctx, std::string_view dxfName, int handleCode, ObjectId id, const DbObject& o, ObjectId owner);
 // The groups kept as read and the extended data, which close every object.

@@ -448,4 +448,36 @@ class ProxyEntity final : public EntityOf<ProxyEntity, Entity, ObjectType::Proxy
   Groups groups;     // everything after the common entity groups, subclass markers included
 };
 
+// What an application's own entity class offers the drawing model: its name, how it draws and
+// whether it belongs in a saved file. The application implements it.
+struct CustomPrimitive {
+  enum class Kind : std::uint8_t { Polyline, Polygon };
+  Kind kind = Kind::Polyline;
+  std::int16_t colorIndex = 7;
+  bool filled = false;
+  std::vector<Point3d> points;  // WCS of the entity's space
+};
+class CustomContent {
+ public:
+  virtual ~CustomContent() = default;
+  virtual std::string dxfName() const = 0;
+  virtual std::unique_ptr<CustomContent> clone() const = 0;
+  virtual std::vector<CustomPrimitive> primitives() const = 0;
+  // Markers and previews: never written to a file, never plotted, not content for fences.
+  virtual bool isTransient() const = 0;
+  // Groups written after the common entity data when the entity is saved.
+  virtual Groups dxfGroups() const = 0;
+};
+
+// An entity of an application's own class (a sheet marker, a signature).
+class CustomEntity final : public EntityOf<CustomEntity, Entity, ObjectType::Custom> {
+ public:
+  std::string dxfName() const override { return content ? content->dxfName() : std::string("CUSTOM"); }
+  bool isTransient() const { return !content || content->isTransient(); }
+  std::unique_ptr<CustomContent> content;
+
+  CustomEntity() = default;
+  CustomEntity(const CustomEntity& o) : EntityOf(o), content(o.content ? o.content->clone() : nullptr) {}
+};
+
 }  // namespace tv::cad

@@ -16,31 +16,8 @@ Matrix3d InsertTransform(const Insert& insert, const BlockRecord& block, int col
          Matrix3d::scaling(insert.scale.x, insert.scale.y, insert.scale.z) * Matrix3d::translation(-block.basePoint.asVector());
 }
 
-namespace {
-
-constexpr int kMaxDepth = 32;
-constexpr std::size_t kMaxWork = 2'000'000;  // entities visited for one measurement
-
-Vector3d Unit(Vector3d n) {
-  const Vector3d u = n.normalized();
-  return u.isZero(0) ? Vector3d::zAxis() : u;
-}
-
-// True when each axis maps onto one axis, so the box of a transformed box is exact.
-bool KeepsAxes(const Matrix3d& m) {
-  for (int c = 0; c < 3; ++c) {
-    int big = 0;
-    const double len = std::abs(m.m[0][c]) + std::abs(m.m[1][c]) + std::abs(m.m[2][c]);
-    for (int r = 0; r < 3; ++r)
-      if (std::abs(m.m[r][c]) > 1e-12 * len) ++big;
-    if (big != 1) return false;
-  }
-  return true;
-}
-
-// The visible part of a clipped insert's content: the clip boundary in the insert's block
-// coordinates, or nothing when the insert has no usable clip.
-std::vector<Point3d> ClipPolygon(const Insert& insert, const Database& db) {
+// The visible part of a clipped insert's content.
+std::vector<Point3d> InsertClipBoundary(const Insert& insert, const Database& db) {
   const SpatialFilter* filter = db.spatialFilterOf(insert);
   if (!filter || filter->inverted || filter->boundary.size() < 2) return {};
   std::vector<Point2d> outline = filter->boundary;
@@ -63,6 +40,29 @@ std::vector<Point3d> ClipPolygon(const Insert& insert, const Database& db) {
   }
   return points;
 }
+
+namespace {
+
+constexpr int kMaxDepth = 32;
+constexpr std::size_t kMaxWork = 2'000'000;  // entities visited for one measurement
+
+Vector3d Unit(Vector3d n) {
+  const Vector3d u = n.normalized();
+  return u.isZero(0) ? Vector3d::zAxis() : u;
+}
+
+// True when each axis maps onto one axis, so the box of a transformed box is exact.
+bool KeepsAxes(const Matrix3d& m) {
+  for (int c = 0; c < 3; ++c) {
+    int big = 0;
+    const double len = std::abs(m.m[0][c]) + std::abs(m.m[1][c]) + std::abs(m.m[2][c]);
+    for (int r = 0; r < 3; ++r)
+      if (std::abs(m.m[r][c]) > 1e-12 * len) ++big;
+    if (big != 1) return false;
+  }
+  return true;
+}
+
 
 class Builder {
  public:
@@ -241,6 +241,12 @@ void Builder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
     }
     case ObjectType::Image: raster(static_cast<const Image&>(e), xf, ext); break;
     case ObjectType::Wipeout: raster(static_cast<const Wipeout&>(e), xf, ext); break;
+    case ObjectType::Custom:
+      // An application's own entity is as large as what it draws.
+      if (const auto& content = static_cast<const CustomEntity&>(e).content)
+        for (const CustomPrimitive& p : content->primitives())
+          for (const Point3d& q : p.points) ext.add(xf.transform(q));
+      break;
     default: break;  // proxies and anything unknown show nothing measurable
   }
   // Degenerate input (NaN coordinates) must not spread into the caller's extents.
@@ -323,7 +329,7 @@ void Builder::hatch(const Hatch& h, const Matrix3d& xf, Extents3d& out) {
 void Builder::insert(const Insert& ins, const Matrix3d& xf, Extents3d& out) {
   const auto* block = db_.objectAs<BlockRecord>(ins.block);
   if (block && static_cast<int>(stack_.size()) < kMaxDepth && std::find(stack_.begin(), stack_.end(), block) == stack_.end()) {
-    const std::vector<Point3d> clip = ClipPolygon(ins, db_);
+    const std::vector<Point3d> clip = InsertClipBoundary(ins, db_);
     // Cells are translated copies, so the outer cells bound them all.
     const int columns = std::max<int>(ins.columnCount, 1), rows = std::max<int>(ins.rowCount, 1);
     std::vector<std::pair<int, int>> cells{{0, 0}};

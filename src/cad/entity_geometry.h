@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -30,6 +31,10 @@ class TextMeasurer {
 // about 0.55, digits 0.6, space 0.4, narrow punctuation 0.3. Ascent 1, descent 1/3.
 const TextMeasurer& ApproximateTextMeasurer();
 
+// MTEXT contents as plain text: formatting codes removed, stacked fractions as "a/b", paragraphs
+// joined by "\n".
+std::string MTextPlainText(std::string_view contents);
+
 // ---- transforms ------------------------------------------------------------------------------
 
 // Maps block coordinates to the coordinates of the insert's owner (WCS of that space): the block's
@@ -37,6 +42,10 @@ const TextMeasurer& ApproximateTextMeasurer();
 // (column * columnSpacing, row * rowSpacing along the insert's rotated axes, not scaled) and the
 // insert's OCS are applied in that order.
 Matrix3d InsertTransform(const Insert& insert, const BlockRecord& block, int column = 0, int row = 0);
+
+// The outline of an insert's non-inverted spatial clip in the insert's block coordinates (a
+// two-point rectangle given as its four corners); empty when the insert has no usable clip.
+std::vector<Point3d> InsertClipBoundary(const Insert& insert, const Database& db);
 
 // ---- extents ---------------------------------------------------------------------------------
 

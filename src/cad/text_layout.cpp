@@ -317,4 +317,15 @@ const TextMeasurer& ApproximateTextMeasurer() {
   return instance;
 }
 
+std::string MTextPlainText(std::string_view contents) {
+  std::string text;
+  bool first = true;
+  for (const std::string& paragraph : geom_internal::MTextPlainParagraphs(contents)) {
+    if (!first) text += '\n';
+    text += paragraph;
+    first = false;
+  }
+  return text;
+}
+
 }  // namespace tv::cad

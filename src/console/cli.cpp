@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "console/console_command.h"
 #include "console/info_command.h"
+#include "console/run_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
 
@@ -23,6 +25,8 @@ constexpr std::string_view kVersion = "0.1.0";
 // one line here.
 constexpr const Subcommand& (*kSubcommands[])() = {
     &InfoSubcommand,
+    &ConsoleSubcommand,
+    &RunSubcommand,
 };
 
 const Subcommand* FindSubcommand(std::string_view name) {

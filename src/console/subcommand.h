@@ -13,6 +13,7 @@ namespace tv::console {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitUsage = 1;       // missing argument, unknown option or command
 inline constexpr int kExitUnreadable = 2;  // the drawing could not be read
+inline constexpr int kExitUnanswered = 3;  // a prompt had no answer left
 
 // Where a subcommand writes: results to `out`, messages and progress to `err`.
 struct CliStreams {

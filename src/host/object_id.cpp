@@ -1,8 +1,8 @@
-#include "cad/object_id.h"
+#include "host/object_id.h"
 
 #include <charconv>
 
-namespace tv::cad {
+namespace tv {
 
 std::string ObjectId::handleText() const {
   char buf[17];
@@ -22,4 +22,10 @@ ObjectId ObjectId::fromHandleText(std::string_view hex) {
   return ObjectId{v};
 }
 
-}  // namespace tv::cad
+int FindId(const ObjectIdArray& ids, ObjectId id, std::size_t from) {
+  for (std::size_t i = from; i < ids.size(); ++i)
+    if (ids[i] == id) return static_cast<int>(i);
+  return -1;
+}
+
+}  // namespace tv

@@ -1,9 +1,9 @@
-#include "cad/geometry.h"
+#include "host/geometry.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace tv::cad {
+namespace tv {
 
 namespace {
 
@@ -307,4 +307,4 @@ std::optional<BulgeArc> ArcFromBulge(Point2d p1, Point2d p2, double bulge) {
   return arc;
 }
 
-}  // namespace tv::cad
+}  // namespace tv

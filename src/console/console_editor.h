@@ -1,0 +1,143 @@
+#pragma once
+// The editor of the console host. Everything a command asks — prompts, selections, message
+// boxes, lists to choose from, file dialogs — is printed on the command line and answered from
+// the session's answers or the terminal, so that every command also runs unattended.
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "cad/database.h"
+#include "console/answer_source.h"
+#include "console/progress_line.h"
+#include "console/session.h"
+#include "console/system_variables.h"
+#include "host/editor.h"
+
+namespace tv::console {
+
+class EntityFilter;
+
+class ConsoleEditor final : public host::Editor {
+ public:
+  // `db` must outlive the editor; `options.out` is where everything is printed.
+  ConsoleEditor(cad::Database& db, std::string path, const SessionOptions& options);
+  ~ConsoleEditor() override;
+  ConsoleEditor(const ConsoleEditor&) = delete;
+  ConsoleEditor& operator=(const ConsoleEditor&) = delete;
+
+  // ---- host::Editor ------------------------------------------------------------------------------
+  void print(std::string_view text) override;
+  int getString(std::string_view prompt, std::string& answer) override;
+  int getInteger(std::string_view prompt, std::int32_t& answer) override;
+  int getReal(std::string_view prompt, double& answer) override;
+  // "x,y" or "x,y,z"; "@dx,dy[,dz]" is relative to `base` (the origin without one).
+  int getPoint(std::string_view prompt, const Point3d* base, Point3d& answer) override;
+  int getCorner(std::string_view prompt, const Point3d& base, Point3d& answer) override;
+  int getKeyword(std::string_view prompt, std::string_view keywords, std::string& answer) override;
+  // `points` of the "F", "W" and "C" modes are in user coordinates, as the prompts' points are.
+  int select(std::string_view mode, const std::vector<std::string>& prompts, const std::vector<Point3d>& points,
+             const host::SelectionFilter& filter, ObjectIdArray& ids) override;
+  std::optional<host::Value> getVar(std::string_view name) override;
+  bool setVar(std::string_view name, const host::Value& value) override;
+  std::optional<std::string> getEnv(std::string_view name) override;
+  void setEnv(std::string_view name, std::string_view value) override;
+  Matrix3d currentUcs() override;
+  bool setCurrentUcs(const Matrix3d& ucsToWorld) override;
+  host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons buttons) override;
+  std::optional<int> chooseItem(std::string_view title, const std::vector<std::string>& items, int defaultItem) override;
+  std::optional<std::string> askOpenPath(std::string_view title, std::string_view extension) override;
+  std::optional<std::string> askSavePath(std::string_view title, std::string_view defaultName,
+                                         std::string_view extension) override;
+  std::optional<std::string> askFolder(std::string_view title, std::string_view initial) override;
+  bool shellOpen(std::string_view path) override;
+  void addCommand(std::string_view group, std::string_view globalName, std::string_view localName, int flags,
+                  host::CommandBody body) override;
+  bool removeGroup(std::string_view group) override;
+  // Host commands first, then the registered commands; the arguments after the name answer the
+  // command's prompts.
+  int command(const std::vector<std::string>& args) override;
+  void sendStringToExecute(std::string_view text) override;
+  std::string documentPath() override;
+  void setModified(bool modified) override;
+  bool modified() override;
+  void regen() override;
+  void setView(Point3d centre, double height) override;
+  void progressBegin(std::string_view text, int range) override;
+  void progressSet(int position) override;
+  void progressEnd() override;
+
+  // ---- the console's own -------------------------------------------------------------------------
+  // A command the host itself offers (like "-plotstamp"): it gets the whole argument list, its
+  // name first, and returns RTNORM, RTERROR or RTCAN. Names compare without regard to case and
+  // to a leading "_" or ".".
+  using HostCommand = std::function<int(const std::vector<std::string>& args)>;
+  void addHostCommand(std::string_view name, HostCommand body);
+  bool hasHostCommand(std::string_view name) const;
+
+  struct RegisteredCommand {
+    std::string group, globalName, localName;
+    int flags = 0;
+    host::CommandBody body = nullptr;
+  };
+  // The command stack in the order the commands were added.
+  const std::vector<RegisteredCommand>& commands() const { return commands_; }
+  // By global or local name, any case, a leading "_" or "." ignored; nullptr when absent.
+  const RegisteredCommand* findCommand(std::string_view name) const;
+  // Runs a registered command's body; a failure inside it is reported, never thrown on.
+  void runCommandBody(const RegisteredCommand& command);
+
+  // The texts sendStringToExecute queued, oldest first; taking them empties the queue.
+  bool hasQueued() const { return !queued_.empty(); }
+  std::optional<std::string> takeQueued();
+  void clearQueued() { queued_.clear(); }
+
+  AnswerSource& answers() { return answers_; }
+  SystemVariables& variables() { return variables_; }
+  // The first prompt an unattended run could not answer.
+  const std::optional<std::string>& unansweredPrompt() const { return unanswered_; }
+  bool closeRequested() const { return closeRequested_; }
+  void requestClose() { closeRequested_ = true; }
+  // The last "-plotstamp" setting (off until one is given).
+  bool plotStamp() const { return plotStamp_; }
+
+ private:
+  // Prints `prompt` and takes the next answer, echoing it when it did not come from the terminal.
+  // nullopt on a cancel answer and when nothing is left to answer with.
+  std::optional<std::string> ask(std::string_view prompt);
+  int selectInteractively(const std::vector<std::string>& prompts, const EntityFilter& filter, ObjectIdArray& ids,
+                          bool filterValid);
+  int plotStampCommand(const std::vector<std::string>& args);
+  void reapViewers();
+
+  cad::Database& db_;
+  std::string path_;
+  std::ostream* out_;
+  std::ostream* err_;
+  bool progressEnabled_;
+  bool terminalEchoes_;
+  AnswerSource answers_;
+  SystemVariables variables_;
+  std::map<std::string, std::string> env_;
+  std::vector<RegisteredCommand> commands_;
+  std::map<std::string, HostCommand> hostCommands_;  // by normalised name
+  std::deque<std::string> queued_;
+  std::optional<std::string> unanswered_;
+  bool exhausted_ = false;
+  bool closeRequested_ = false;
+  bool modified_ = false;
+  bool plotStamp_ = false;
+  std::unique_ptr<ProgressLine> progress_;
+  int progressRange_ = 0;
+  std::vector<pid_t> viewers_;  // xdg-open processes started and not yet reaped
+};
+
+}  // namespace tv::console

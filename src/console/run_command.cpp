@@ -1,0 +1,50 @@
+#include "console/run_command.h"
+
+#include "console/session.h"
+#include "console/session_launch.h"
+#include "host/command_prologue.h"
+#include "host/module_entry.h"
+
+namespace tv::console {
+
+namespace {
+
+constexpr std::string_view kUsage =
+    "用法：tvplot run 图纸.dxf 命令 [--answers 应答文件] [--answer 应答]… [--timings]\n"
+    "  在图纸上无人值守地执行一条命令行（命令名及其应答），不保存图纸。\n"
+    "  --answers 文件  依次回答提示的应答，每行一条（UTF-8）\n"
+    "  --answer 文本   一条应答，可重复；排在应答文件之前\n"
+    "  --timings       显示各阶段耗时\n"
+    "  退出码：0 完成，1 用法错误或未知命令，2 图纸或应答文件无法读取，3 应答不足\n";
+
+int RunRun(const std::vector<std::string>& args, CliStreams& io) {
+  int exitCode = kExitOk;
+  auto request = ParseLaunch("run", kUsage, args, 2, io, exitCode);
+  if (!request) return exitCode;
+  auto db = LoadDrawing(request->positional[0], io);
+  if (!db) return kExitUnreadable;
+
+  host::ShowTimings = request->timings;
+  SessionOptions options;
+  options.out = &io.out;
+  options.err = &io.err;
+  options.progress = io.errIsTerminal;
+  options.answers = std::move(request->answers);
+  Session session(std::move(*db), request->positional[0], std::move(options));
+  host::OnLoad();
+  const bool known = session.runCommandLine(request->positional[1]);
+  host::OnUnload();
+  io.out << '\n';
+  io.out.flush();
+  if (!known) return kExitUsage;
+  return session.unansweredPrompt() ? kExitUnanswered : kExitOk;
+}
+
+}  // namespace
+
+const Subcommand& RunSubcommand() {
+  static const Subcommand kRun{"run", "无人值守地在图纸上执行一条命令", kUsage, &RunRun};
+  return kRun;
+}
+
+}  // namespace tv::console

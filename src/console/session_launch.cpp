@@ -1,0 +1,81 @@
+#include "console/session_launch.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "cad/drawing_file.h"
+#include "console/answer_source.h"
+#include "console/args.h"
+#include "console/text_table.h"
+
+namespace tv::console {
+
+namespace {
+
+std::string OneLine(std::string message) {
+  for (char& c : message)
+    if (c == '\n' || c == '\r') c = ' ';
+  return Printable(message);
+}
+
+}  // namespace
+
+std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::string_view usage,
+                                         const std::vector<std::string>& args, std::size_t positionalCount,
+                                         CliStreams& io, int& exitCode) {
+  const std::string who = "tvplot " + std::string(subcommand) + ": ";
+  ArgParseResult parsed = ParseArgs(args, {.flags = {"--timings"}, .valueOptions = {"--answers", "--answer"}});
+  if (!parsed.args) {
+    io.err << who << parsed.error << '\n' << usage;
+    exitCode = kExitUsage;
+    return std::nullopt;
+  }
+  const ParsedArgs& a = *parsed.args;
+  if (a.positional.size() < positionalCount) {
+    io.err << who << (a.positional.empty() ? "缺少图纸文件" : "缺少命令") << '\n' << usage;
+    exitCode = kExitUsage;
+    return std::nullopt;
+  }
+  if (a.positional.size() > positionalCount) {
+    io.err << who << "多余的参数 " << Printable(a.positional[positionalCount]) << '\n' << usage;
+    exitCode = kExitUsage;
+    return std::nullopt;
+  }
+  LaunchRequest request;
+  request.positional = a.positional;
+  request.timings = a.has("--timings");
+  for (const auto& [option, value] : a.values)
+    if (option == "--answer") request.answers.push_back(value);
+  if (auto file = a.value("--answers")) {
+    std::string error;
+    auto lines = ReadAnswersFile(*file, error);
+    if (!lines) {
+      io.err << OneLine(error) << '\n';
+      exitCode = kExitUnreadable;
+      return std::nullopt;
+    }
+    request.answers.insert(request.answers.end(), lines->begin(), lines->end());
+  }
+  return request;
+}
+
+std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io) {
+  std::error_code ec;
+  auto status = std::filesystem::status(path, ec);
+  if (!std::filesystem::exists(status)) {
+    io.err << OneLine("图纸文件 " + path + " 不存在") << '\n';
+    return std::nullopt;
+  }
+  if (std::filesystem::is_directory(status)) {
+    io.err << OneLine(path + " 是文件夹，不是图纸文件") << '\n';
+    return std::nullopt;
+  }
+  cad::DxfReadResult result = cad::ReadDrawing(path);
+  if (!result.ok()) {
+    io.err << OneLine(result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error) << '\n';
+    return std::nullopt;
+  }
+  return std::move(*result.db);
+}
+
+}  // namespace tv::console

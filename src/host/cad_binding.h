@@ -1,0 +1,33 @@
+#pragma once
+// How this platform's drawing model stands behind the seam. Seen only by the seam's
+// implementation and by the console host, never by the logic.
+#include <string>
+
+#include "cad/database.h"
+#include "host/object_id.h"
+
+namespace tv::host {
+
+// The drawing the seam works on, with the state a CAD editor keeps beside it.
+struct WorkingDrawing {
+  cad::Database* db = nullptr;
+  // The current layout: its paper space is the current space, or model space for "Model".
+  ObjectId currentLayout;
+};
+
+// Installs the working drawing (nullptr detaches it); the current layout starts as the one the
+// file was saved with ($TILEMODE 1 = model).
+void SetWorkingDatabase(cad::Database* db);
+cad::Database* WorkingDatabase();
+WorkingDrawing& Working();
+// Block table record of the current space; null when no drawing is installed.
+ObjectId CurrentSpaceBlockId();
+
+// The system's own entity inside the drawing model, for the platform's draw, plot and fence code;
+// nullptr when `e` is of another class.
+const class CustomEntity* CustomOf(const cad::Entity& e);
+// Draws one of the system's own entities into a recorder.
+class PrimitiveRecorder;
+void DrawCustom(const cad::Entity& e, PrimitiveRecorder& out);
+
+}  // namespace tv::host

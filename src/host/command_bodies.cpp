@@ -1,0 +1,63 @@
+#include "host/command_bodies.h"
+
+#include <string>
+
+#include "host/command_prologue.h"
+#include "host/command_table.h"
+#include "host/editor.h"
+
+namespace tv::host {
+
+namespace {
+
+// A command whose work this build does not offer yet says so and changes nothing.
+void NotOffered(int number) {
+  std::string what(MenuTextOf(number));
+  if (what.empty()) what = NumberedCommandName(number);
+  Print("\n“" + what + "”在本版本中尚未提供。");
+}
+
+// Commands with the prologue: CMDECHO saved and off, the gate passed.
+void Guarded(int number) {
+  CommandScope scope;
+  NotOffered(number);
+}
+
+}  // namespace
+
+void TV_BatchPlot_1() { Guarded(1); }
+void TV_BatchPlot_2() { Guarded(2); }
+void TV_BatchPlot_3() { NotOffered(3); }
+void TV_BatchPlot_4() { Guarded(4); }
+void TV_BatchPlot_5() { Guarded(5); }
+void TV_BatchPlot_6() { Guarded(6); }
+void TV_BatchPlot_7() { Guarded(7); }
+void TV_BatchPlot_8() { Guarded(8); }
+void TV_BatchPlot_9() { NotOffered(9); }
+void TV_BatchPlot_13() { Guarded(13); }
+void TV_BatchPlot_14() { NotOffered(14); }
+void TV_BatchPlot_15() { Guarded(15); }
+void TV_BatchPlot_16() { Guarded(16); }
+void TV_BatchPlot_17() { Guarded(17); }
+void TV_BatchPlot_18() { Guarded(18); }
+void TV_BatchPlot_19() { Guarded(19); }
+void TV_BatchPlot_20() { Guarded(20); }
+
+void singledwg_plot() {
+  Editor& editor = CurrentEditor();
+  editor.setModified(false);
+  editor.command({"_CLOSE"});
+}
+
+// The plot steps below are sent by the review forms and the single plot to themselves; with no
+// run waiting they have nothing to do.
+void Plot_Temp1() {}
+void Plot_Temp2() {}
+void Plot_Temp3() {}
+void SinglePlot_SelectP() {}
+void SinglePlot_SelectW() {}
+void SinglePlot_Plot_Standby() {}
+void Plot_BaseFun1_Standby() {}
+void Plot_BaseFun2_Standby() {}
+
+}  // namespace tv::host

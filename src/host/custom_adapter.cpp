@@ -1,0 +1,109 @@
+// A host::CustomEntity as the content of the drawing model's custom entity.
+#include "host/cad_binding.h"
+#include "host/custom_internal.h"
+
+namespace tv::host {
+
+namespace {
+
+class CustomAdapter final : public cad::CustomContent {
+ public:
+  // `object` is never null.
+  explicit CustomAdapter(std::unique_ptr<CustomEntity> object);
+
+  std::string dxfName() const override;
+  // nullptr when the object would not copy itself.
+  std::unique_ptr<cad::CustomContent> clone() const override;
+  std::vector<cad::CustomPrimitive> primitives() const override;
+  bool isTransient() const override;
+  cad::Groups dxfGroups() const override;
+
+  CustomEntity& object() { return *object_; }
+  const CustomEntity& object() const { return *object_; }
+
+ private:
+  std::unique_ptr<CustomEntity> object_;
+};
+
+CustomAdapter::CustomAdapter(std::unique_ptr<CustomEntity> object) : object_(std::move(object)) {}
+
+std::string CustomAdapter::dxfName() const { return object_->className(); }
+
+std::unique_ptr<cad::CustomContent> CustomAdapter::clone() const {
+  auto copy = object_->clone();
+  if (!copy) return nullptr;
+  return std::make_unique<CustomAdapter>(std::move(copy));
+}
+
+std::vector<cad::CustomPrimitive> CustomAdapter::primitives() const {
+  PrimitiveRecorder recorder;
+  object_->worldDraw(recorder);
+  std::vector<cad::CustomPrimitive> out;
+  out.reserve(recorder.primitives().size());
+  for (const DrawnPrimitive& p : recorder.primitives()) {
+    cad::CustomPrimitive q;
+    q.kind = p.kind == DrawnPrimitive::Kind::Polygon ? cad::CustomPrimitive::Kind::Polygon : cad::CustomPrimitive::Kind::Polyline;
+    q.colorIndex = p.colorIndex;
+    q.filled = p.filled;
+    q.points = p.points;
+    out.push_back(std::move(q));
+  }
+  return out;
+}
+
+bool CustomAdapter::isTransient() const { return object_->isTransient(); }
+
+cad::Groups CustomAdapter::dxfGroups() const {
+  // Values are kept as the text the class gave; the writer puts text out as it stands.
+  cad::Groups groups;
+  for (auto& [code, value] : object_->dxfGroups()) groups.emplace_back(code, cad::GroupValue{value});
+  return groups;
+}
+
+CustomAdapter* AdapterOf(cad::Entity& e) {
+  auto* custom = cad::As<cad::CustomEntity>(&e);
+  return custom ? dynamic_cast<CustomAdapter*>(custom->content.get()) : nullptr;
+}
+
+const CustomAdapter* AdapterOf(const cad::Entity& e) {
+  const auto* custom = cad::As<cad::CustomEntity>(&e);
+  return custom ? dynamic_cast<const CustomAdapter*>(custom->content.get()) : nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<cad::CustomContent> MakeCustomContent(std::unique_ptr<CustomEntity> object) {
+  if (!object) return nullptr;
+  return std::make_unique<CustomAdapter>(std::move(object));
+}
+
+CustomEntity* MutableCustomOf(cad::Entity& e) {
+  CustomAdapter* adapter = AdapterOf(e);
+  return adapter ? &adapter->object() : nullptr;
+}
+
+const CustomEntity* CustomOf(const cad::Entity& e) {
+  const CustomAdapter* adapter = AdapterOf(e);
+  return adapter ? &adapter->object() : nullptr;
+}
+
+void DrawCustom(const cad::Entity& e, PrimitiveRecorder& out) {
+  if (const CustomAdapter* adapter = AdapterOf(e)) {
+    adapter->object().worldDraw(out);
+    return;
+  }
+  // Content of another kind draws through what it reports.
+  const auto* custom = cad::As<cad::CustomEntity>(&e);
+  if (!custom || !custom->content) return;
+  for (const cad::CustomPrimitive& p : custom->content->primitives()) {
+    out.setColor(p.colorIndex);
+    if (p.kind == cad::CustomPrimitive::Kind::Polygon) {
+      out.setFill(p.filled);
+      out.polygon(p.points);
+    } else {
+      out.polyline(p.points);
+    }
+  }
+}
+
+}  // namespace tv::host

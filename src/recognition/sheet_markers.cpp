@@ -1,0 +1,85 @@
+#include <cmath>
+#include <memory>
+
+#include "host/wrappers.h"
+#include "recognition/plot_marker.h"
+#include "recognition/sheet_geometry.h"
+#include "recognition/working_coordinates.h"
+
+namespace tv::recognition {
+
+bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array) {
+  const Extents3d extents = EntityExtents(id);
+  if (extents.isEmpty()) return false;
+  const Point3d minPt{extents.min.x, extents.min.y, 0.0};
+  const Point3d maxPt{extents.max.x, extents.max.y, 0.0};
+  const double sizeX = maxPt.x - minPt.x;
+  const double sizeY = maxPt.y - minPt.y;
+
+  if (kind == TempKind::Line) {
+    // Only lines along the axes can be sides of a frame.
+    const double d = minPt.distanceTo(maxPt);
+    if (0.002 * d < sizeX && 0.002 * d < sizeY) return false;
+  }
+
+  Temp_Id record;
+  record.kind = kind;
+  record.id = id;
+  record.extents = extents;
+  record.minPt = minPt;
+  record.maxPt = maxPt;
+  if (kind != TempKind::Line) record.area = (sizeY * 0.001) * (sizeX * 0.001);
+  array.push_back(record);
+  return true;
+}
+
+bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, double unitFactor) {
+  if (sheet.sourceIds[0].isNull()) return false;
+  if (!(box.max.x - box.min.x > 1e-05) || !(box.max.y - box.min.y > 1e-05)) return false;
+
+  sheet.unitFactor = unitFactor;
+  sheet.minX = box.min.x;
+  sheet.minY = box.min.y;
+  sheet.maxX = box.max.x;
+  sheet.maxY = box.max.y;
+  sheet.sizeX = std::abs(sheet.maxX - sheet.minX);
+  sheet.sizeY = std::abs(sheet.maxY - sheet.minY);
+  if (!(sheet.sizeX > 0.0) || !(sheet.sizeY > 0.0)) return false;
+
+  sheet.rotated = sheet.sizeX < sheet.sizeY;
+  auto marker = std::make_unique<Temp_PlotRec>();
+  marker->number = 0;
+  marker->state = kMarkerActive;
+  marker->corner0 = {sheet.minX, sheet.minY, 0.0};
+  marker->corner1 = {sheet.maxX, sheet.maxY, 0.0};
+  marker->inUcs = Ucs().active;
+  marker->matrix = Ucs().worldToUcs;
+  sheet.markerId = host::AppendToSpace(host::NewCustomEntity(std::move(marker)), 0, layerId);
+  // Thousands of markers in UNDO would make undoing a batch crawl.
+  if (!sheet.markerId.isNull()) host::SetUndoRecording(sheet.markerId, false);
+  return true;
+}
+
+bool SetMarker(const Plot_Drawing1& sheet, std::int32_t number, std::int32_t state) {
+  bool changed = false;
+  host::ModifyCustomEntity(sheet.markerId, [&](host::CustomEntity& entity) {
+    auto* marker = dynamic_cast<Temp_PlotRec*>(&entity);
+    if (!marker) return false;
+    if (number >= 0 && marker->number != number) {
+      marker->number = number;
+      changed = true;
+    }
+    if (state >= 0 && marker->state != state) {
+      marker->state = state;
+      changed = true;
+    }
+    return changed;
+  });
+  return changed;
+}
+
+Point3d CentreOf(const Extents3d& box) {
+  return {(box.min.x + box.max.x) / 2.0, (box.min.y + box.max.y) / 2.0, (box.min.z + box.max.z) / 2.0};
+}
+
+}  // namespace tv::recognition

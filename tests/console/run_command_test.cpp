@@ -1,0 +1,198 @@
+// `tvplot run` and `tvplot console` as users run them: the built program on drawings written to
+// a temporary folder, with answers from options, files and standard input.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "cad/dxf_writer.h"
+#include "console/session_launch.h"
+#include "console_test_support.h"
+
+namespace tv::console {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TempDir {
+ public:
+  TempDir() {
+    std::string pattern = (fs::temp_directory_path() / "tv_run_test_XXXXXX").string();
+    if (mkdtemp(pattern.data())) path_ = pattern;
+  }
+  ~TempDir() {
+    std::error_code ec;
+    if (!path_.empty()) fs::remove_all(path_, ec);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  fs::path operator/(const std::string& name) const { return path_ / name; }
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+std::string ReadFile(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void WriteFile(const fs::path& p, const std::string& bytes) { std::ofstream(p, std::ios::binary) << bytes; }
+
+struct RunResult {
+  int exitCode = -1;
+  std::string out, err;
+};
+
+// Runs the built tvplot with `input` on its standard input and a home folder of its own, so the
+// module's settings land in the temporary folder and no desktop is found.
+RunResult RunTvplot(const std::vector<std::string>& args, const std::string& input = {}) {
+  TempDir capture;
+  const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
+  const std::string inPath = (capture / "in").string(), home = (capture / "home").string();
+  WriteFile(inPath, input);
+  fs::create_directories(home);
+  std::vector<std::string> storage{TV_TVPLOT_PATH};
+  storage.insert(storage.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (auto& a : storage) argv.push_back(a.data());
+  argv.push_back(nullptr);
+
+  RunResult r;
+  pid_t pid = fork();
+  if (pid < 0) return r;
+  if (pid == 0) {
+    int in = open(inPath.c_str(), O_RDONLY);
+    int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (in < 0 || out < 0 || err < 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
+        dup2(err, STDERR_FILENO) < 0)
+      _exit(126);
+    setenv("HOME", home.c_str(), 1);
+    setenv("XDG_DATA_HOME", (home + "/.local/share").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (home + "/.config").c_str(), 1);
+    setenv("XDG_CACHE_HOME", (home + "/.cache").c_str(), 1);
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  if (waitpid(pid, &status, 0) != pid) return r;
+  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+  r.out = ReadFile(outPath);
+  r.err = ReadFile(errPath);
+  return r;
+}
+
+class RunCommand : public ::testing::Test {
+ protected:
+  RunCommand() {
+    cad::Database db = cad::Database::createDefault();
+    testing::AddLine(db, *db.modelSpace(), {0, 0}, {100, 0});
+    drawing_ = (dir_ / "平面.dxf").string();
+    EXPECT_TRUE(cad::WriteDxf(db, drawing_).ok);
+    original_ = ReadFile(drawing_);
+  }
+  ~RunCommand() override {
+    EXPECT_EQ(ReadFile(drawing_), original_) << "the drawing is never written";
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir_.path())) ++files;
+    EXPECT_EQ(files, extraFiles_ + 1) << "nothing is left beside the drawing";
+  }
+  TempDir dir_;
+  std::string drawing_, original_;
+  std::size_t extraFiles_ = 0;
+};
+
+TEST_F(RunCommand, APromptWithoutAnAnswerEndsWithCode3NamingIt) {
+  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp"});
+  EXPECT_EQ(r.exitCode, kExitUnanswered) << r.out << r.err;
+  EXPECT_NE(r.out.find("\n命令: _-plotstamp\n输入选项 [开(ON)/关(OFF)]: \n应答已用完，无法回答提示“输入选项 [开(ON)/关(OFF)]: ”，命令已取消。"),
+            std::string::npos)
+      << r.out;
+}
+
+TEST_F(RunCommand, AnswersFromOptionsAndFiles) {
+  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp", "--answer", "ON"}).exitCode, kExitOk);
+  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp on"}).exitCode, kExitOk);
+  const std::string answers = (dir_ / "应答.txt").string();
+  extraFiles_ = 1;
+  WriteFile(answers, "OFF\r\n");
+  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp", "--answers", answers});
+  EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
+  EXPECT_NE(r.out.find("]: OFF"), std::string::npos) << "the answer is echoed: " << r.out;
+  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp", "--answers", answers + ".missing"}).exitCode, kExitUnreadable);
+}
+
+TEST_F(RunCommand, UsageErrorsUnknownCommandsAndBrokenDrawings) {
+  RunResult r = RunTvplot({"run", drawing_, "NO_SUCH_COMMAND"});
+  EXPECT_EQ(r.exitCode, kExitUsage);
+  EXPECT_NE(r.out.find("未知命令“NO_SUCH_COMMAND”。"), std::string::npos) << r.out;
+  EXPECT_EQ(RunTvplot({"run", drawing_}).exitCode, kExitUsage);
+  EXPECT_EQ(RunTvplot({"run"}).exitCode, kExitUsage);
+  EXPECT_EQ(RunTvplot({"run", drawing_, "X", "Y"}).exitCode, kExitUsage);
+  EXPECT_EQ(RunTvplot({"run", drawing_, "X", "--bogus"}).exitCode, kExitUsage);
+  EXPECT_EQ(RunTvplot({"run", (dir_ / "missing.dxf").string(), "X"}).exitCode, kExitUnreadable);
+  const std::string broken = (dir_ / "broken.dxf").string();
+  extraFiles_ = 1;
+  WriteFile(broken, "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nnot a number\n");
+  r = RunTvplot({"run", broken, "X"});
+  EXPECT_EQ(r.exitCode, kExitUnreadable) << r.out << r.err;
+  EXPECT_FALSE(r.err.empty());
+}
+
+TEST_F(RunCommand, ModuleCommandsRunThroughTheLoadedModule) {
+  RunResult r = RunTvplot({"run", drawing_, "tv_batchplot_12", "--timings"});
+  EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
+  EXPECT_NE(r.out.find("安装文件夹"), std::string::npos) << r.out;
+}
+
+TEST_F(RunCommand, TheConsoleReadsCommandLinesUntilQuit) {
+  RunResult r = RunTvplot({"console", drawing_, "--answer", "ON"}, "?\n_-plotstamp\nnope\n_-plotstamp\nOFF\nquit\n_-plotstamp\n");
+  EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
+  EXPECT_NE(r.out.find("TV_BatchPlot_12"), std::string::npos) << "? lists the registered commands";
+  EXPECT_NE(r.out.find("\n命令: _-plotstamp\n输入选项 [开(ON)/关(OFF)]: ON"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("\n命令: nope\n未知命令“nope”。"), std::string::npos);
+  EXPECT_NE(r.out.find("]: OFF\n命令: quit"), std::string::npos) << r.out;
+  EXPECT_EQ(r.out.find("quit\n命令: _-plotstamp"), std::string::npos) << "nothing runs after QUIT";
+
+  r = RunTvplot({"console", drawing_}, "_-plotstamp\n");
+  EXPECT_EQ(r.exitCode, kExitUnanswered) << "standard input ended at a prompt";
+  r = RunTvplot({"console", drawing_}, "_close\n_-plotstamp\n");
+  EXPECT_EQ(r.exitCode, kExitOk) << "CLOSE ends the session";
+  EXPECT_EQ(r.out.find("输入选项"), std::string::npos);
+}
+
+TEST(SessionLaunch, AnswerOptionsComeBeforeTheFileAndTimingsIsAFlag) {
+  TempDir dir;
+  const std::string file = (dir / "a.txt").string();
+  WriteFile(file, "三\n四\n");
+  std::ostringstream out, err;
+  CliStreams io{out, err, false};
+  int code = -1;
+  auto request = ParseLaunch("run", "usage\n", {"d.dxf", "--answers", file, "--answer", "一", "CMD", "--answer=二", "--timings"},
+                             2, io, code);
+  ASSERT_TRUE(request) << err.str();
+  EXPECT_EQ(request->positional, (std::vector<std::string>{"d.dxf", "CMD"}));
+  EXPECT_EQ(request->answers, (std::vector<std::string>{"一", "二", "三", "四"}));
+  EXPECT_TRUE(request->timings);
+  EXPECT_FALSE(ParseLaunch("run", "usage\n", {"d.dxf"}, 2, io, code));
+  EXPECT_EQ(code, kExitUsage);
+  EXPECT_FALSE(ParseLaunch("run", "usage\n", {"d.dxf", "C", "--answers", file + "x"}, 2, io, code));
+  EXPECT_EQ(code, kExitUnreadable);
+}
+
+}  // namespace
+}  // namespace tv::console

@@ -1,0 +1,211 @@
+#include "host/custom_entity.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "cad/dxf_reader.h"
+#include "cad/dxf_writer.h"
+#include "cad/entity_geometry.h"
+#include "console/drawing_summary.h"
+#include "host/cad_binding.h"
+#include "host/wrappers.h"
+#include "host_test_support.h"
+
+namespace tv::host {
+namespace {
+
+using testing::HostDrawingTest;
+using testing::RecordingEditor;
+using testing::SquareMarker;
+
+TEST(HostPrimitiveRecorder, KeepsColourAndFillPerPrimitive) {
+  PrimitiveRecorder r;
+  EXPECT_TRUE(r.extents().isEmpty());
+  r.polyline({{0, 0, 0}, {1, 1, 0}});  // defaults: colour 7, no fill
+  r.setColor(3);
+  r.setFill(true);
+  r.polygon({{-2, 5, 0}, {0, 6, 1}, {1, 5, 0}});
+  r.polyline({{4, 4, 0}});  // fill applies to polygons only
+  r.setFill(false);
+  r.polygon({{0, 0, 0}});
+
+  const auto& p = r.primitives();
+  ASSERT_EQ(p.size(), 4u);
+  EXPECT_EQ(p[0].kind, DrawnPrimitive::Kind::Polyline);
+  EXPECT_EQ(p[0].colorIndex, 7);
+  EXPECT_FALSE(p[0].filled);
+  EXPECT_EQ(p[1].kind, DrawnPrimitive::Kind::Polygon);
+  EXPECT_EQ(p[1].colorIndex, 3);
+  EXPECT_TRUE(p[1].filled);
+  EXPECT_EQ(p[1].points.size(), 3u);
+  EXPECT_FALSE(p[2].filled);
+  EXPECT_FALSE(p[3].filled);
+  const Extents3d box = r.extents();
+  EXPECT_EQ(box.min, (Point3d{-2, 0, 0}));
+  EXPECT_EQ(box.max, (Point3d{4, 6, 1}));
+}
+
+TEST(HostEntityClassRegistry, RegisteringTwiceKeepsOneEntryInRegistrationOrder) {
+  // The registry is the process's: use names no module registers and leave it as found.
+  const std::vector<std::string> before = RegisteredEntityClasses();
+  auto positions = [](const std::vector<std::string>& names, const std::string& name) {
+    return std::count(names.begin(), names.end(), name);
+  };
+  RegisterEntityClass("HostTest_Marker", "AcDbEntity");
+  RegisterEntityClass("HostTest_Stamp", "AcDbEntity");
+  RegisterEntityClass("HostTest_Marker", "AcDbCurve");
+  RegisterEntityClass("", "AcDbEntity");
+  std::vector<std::string> now = RegisteredEntityClasses();
+  EXPECT_EQ(now.size(), before.size() + 2);
+  EXPECT_EQ(positions(now, "HostTest_Marker"), 1);
+  EXPECT_EQ(positions(now, ""), 0);
+  ASSERT_GE(now.size(), 2u);
+  EXPECT_EQ(now[now.size() - 2], "HostTest_Marker");
+  EXPECT_EQ(now.back(), "HostTest_Stamp");
+  EXPECT_TRUE(IsEntityClassRegistered("HostTest_Stamp"));
+  EXPECT_FALSE(IsEntityClassRegistered("hosttest_stamp"));
+
+  EXPECT_TRUE(DeleteEntityClass("HostTest_Marker"));
+  EXPECT_FALSE(DeleteEntityClass("HostTest_Marker"));
+  EXPECT_FALSE(IsEntityClassRegistered("HostTest_Marker"));
+  EXPECT_TRUE(DeleteEntityClass("HostTest_Stamp"));
+  EXPECT_EQ(RegisteredEntityClasses(), before);
+}
+
+using HostCustomEntity = HostDrawingTest;
+
+TEST_F(HostCustomEntity, AppendedMarkersReadBackAsTheSameObject) {
+  cad::Layer& marks = db.addLayer("TV_MARKS");
+  const ObjectId id = AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{10, 20, 0}, 5)), 256, marks.id);
+  ASSERT_FALSE(id.isNull());
+
+  Entity e = OpenEntity(id);
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e.kind(), EntityClass::Custom);
+  EXPECT_EQ(e.dxfName(), "Temp_PlotRec");
+  EXPECT_EQ(e.layer(), marks.id);
+  const auto* marker = dynamic_cast<const SquareMarker*>(e.custom());
+  ASSERT_NE(marker, nullptr);
+  EXPECT_EQ(marker->size(), 5);
+  // Extents are those of what it draws.
+  const auto box = e.geomExtents();
+  ASSERT_TRUE(box.has_value());
+  EXPECT_EQ(box->min, (Point3d{10, 20, 0}));
+  EXPECT_EQ(box->max, (Point3d{15, 25, 0}));
+
+  // The platform's draw code reaches the same drawing.
+  const cad::Entity& model = *db.entity(id);
+  EXPECT_EQ(CustomOf(model), e.custom());
+  PrimitiveRecorder drawn;
+  DrawCustom(model, drawn);
+  ASSERT_EQ(drawn.primitives().size(), 2u);
+  EXPECT_TRUE(drawn.primitives()[0].filled);
+  EXPECT_EQ(drawn.primitives()[0].colorIndex, 1);
+
+  // Other entities are no custom entities.
+  cad::Line& line = addLine({}, {1, 0, 0});
+  EXPECT_EQ(CustomOf(line), nullptr);
+  EXPECT_EQ(OpenEntity(line.id).custom(), nullptr);
+  PrimitiveRecorder none;
+  DrawCustom(line, none);
+  EXPECT_TRUE(none.primitives().empty());
+}
+
+TEST_F(HostCustomEntity, ModifyTouchesTheDrawingOnlyWhenTheEditChangedSomething) {
+  RecordingEditor editor;
+  const ObjectId id = AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{}, 5)), 0, {});
+
+  EXPECT_TRUE(ModifyCustomEntity(id, [](CustomEntity&) { return false; }));
+  EXPECT_EQ(editor.modifiedCalls, 0);
+
+  EXPECT_TRUE(ModifyCustomEntity(id, [](CustomEntity& c) {
+    auto& marker = dynamic_cast<SquareMarker&>(c);
+    marker.setSize(8);
+    return true;
+  }));
+  EXPECT_EQ(editor.modifiedCalls, 1);
+  EXPECT_TRUE(editor.modifiedFlag);
+  EXPECT_EQ(OpenEntity(id).geomExtents()->max, (Point3d{8, 8, 0}));
+
+  // Not one of the system's entities, or gone: false, and the edit is not called.
+  bool called = false;
+  auto edit = [&](CustomEntity&) { return called = true; };
+  EXPECT_FALSE(ModifyCustomEntity(addLine({}, {1, 0, 0}).id, edit));
+  ASSERT_TRUE(EraseEntity(id));
+  EXPECT_FALSE(ModifyCustomEntity(id, edit));
+  EXPECT_FALSE(called);
+}
+
+TEST_F(HostCustomEntity, TransientMarkersNeverReachAFileButPersistentOnesDo) {
+  addLine({0, 0, 0}, {100, 0, 0});
+  AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{1, 1, 0}, 5, 1, true)), 0, {});
+  const ObjectId stamp =
+      AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{7, 1, 0}, 2.5, 1, false)), 0, {}, paper().id);
+  ASSERT_FALSE(stamp.isNull());
+
+  const std::string dxf = cad::WriteDxfToString(db);
+  EXPECT_EQ(dxf.find("Temp_PlotRec"), std::string::npos);
+  EXPECT_NE(dxf.find("TV_Stamp"), std::string::npos);
+
+  cad::DxfReadResult back = cad::ReadDxfFromBytes(dxf);
+  ASSERT_TRUE(back.ok()) << back.error;
+  std::size_t lines = 0, others = 0;
+  back.db->forEachEntity(*back.db->modelSpace(), [&](const cad::Entity& e) { ++(e.type() == cad::ObjectType::Line ? lines : others); });
+  EXPECT_EQ(lines, 1u);
+  EXPECT_EQ(others, 0u);
+  // The persistent one comes back as another program sees it: an entity of a foreign class
+  // with the groups it wrote.
+  std::vector<const cad::ProxyEntity*> proxies;
+  back.db->forEachEntity(*back.db->paperSpace(), [&](const cad::Entity& e) {
+    if (const auto* p = cad::As<cad::ProxyEntity>(&e)) proxies.push_back(p);
+  });
+  ASSERT_EQ(proxies.size(), 1u);
+  EXPECT_EQ(proxies[0]->name, "TV_Stamp");
+  const cad::Group* size = cad::FindGroup(proxies[0]->groups, 40);
+  ASSERT_NE(size, nullptr);
+  EXPECT_DOUBLE_EQ(size->asDouble(), 2.5);
+}
+
+TEST_F(HostCustomEntity, DrawingModelTreatsThemAsUnbreakableShapes) {
+  const ObjectId id = AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{-3, 4, 0}, 2)), 0, {});
+  const cad::Entity& e = *db.entity(id);
+  const auto box = cad::EntityExtents(e, db);
+  ASSERT_TRUE(box.has_value());
+  EXPECT_EQ(box->min, (Point3d{-3, 4, 0}));
+  EXPECT_EQ(box->max, (Point3d{-1, 6, 0}));
+  EXPECT_TRUE(cad::Explode(e, db).empty());
+  EXPECT_EQ(cad::TransformedCopy(e, Matrix3d::translation({1, 0, 0})), nullptr);
+  EXPECT_TRUE(OpenEntity(id).explode().empty());
+  EXPECT_FALSE(OpenEntity(id).transformedCopy(Matrix3d::translation({1, 0, 0})));
+
+  // Inside a block, an insert measures it moved like any content.
+  cad::BlockRecord& b = db.addBlock("MARKS");
+  auto inBlock = std::make_unique<cad::CustomEntity>();
+  inBlock->content = static_cast<const cad::CustomEntity&>(e).content->clone();
+  db.append(b, std::move(inBlock));
+  auto insert = std::make_unique<cad::Insert>();
+  insert->block = b.id;
+  insert->position = {10, 0, 0};
+  const ObjectId insId = add(std::move(insert)).id;
+  const auto insBox = OpenEntity(insId).geomExtents();
+  ASSERT_TRUE(insBox.has_value());
+  EXPECT_EQ(insBox->min, (Point3d{7, 4, 0}));
+
+  // Copies are independent objects.
+  auto copy = e.clone();
+  EXPECT_NE(CustomOf(*copy), nullptr);
+  EXPECT_NE(CustomOf(*copy), CustomOf(e));
+}
+
+TEST_F(HostCustomEntity, DrawingSummaryCountsThemByName) {
+  AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{}, 1, 1, true)), 0, {});
+  AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{}, 1, 1, false)), 0, {});
+  addLine({}, {1, 0, 0});
+  const console::DrawingSummary s = console::SummarizeDrawing(db, "memory.dxf", {});
+  ASSERT_FALSE(s.spaces.empty());
+  EXPECT_EQ(s.spaces[0].total, 3u);
+}
+
+}  // namespace
+}  // namespace tv::host

@@ -1,0 +1,144 @@
+#pragma once
+// Shared pieces of the seam's tests: a drawing installed as the working drawing, an editor that
+// records what the seam asks of it, and a small entity of the system's own kind.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cad/database.h"
+#include "host/cad_binding.h"
+#include "host/custom_entity.h"
+#include "host/editor.h"
+
+namespace tv::host::testing {
+
+// A fresh drawing behind the seam for the length of a test.
+class HostDrawingTest : public ::testing::Test {
+ protected:
+  HostDrawingTest() { SetWorkingDatabase(&db); }
+  ~HostDrawingTest() override { SetWorkingDatabase(nullptr); }
+
+  cad::BlockRecord& model() { return *db.modelSpace(); }
+  cad::BlockRecord& paper() { return *db.paperSpace(); }
+
+  template <class T>
+  T& add(std::unique_ptr<T> e, cad::BlockRecord* block = nullptr) {
+    return db.append(block ? *block : model(), std::move(e));
+  }
+  cad::Line& addLine(Point3d a, Point3d b, cad::BlockRecord* block = nullptr) {
+    auto l = std::make_unique<cad::Line>();
+    l->start = a;
+    l->end = b;
+    return add(std::move(l), block);
+  }
+
+  cad::Database db = cad::Database::createDefault();
+};
+
+// Installs itself as the platform editor for its lifetime. Variables are plain values; select()
+// records its arguments and answers with `selectAnswer`.
+class RecordingEditor final : public Editor {
+ public:
+  RecordingEditor() { SetEditor(this); }
+  ~RecordingEditor() override { SetEditor(nullptr); }
+
+  std::map<std::string, Value> vars;
+  // select()
+  std::string lastMode;
+  std::vector<Point3d> lastPoints;
+  SelectionFilter lastFilter;
+  ObjectIdArray selectAnswer;
+  int selectCalls = 0;
+  // document
+  int modifiedCalls = 0;
+  bool modifiedFlag = false;
+  int regenCalls = 0;
+  std::vector<std::pair<Point3d, double>> views;
+
+  void print(std::string_view) override {}
+  int getString(std::string_view, std::string&) override { return RTCAN; }
+  int getInteger(std::string_view, std::int32_t&) override { return RTCAN; }
+  int getReal(std::string_view, double&) override { return RTCAN; }
+  int getPoint(std::string_view, const Point3d*, Point3d&) override { return RTCAN; }
+  int getCorner(std::string_view, const Point3d&, Point3d&) override { return RTCAN; }
+  int getKeyword(std::string_view, std::string_view, std::string&) override { return RTCAN; }
+  int select(std::string_view mode, const std::vector<std::string>&, const std::vector<Point3d>& points,
+             const SelectionFilter& filter, ObjectIdArray& ids) override {
+    ++selectCalls;
+    lastMode = std::string(mode);
+    lastPoints = points;
+    lastFilter = filter;
+    ids.insert(ids.end(), selectAnswer.begin(), selectAnswer.end());
+    return selectAnswer.empty() ? RTERROR : RTNORM;
+  }
+  std::optional<Value> getVar(std::string_view name) override {
+    auto it = vars.find(std::string(name));
+    if (it == vars.end()) return std::nullopt;
+    return it->second;
+  }
+  bool setVar(std::string_view name, const Value& value) override {
+    vars[std::string(name)] = value;
+    return true;
+  }
+  std::optional<std::string> getEnv(std::string_view) override { return std::nullopt; }
+  void setEnv(std::string_view, std::string_view) override {}
+  Matrix3d currentUcs() override { return Matrix3d::identity(); }
+  bool setCurrentUcs(const Matrix3d&) override { return false; }
+  MessageAnswer messageBox(std::string_view, std::string_view, MessageButtons) override { return MessageAnswer::Cancel; }
+  std::optional<int> chooseItem(std::string_view, const std::vector<std::string>&, int) override { return std::nullopt; }
+  std::optional<std::string> askOpenPath(std::string_view, std::string_view) override { return std::nullopt; }
+  std::optional<std::string> askSavePath(std::string_view, std::string_view, std::string_view) override { return std::nullopt; }
+  std::optional<std::string> askFolder(std::string_view, std::string_view) override { return std::nullopt; }
+  bool shellOpen(std::string_view) override { return false; }
+  void addCommand(std::string_view, std::string_view, std::string_view, int, CommandBody) override {}
+  bool removeGroup(std::string_view) override { return false; }
+  int command(const std::vector<std::string>&) override { return RTERROR; }
+  void sendStringToExecute(std::string_view) override {}
+  std::string documentPath() override { return {}; }
+  void setModified(bool modified) override {
+    ++modifiedCalls;
+    modifiedFlag = modified;
+  }
+  bool modified() override { return modifiedFlag; }
+  void regen() override { ++regenCalls; }
+  void setView(Point3d centre, double height) override { views.emplace_back(centre, height); }
+  void progressBegin(std::string_view, int) override {}
+  void progressSet(int) override {}
+  void progressEnd() override {}
+};
+
+// A rectangle marker: a filled square of side `size` at `corner`, in colour `color`.
+class SquareMarker : public CustomEntity {
+ public:
+  SquareMarker(Point3d corner, double size, std::int16_t color = 1, bool transient = true)
+      : corner_(corner), size_(size), color_(color), transient_(transient) {}
+
+  std::string className() const override { return transient_ ? "Temp_PlotRec" : "TV_Stamp"; }
+  std::unique_ptr<CustomEntity> clone() const override { return std::make_unique<SquareMarker>(*this); }
+  void worldDraw(WorldDraw& draw) const override {
+    draw.setColor(color_);
+    draw.setFill(true);
+    const Point3d c = corner_;
+    draw.polygon({c, c + Vector3d{size_, 0, 0}, c + Vector3d{size_, size_, 0}, c + Vector3d{0, size_, 0}});
+    draw.setFill(false);
+    draw.polyline({c, c + Vector3d{size_, size_, 0}});
+  }
+  bool isTransient() const override { return transient_; }
+  std::vector<std::pair<int, std::string>> dxfGroups() const override {
+    return {{100, "TV_Stamp"}, {10, std::to_string(corner_.x)}, {40, std::to_string(size_)}};
+  }
+
+  void setSize(double size) { size_ = size; }
+  double size() const { return size_; }
+
+ private:
+  Point3d corner_;
+  double size_;
+  std::int16_t color_;
+  bool transient_;
+};
+
+}  // namespace tv::host::testing

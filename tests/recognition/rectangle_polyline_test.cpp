@@ -1,0 +1,179 @@
+#include <algorithm>
+#include <cmath>
+
+#include "drawing_fixture.h"
+#include "host/entity.h"
+#include "recognition/sheet_geometry.h"
+
+namespace tv::recognition {
+namespace {
+
+using test::DrawingTest;
+using test::ExpectNear2d;
+
+// The corners of the 100 x 50 rectangle at (10, 20), counter-clockwise from the lower left.
+const std::vector<Point2d> kCorners = {{10, 20}, {110, 20}, {110, 70}, {10, 70}};
+
+std::vector<Point2d> Walk(int start, bool clockwise) {
+  std::vector<Point2d> out;
+  for (int i = 0; i < 4; ++i) {
+    const int step = clockwise ? -i : i;
+    out.push_back(kCorners[static_cast<std::size_t>(((start + step) % 4 + 4) % 4)]);
+  }
+  return out;
+}
+
+class RectanglePolylineTest : public DrawingTest {
+ protected:
+  // Runs the test on the entity with an empty stack.
+  bool IsRectangle(ObjectId id, Point3d& minPt, Point3d& maxPt) {
+    const host::Entity e = host::OpenEntity(id);
+    EXPECT_TRUE(static_cast<bool>(e));
+    return IsRectanglePolyline(e, false, {}, minPt, maxPt);
+  }
+  bool IsRectangle(ObjectId id) {
+    Point3d minPt, maxPt;
+    return IsRectangle(id, minPt, maxPt);
+  }
+};
+
+TEST_F(RectanglePolylineTest, AnyWindingAndStartVertexPasses) {
+  std::vector<ObjectId> ids;
+  for (int start = 0; start < 4; ++start)
+    for (bool clockwise : {false, true}) ids.push_back(AddLw(Walk(start, clockwise), true));
+  Open();
+  for (ObjectId id : ids) {
+    Point3d minPt{-1, -1, -1}, maxPt;
+    ASSERT_TRUE(IsRectangle(id, minPt, maxPt)) << id.value;
+    ExpectNear2d(minPt, {10, 20});
+    ExpectNear2d(maxPt, {110, 70});
+    EXPECT_EQ(minPt.z, 0.0);
+    EXPECT_EQ(maxPt.z, 0.0);
+  }
+}
+
+TEST_F(RectanglePolylineTest, RepeatedLastVertexPassesClosedOrOpen) {
+  std::vector<Point2d> five = Walk(2, true);
+  five.push_back(five.front());
+  const ObjectId lwClosed = AddLw(five, true);
+  const ObjectId lwOpen = AddLw(five, false);
+  const ObjectId flatOpen = AddPolyline(five, false, false);
+  // A last vertex a little off the first still closes within a thousandth of the sides.
+  std::vector<Point2d> nearly = kCorners;
+  nearly.push_back({10.1, 20.05});
+  const ObjectId lwNearly = AddLw(nearly, false);
+  // Consecutive repeated vertices are dropped before counting.
+  const ObjectId doubled = AddLw({kCorners[0], kCorners[1], kCorners[1], {110, 70.000001}, kCorners[3]}, true);
+  Open();
+  Point3d minPt, maxPt;
+  for (ObjectId id : {lwClosed, lwOpen, flatOpen, lwNearly, doubled}) {
+    ASSERT_TRUE(IsRectangle(id, minPt, maxPt)) << id.value;
+    ExpectNear2d(minPt, {10, 20}, 1e-5);
+    ExpectNear2d(maxPt, {110, 70}, 1e-5);
+  }
+}
+
+TEST_F(RectanglePolylineTest, FifthVertexAwayFromFirstFailsForLightweightOnly) {
+  std::vector<Point2d> five = kCorners;
+  five.push_back({10.2, 20});  // t is 0.15
+  const ObjectId lw = AddLw(five, true);
+  const ObjectId flat = AddPolyline(five, true, false);
+  Open();
+  EXPECT_FALSE(IsRectangle(lw));
+  EXPECT_TRUE(IsRectangle(flat));
+}
+
+TEST_F(RectanglePolylineTest, OpenFourVerticesFailLightweightButPass2dAnd3d) {
+  const ObjectId lw = AddLw(kCorners, false);
+  const ObjectId flat = AddPolyline(kCorners, false, false);
+  const ObjectId spatial = AddPolyline(kCorners, false, true);
+  Open();
+  EXPECT_FALSE(IsRectangle(lw));
+  EXPECT_TRUE(IsRectangle(flat));
+  EXPECT_TRUE(IsRectangle(spatial));
+}
+
+TEST_F(RectanglePolylineTest, ChamferedCornerFails) {
+  const std::vector<Point2d> chamfered = {{0, 0}, {100, 0}, {100, 50}, {90, 60}, {0, 60}};
+  const ObjectId lw = AddLw(chamfered, true);
+  const ObjectId flat = AddPolyline(chamfered, true, false);
+  Open();
+  EXPECT_FALSE(IsRectangle(lw));
+  EXPECT_FALSE(IsRectangle(flat));
+}
+
+TEST_F(RectanglePolylineTest, DegenerateAndShortSidesFail) {
+  const ObjectId thin = AddLw({{0, 0}, {100, 0}, {100, 1e-06}, {0, 1e-06}}, true);
+  const ObjectId thinFlat = AddPolyline({{0, 0}, {100, 0}, {100, 1e-06}, {0, 1e-06}, {0, 0}}, true, false);
+  // The diagonal a-c lies on an axis: a "rectangle" folded onto one line.
+  const ObjectId folded = AddLw({{0, 0}, {100, 0}, {0, 0.5}, {100, 0.5}}, true);
+  const ObjectId three = AddLw({{0, 0}, {100, 0}, {100, 50}}, true);
+  const ObjectId six = AddLw({{0, 0}, {50, 0}, {100, 0}, {100, 50}, {0, 50}, {0, 25}}, true);
+  Open();
+  EXPECT_FALSE(IsRectangle(thin));
+  EXPECT_FALSE(IsRectangle(thinFlat));
+  EXPECT_FALSE(IsRectangle(three));
+  EXPECT_FALSE(IsRectangle(six));
+  EXPECT_FALSE(IsRectangle(folded));
+}
+
+TEST_F(RectanglePolylineTest, SidesMayLeanWithinAThousandthOfTheDiagonalSpan) {
+  // t = (100 + 50) / 1000 = 0.15: a lean of 0.14 passes, one of 0.16 fails.
+  const ObjectId within = AddLw({{0, 0}, {100, 0.14}, {100, 50}, {0, 50}}, true);
+  const ObjectId beyond = AddLw({{0, 0}, {100, 0.16}, {100, 50}, {0, 50}}, true);
+  Open();
+  Point3d minPt, maxPt;
+  ASSERT_TRUE(IsRectangle(within, minPt, maxPt));
+  ExpectNear2d(maxPt, {100, 50});
+  EXPECT_FALSE(IsRectangle(beyond));
+}
+
+TEST_F(RectanglePolylineTest, RotatedRectangleFailsInWorldButPassesInItsUcs) {
+  const double angle = DegToRad(30);
+  const Matrix3d ucs = Matrix3d::translation({500, 300, 0}) * Matrix3d::rotation(angle);
+  std::vector<Point2d> world;
+  for (Point2d p : kCorners) world.push_back(ucs.transform(Point3d{p}).to2d());
+  const ObjectId id = AddLw(world, true);
+  Open();
+  EXPECT_FALSE(IsRectangle(id));
+  UseUcs(ucs);
+  Point3d minPt, maxPt;
+  ASSERT_TRUE(IsRectangle(id, minPt, maxPt));
+  ExpectNear2d(minPt, {10, 20}, 1e-7);
+  ExpectNear2d(maxPt, {110, 70}, 1e-7);
+}
+
+TEST_F(RectanglePolylineTest, StackTakesBlockVerticesIntoTheSpace) {
+  const ObjectId id = AddLw(kCorners, true);
+  Open();
+  const host::Entity e = host::OpenEntity(id);
+  // Outer reference moves by (1000, 0), the inner one doubles: the inner applies first.
+  const MatrixStack stack = {Matrix3d::translation({1000, 0, 0}), Matrix3d::scaling(2.0)};
+  Point3d minPt, maxPt;
+  ASSERT_TRUE(IsRectanglePolyline(e, true, stack, minPt, maxPt));
+  ExpectNear2d(minPt, {1020, 40});
+  ExpectNear2d(maxPt, {1220, 140});
+  // Without useStack the stack is ignored.
+  ASSERT_TRUE(IsRectanglePolyline(e, false, stack, minPt, maxPt));
+  ExpectNear2d(minPt, {10, 20});
+}
+
+TEST_F(RectanglePolylineTest, OnlyPolylinesAreAccepted) {
+  const ObjectId line = AddLine({0, 0, 0}, {100, 0, 0});
+  Open();
+  Point3d minPt{5, 5, 5}, maxPt;
+  EXPECT_FALSE(IsRectangle(line, minPt, maxPt));
+  EXPECT_FALSE(IsRectanglePolyline(host::Entity{}, false, {}, minPt, maxPt));
+}
+
+TEST(TransformByStackTest, AppliesTheLastMatrixFirst) {
+  const MatrixStack stack = {Matrix3d::translation({10, 0, 0}), Matrix3d::scaling(2.0)};
+  ExpectNear2d(TransformByStack({1, 1, 0}, stack), {12, 2});
+  ExpectNear2d(TransformByStack({1, 1, 0}, {}), {1, 1});
+  const MatrixStack three = {Matrix3d::rotation(kPi / 2), Matrix3d::translation({5, 0, 0}), Matrix3d::scaling(3.0)};
+  // (1, 0) -> (3, 0) -> (8, 0) -> (0, 8)
+  ExpectNear2d(TransformByStack({1, 0, 0}, three), {0, 8}, 1e-12);
+}
+
+}  // namespace
+}  // namespace tv::recognition
