@@ -107,24 +107,12 @@ std::unique_ptr<Face3d> MakeFace(const Entity& src, const Point3d* const corners
 
 void PolylinePieces(const Polyline& p, Pieces& out) {
   if (p.polyFlags & Polyline::kPolyface) {
-    std::vector<const Point3d*> positions;
-    for (const auto& v : p.vertices)
-      if (v.flags & 64) positions.push_back(&v.position);
-    for (const auto& v : p.vertices) {
-      if ((v.flags & 64) || !(v.flags & 128)) continue;
-      const Point3d* corners[4] = {};
-      std::int16_t invisible = 0;
-      int count = 0;
-      for (int k = 0; k < 4; ++k) {
-        const std::int64_t index = std::abs(static_cast<std::int64_t>(v.faceIndices[k]));
-        if (index == 0 || index > static_cast<std::int64_t>(positions.size())) continue;
-        if (v.faceIndices[k] < 0) invisible = static_cast<std::int16_t>(invisible | (1 << count));
-        corners[count++] = positions[static_cast<std::size_t>(index - 1)];
-      }
-      if (count < 3) continue;
-      if (count == 3) corners[3] = corners[2];
-      out.push_back(MakeFace(p, corners, invisible));
-    }
+    ForEachPolyfaceFace(p, [&](const PolyfaceFace& f) {
+      if (f.count < 3) return;
+      auto corners = f.corners;
+      if (f.count == 3) corners[3] = corners[2];
+      out.push_back(MakeFace(p, corners.data(), static_cast<std::int16_t>(f.invisible)));
+    });
     return;
   }
   if (p.polyFlags & Polyline::k3dMesh) {

@@ -1,6 +1,8 @@
 #pragma once
 // Helpers shared by the entity geometry files (extents, explode, transform); not part of the API.
 #include <array>
+#include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -97,6 +99,45 @@ std::vector<Point3d> EllipseArcPoints(Point3d c, Vector3d u, Vector3d v, double 
 Spline SplineOfHatchEdge(const HatchEdge& edge, double z);
 // t1 moved above t0 by the counter-clockwise span (a full turn when they are equal).
 double SweepEnd(double t0, double t1);
+// `relativeTolerance` of the size of a spline's control points (its fit points when it has none);
+// 0 when that size is not a positive number, which leaves the choice to SplineToPolyline.
+double SplineChordTolerance(const Spline& s, double relativeTolerance);
+// The points of a hatch boundary made of edges, in its OCS and in travel order, a point shared by
+// consecutive edges given once. Arcs and ellipse arcs become chords deviating at most
+// `relativeTolerance` of their radius, splines of their size (0 leaves both to the curve
+// functions: 1/1000). With `dropRepeatedStart` a loop that ends where it starts does not repeat it.
+void FlattenHatchEdges(const std::vector<HatchEdge>& edges, double relativeTolerance, bool dropRepeatedStart,
+                       std::vector<Point2d>& out);
+
+// ---- polyface meshes -------------------------------------------------------------------------------
+
+// One face of a polyface mesh: up to four corners pointing into the polyline's vertices.
+struct PolyfaceFace {
+  std::array<const Point3d*, 4> corners{};  // the first `count` are set
+  int count = 0;
+  int invisible = 0;  // bit k hides the edge from corner k to the next
+};
+
+// Calls face(const PolyfaceFace&) for every face record of a polyface mesh, in order. Vertex flag 64
+// marks the mesh's positions, 128 without 64 a face; a negative index hides the edge starting at
+// that corner, and indices that name no position are skipped.
+template <class F>
+void ForEachPolyfaceFace(const Polyline& p, F&& face) {
+  std::vector<const Point3d*> positions;
+  for (const auto& v : p.vertices)
+    if (v.flags & 64) positions.push_back(&v.position);
+  for (const auto& v : p.vertices) {
+    if ((v.flags & 64) || !(v.flags & 128)) continue;
+    PolyfaceFace f;
+    for (int k = 0; k < 4; ++k) {
+      const std::int64_t index = std::abs(static_cast<std::int64_t>(v.faceIndices[k]));
+      if (index == 0 || index > static_cast<std::int64_t>(positions.size())) continue;
+      if (v.faceIndices[k] < 0) f.invisible |= 1 << f.count;
+      f.corners[static_cast<std::size_t>(f.count++)] = positions[static_cast<std::size_t>(index - 1)];
+    }
+    face(f);
+  }
+}
 
 // ---- entities --------------------------------------------------------------------------------------
 

@@ -145,42 +145,9 @@ std::unique_ptr<Entity> ApproximateMText(const MText& src, const Matrix3d& xf) {
 // The boundary of a hatch path as one polyline, in travel order.
 std::vector<Point2d> FlattenPath(const HatchPath& path) {
   if (path.isPolyline()) return Flatten(path.vertices, {}, path.bulges, path.closed).points;
+  // Edges take the curve functions' own tolerance, the same 1/1000 as kArcTolerance.
   std::vector<Point2d> out;
-  const auto append = [&](const std::vector<Point3d>& pts, bool reversed) {
-    for (std::size_t i = 0; i < pts.size(); ++i) out.push_back(pts[reversed ? pts.size() - 1 - i : i].to2d());
-  };
-  for (const HatchEdge& edge : path.edges) {
-    switch (edge.kind) {
-      case HatchEdge::Kind::Line:
-        out.push_back(edge.start);
-        out.push_back(edge.end);
-        break;
-      case HatchEdge::Kind::Arc: case HatchEdge::Kind::Ellipse: {
-        const double a0 = DegToRad(edge.counterClockwise ? edge.startAngle : 360 - edge.endAngle);
-        const double a1 = DegToRad(edge.counterClockwise ? edge.endAngle : 360 - edge.startAngle);
-        Vector3d u{edge.radius, 0, 0}, v{0, edge.radius, 0};
-        double t0 = a0, t1 = a1;
-        if (edge.kind == HatchEdge::Kind::Ellipse) {
-          const double ratio = edge.radius;
-          u = {edge.majorAxis.x, edge.majorAxis.y, 0};
-          v = {-edge.majorAxis.y * ratio, edge.majorAxis.x * ratio, 0};
-          if (ratio > 0 && std::abs(a1 - a0) < 2 * kPi - 1e-9) {
-            t0 = std::atan2(std::sin(a0) / ratio, std::cos(a0));
-            t1 = std::atan2(std::sin(a1) / ratio, std::cos(a1));
-          }
-        }
-        const double r = std::max(u.length(), v.length());
-        append(EllipseArcPoints(Point3d{edge.start}, u, v, t0, t1, r * kArcTolerance), !edge.counterClockwise);
-        break;
-      }
-      case HatchEdge::Kind::Spline:
-        append(SplineToPolyline(SplineOfHatchEdge(edge, 0), 0), false);
-        break;
-    }
-  }
-  // Edges share their end points: drop the repeats.
-  out.erase(std::unique(out.begin(), out.end(), [](Point2d a, Point2d b) { return a.distanceTo(b) <= 1e-12 * (1 + std::abs(a.x) + std::abs(a.y)); }),
-            out.end());
+  FlattenHatchEdges(path.edges, 0, /*dropRepeatedStart=*/false, out);
   return out;
 }
 

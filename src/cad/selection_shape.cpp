@@ -64,13 +64,6 @@ constexpr std::size_t kMaxClipPoints = 4'000'000;
 // OCS to WCS; most entities lie in the XY plane, where that is the identity.
 Matrix3d PlaneToWorld(const Vector3d& normal) { return normal == Vector3d::zAxis() ? Matrix3d{} : Matrix3d::planeToWorld(normal); }
 
-double SplineTolerance(const Spline& s) {
-  Extents3d box;
-  for (const Point3d& p : s.controlPoints.empty() ? s.fitPoints : s.controlPoints) box.add(p);
-  const double size = box.isEmpty() ? 0 : (box.max - box.min).length();
-  return std::isfinite(size) && size > 0 ? size * kArcTolerance : 0;
-}
-
 // Points of a 2D outline with bulges, arcs flattened; a closed outline does not repeat its start.
 template <class BulgeAt>
 void BulgedPoints(const std::vector<Point2d>& pts, BulgeAt bulgeAt, bool closed, std::vector<Point2d>& out) {
@@ -143,21 +136,7 @@ void EmitEdges(Outline& o, const Point3d* const* corners, int count, int invisib
 
 void EmitPolyline(Outline& o, const Polyline& p, std::vector<Point2d>& scratch) {
   if (p.polyFlags & Polyline::kPolyface) {
-    std::vector<const Point3d*> positions;
-    for (const auto& v : p.vertices)
-      if (v.flags & 64) positions.push_back(&v.position);
-    for (const auto& v : p.vertices) {
-      if ((v.flags & 64) || !(v.flags & 128)) continue;
-      const Point3d* corners[4] = {};
-      int count = 0, invisible = 0;
-      for (int k = 0; k < 4; ++k) {
-        const std::int64_t index = std::abs(static_cast<std::int64_t>(v.faceIndices[k]));
-        if (index == 0 || index > static_cast<std::int64_t>(positions.size())) continue;
-        if (v.faceIndices[k] < 0) invisible |= 1 << count;
-        corners[count++] = positions[static_cast<std::size_t>(index - 1)];
-      }
-      EmitEdges(o, corners, count, invisible);
-    }
+    ForEachPolyfaceFace(p, [&](const PolyfaceFace& f) { EmitEdges(o, f.corners.data(), f.count, f.invisible); });
     return;
   }
   if (p.polyFlags & Polyline::k3dMesh) {
@@ -210,47 +189,7 @@ void HatchLoop(const HatchPath& path, std::vector<Point2d>& out) {
     BulgedPoints(path.vertices, [&](std::size_t i) { return i < path.bulges.size() ? path.bulges[i] : 0.0; }, true, out);
     return;
   }
-  out.clear();
-  const auto append = [&](const std::vector<Point3d>& pts, bool reversed) {
-    for (std::size_t i = 0; i < pts.size(); ++i) out.push_back(pts[reversed ? pts.size() - 1 - i : i].to2d());
-  };
-  for (const HatchEdge& edge : path.edges) {
-    switch (edge.kind) {
-      case HatchEdge::Kind::Line:
-        out.push_back(edge.start);
-        out.push_back(edge.end);
-        break;
-      case HatchEdge::Kind::Arc: case HatchEdge::Kind::Ellipse: {
-        // Clockwise edges store their angles mirrored: the counter-clockwise span is (-end, -start).
-        const double a0 = DegToRad(edge.counterClockwise ? edge.startAngle : 360 - edge.endAngle);
-        const double a1 = DegToRad(edge.counterClockwise ? edge.endAngle : 360 - edge.startAngle);
-        Vector3d u{edge.radius, 0, 0}, v{0, edge.radius, 0};
-        double t0 = a0, t1 = a1;
-        if (edge.kind == HatchEdge::Kind::Ellipse) {
-          const double ratio = edge.radius;
-          u = {edge.majorAxis.x, edge.majorAxis.y, 0};
-          v = {-edge.majorAxis.y * ratio, edge.majorAxis.x * ratio, 0};
-          // The stored angles are true angles; the curve parameter of an angle depends on the ratio.
-          if (ratio > 0 && std::abs(a1 - a0) < 2 * kPi - 1e-9) {
-            t0 = std::atan2(std::sin(a0) / ratio, std::cos(a0));
-            t1 = std::atan2(std::sin(a1) / ratio, std::cos(a1));
-          }
-        }
-        const double r = std::max(u.length(), v.length());
-        append(EllipseArcPoints(Point3d{edge.start}, u, v, t0, t1, r * kArcTolerance), !edge.counterClockwise);
-        break;
-      }
-      case HatchEdge::Kind::Spline: {
-        const Spline s = SplineOfHatchEdge(edge, 0);
-        append(SplineToPolyline(s, SplineTolerance(s)), false);
-        break;
-      }
-    }
-  }
-  // Edges share their end points, and a loop ends where it starts: drop the repeats.
-  const auto same = [](Point2d a, Point2d b) { return a.distanceTo(b) <= 1e-12 * (1 + std::abs(a.x) + std::abs(a.y)); };
-  out.erase(std::unique(out.begin(), out.end(), same), out.end());
-  if (out.size() > 1 && same(out.front(), out.back())) out.pop_back();
+  FlattenHatchEdges(path.edges, kArcTolerance, /*dropRepeatedStart=*/true, out);
 }
 
 template <class R>
@@ -269,27 +208,10 @@ void EmitRaster(Outline& o, const R& r) {
   o.finish(false);
 }
 
-// The clip boundary of an insert in its block's coordinates; empty when it has no usable clip.
+// The clip boundary of an insert in its block's coordinates, flat; empty when it has no usable clip.
 std::vector<Point2d> ClipBoundary(const Insert& insert, const Database& db) {
-  const SpatialFilter* filter = db.spatialFilterOf(insert);
-  if (!filter || filter->inverted || filter->boundary.size() < 2) return {};
-  std::vector<Point2d> outline = filter->boundary;
-  if (outline.size() == 2) {
-    const Point2d a = outline[0], b = outline[1];
-    outline = {a, {b.x, a.y}, b, {a.x, b.y}};
-  }
-  // The boundary lies in the plane (origin, normal) of the space the insert was clipped in; the
-  // inverse insert transform of that moment takes it into block coordinates. A singular matrix is
-  // taken as none rather than clipping everything away.
-  const Matrix3d& inverse = filter->inverseInsertTransform;
-  const Matrix3d toBlock = (inverse.inverse() ? inverse : Matrix3d{}) * Matrix3d::translation(filter->origin.asVector()) *
-                           PlaneToWorld(filter->normal);
   std::vector<Point2d> points;
-  for (const Point2d& p : outline) {
-    const Point3d q = toBlock.transform(Point3d{p});
-    if (!std::isfinite(q.x) || !std::isfinite(q.y)) return {};
-    points.push_back(q.to2d());
-  }
+  for (const Point3d& p : InsertClipBoundary(insert, db)) points.push_back(p.to2d());
   return points;
 }
 
@@ -548,7 +470,7 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
     }
     case ObjectType::Spline: {
       const auto& s = static_cast<const Spline&>(e);
-      EmitPoints(o, SplineToPolyline(s, SplineTolerance(s)));
+      EmitPoints(o, SplineToPolyline(s, SplineChordTolerance(s, kArcTolerance)));
       break;
     }
     case ObjectType::Point: EmitPoints(o, {static_cast<const PointEntity&>(e).position}); break;

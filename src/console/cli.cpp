@@ -14,12 +14,11 @@
 #include "console/run_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
+#include "host/version.h"
 
 namespace tv::console {
 
 namespace {
-
-constexpr std::string_view kVersion = "0.1.0";
 
 // Every subcommand, in the order `tvplot --help` lists them. A new one is a file of its own and
 // one line here.
@@ -74,7 +73,7 @@ int Dispatch(const std::vector<std::string>& args, CliStreams& io) {
     return kExitUsage;
   }
   if (args[0] == "--version" || args[0] == "-v") {
-    io.out << "tvplot " << kVersion << '\n';
+    io.out << "tvplot " << host::kProductVersion << '\n';
     return kExitOk;
   }
   if (args[0] == "--help" || args[0] == "-h") return RunHelp({}, io);

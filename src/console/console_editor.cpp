@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <utility>
 
 #include "console/answer_parse.h"
@@ -153,8 +152,9 @@ std::optional<std::string> ConsoleEditor::ask(std::string_view prompt) {
 int ConsoleEditor::getString(std::string_view prompt, std::string& answer) {
   auto reply = ask(prompt);
   if (!reply) return RTCAN;
+  // Enter at a text prompt is an empty text, as CAD programs answer it.
   answer = *reply;
-  return answer.empty() ? RTNONE : RTNORM;
+  return RTNORM;
 }
 
 int ConsoleEditor::getInteger(std::string_view prompt, std::int32_t& answer) {

@@ -23,11 +23,11 @@ bool ParseOperands(const host::SelectionFilter& items, std::size_t& i, const std
         const std::string op = AsciiUpper(TrimBlanks(item.text));
         if (!closing.empty() && op == closing) return true;
         Node group;
-        std::string close;
-        if (op == "<OR") group.kind = Node::Kind::Or, close = "OR>";
-        else if (op == "<AND") group.kind = Node::Kind::And, close = "AND>";
-        else if (op == "<NOT") group.kind = Node::Kind::Not, close = "NOT>";
+        if (op == "<OR") group.kind = Node::Kind::Or;
+        else if (op == "<AND") group.kind = Node::Kind::And;
+        else if (op == "<NOT") group.kind = Node::Kind::Not;
         else return false;  // an unknown operator, or one closing a group that is not open
+        const std::string close = op.substr(1) + ">";
         if (!ParseOperands(items, i, close, group.operands)) return false;
         if (group.kind == Node::Kind::Not ? group.operands.size() != 1 : group.operands.empty()) return false;
         operands.push_back(std::move(group));

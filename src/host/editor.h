@@ -64,6 +64,7 @@ class Editor {
   virtual void print(std::string_view text) = 0;
 
   // ---- prompts: RTNORM with the answer, RTNONE on Enter, RTCAN on cancel ------------------------
+  // Enter at getString is an empty answer with RTNORM.
   virtual int getString(std::string_view prompt, std::string& answer) = 0;
   virtual int getInteger(std::string_view prompt, std::int32_t& answer) = 0;
   virtual int getReal(std::string_view prompt, double& answer) = 0;

@@ -20,13 +20,14 @@ bool IsRectanglePolyline(const host::Entity& entity, bool useStack, const Matrix
   std::vector<Point2d> v = entity.vertices();
   const bool closed = entity.closed();
 
-  // Repeated vertices: a drawn rectangle often repeats its first corner at the end.
-  for (std::size_t i = 0; i + 1 < v.size();) {
-    if (v[i].distanceTo(v[i + 1]) < 1e-05)
-      v.erase(v.begin() + static_cast<std::ptrdiff_t>(i));
-    else
-      ++i;
-  }
+  // Repeated vertices: a drawn rectangle often repeats its first corner at the end. A vertex goes
+  // when the next one lies on it, which is what removing it and staying in place amounts to.
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < v.size(); ++i)
+    if (i + 1 == v.size() || !(v[i].distanceTo(v[i + 1]) < 1e-05)) v[kept++] = v[i];
+  v.resize(kept);
+  // Only 4 or 5 corners make a rectangle; long polylines stop here, before any transform.
+  if (v.size() != 4 && v.size() != 5) return false;
 
   for (Point2d& p : v) {
     Point3d q{p.x, p.y, 0.0};
@@ -35,7 +36,6 @@ bool IsRectanglePolyline(const host::Entity& entity, bool useStack, const Matrix
     p = {q.x, q.y};
   }
 
-  if (v.size() != 4 && v.size() != 5) return false;
   const Point2d a = v[0], b = v[1], c = v[2], d = v[3];
 
   const double dx = c.x - a.x, dy = c.y - a.y;

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "../support/half_em_measurer.h"
+
 namespace tv::cad {
 namespace {
 
@@ -19,17 +21,7 @@ void ExpectBox(const std::optional<Extents3d>& box, Point2d min, Point2d max, do
 }
 
 // Every character half an em wide: text sizes become simple numbers.
-class HalfEm final : public TextMeasurer {
- public:
-  double advance(std::string_view s, const TextStyle*) const override {
-    double n = 0;
-    for (unsigned char c : s) n += (c & 0xC0) != 0x80;
-    return n * 0.5;
-  }
-  double ascent(const TextStyle*) const override { return 1; }
-  double descent(const TextStyle*) const override { return 0.25; }
-};
-const HalfEm kHalfEm;
+using test_support::kHalfEm;
 
 Point3d ArcPoint(const Arc& a, double angle) {
   return Matrix3d::planeToWorld(a.normal).transform(a.center + Vector3d{std::cos(angle), std::sin(angle), 0} * a.radius);

@@ -8,23 +8,14 @@
 #include <filesystem>
 
 #include "cad/dxf_reader.h"
+#include "../support/half_em_measurer.h"
 #include "examples/sample_drawing.h"
 
 namespace tv::cad {
 namespace {
 
 // Every character half an em wide: text boxes become simple numbers.
-class HalfEm final : public TextMeasurer {
- public:
-  double advance(std::string_view s, const TextStyle*) const override {
-    double n = 0;
-    for (unsigned char c : s) n += (c & 0xC0) != 0x80;
-    return n * 0.5;
-  }
-  double ascent(const TextStyle*) const override { return 1; }
-  double descent(const TextStyle*) const override { return 0.25; }
-};
-const HalfEm kHalfEm;
+using test_support::kHalfEm;
 
 // An application entity drawing the given primitives.
 class TestContent final : public CustomContent {

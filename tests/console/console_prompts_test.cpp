@@ -41,7 +41,8 @@ TEST(ConsolePrompts, EnterCancelAndBadAnswers) {
   std::int32_t n = 0;
   double x = 0;
   Point3d p;
-  EXPECT_EQ(e.getString("\nA: ", text), RTNONE);
+  EXPECT_EQ(e.getString("\nA: ", text), RTNORM);  // Enter is an empty text
+  EXPECT_EQ(text, "");
   EXPECT_EQ(e.getString("\nB: ", text), RTCAN);
   EXPECT_EQ(e.getInteger("\nC: ", n), RTCAN);
   // Not integers: re-asked, each time taking the next answer.

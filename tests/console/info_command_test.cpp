@@ -1,19 +1,14 @@
 // `tvplot info` as users run it: the built program on drawings written to a temporary folder,
 // checked for exit codes, key lines, JSON validity, and that it writes nothing.
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cctype>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "../support/run_program.h"
 
 #include "cad/dxf_writer.h"
 #include "console/drawing_summary.h"
@@ -25,70 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class TempDir {
- public:
-  TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "tv_info_test_XXXXXX").string();
-    if (mkdtemp(pattern.data())) path_ = pattern;
-  }
-  ~TempDir() {
-    std::error_code ec;
-    if (!path_.empty()) fs::remove_all(path_, ec);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  const fs::path& path() const { return path_; }
-  fs::path operator/(const std::string& name) const { return path_ / name; }
-
- private:
-  fs::path path_;
-};
-
-std::string ReadFile(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-void WriteFile(const fs::path& p, const std::string& bytes) {
-  std::ofstream out(p, std::ios::binary);
-  out << bytes;
-}
-
-struct RunResult {
-  int exitCode = -1;  // 128 + signal when the program was killed
-  std::string out, err;
-};
-
-// Runs the built tvplot; its output goes to files in a folder of their own, so that the folder
-// of the drawing sees nothing new.
-RunResult RunTvplot(const std::vector<std::string>& args) {
-  TempDir capture;
-  const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
-  std::vector<std::string> storage{TV_TVPLOT_PATH};
-  storage.insert(storage.end(), args.begin(), args.end());
-  std::vector<char*> argv;
-  for (auto& a : storage) argv.push_back(a.data());
-  argv.push_back(nullptr);
-
-  RunResult r;
-  pid_t pid = fork();
-  if (pid < 0) return r;
-  if (pid == 0) {
-    int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) _exit(126);
-    execv(argv[0], argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return r;
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
-  r.out = ReadFile(outPath);
-  r.err = ReadFile(errPath);
-  return r;
-}
+using namespace test_support;
 
 // Names and sizes of everything in a folder.
 std::map<std::string, std::uintmax_t> Listing(const fs::path& dir) {

@@ -1,17 +1,12 @@
 // `tvplot run` and `tvplot console` as users run them: the built program on drawings written to
 // a temporary folder, with answers from options, files and standard input.
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "../support/run_program.h"
 
 #include "cad/dxf_writer.h"
 #include "console/session_launch.h"
@@ -22,79 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class TempDir {
- public:
-  TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "tv_run_test_XXXXXX").string();
-    if (mkdtemp(pattern.data())) path_ = pattern;
-  }
-  ~TempDir() {
-    std::error_code ec;
-    if (!path_.empty()) fs::remove_all(path_, ec);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  fs::path operator/(const std::string& name) const { return path_ / name; }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
-std::string ReadFile(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-void WriteFile(const fs::path& p, const std::string& bytes) { std::ofstream(p, std::ios::binary) << bytes; }
-
-struct RunResult {
-  int exitCode = -1;
-  std::string out, err;
-};
-
-// Runs the built tvplot with `input` on its standard input and a home folder of its own, so the
-// module's settings land in the temporary folder and no desktop is found.
-RunResult RunTvplot(const std::vector<std::string>& args, const std::string& input = {}) {
-  TempDir capture;
-  const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
-  const std::string inPath = (capture / "in").string(), home = (capture / "home").string();
-  WriteFile(inPath, input);
-  fs::create_directories(home);
-  std::vector<std::string> storage{TV_TVPLOT_PATH};
-  storage.insert(storage.end(), args.begin(), args.end());
-  std::vector<char*> argv;
-  for (auto& a : storage) argv.push_back(a.data());
-  argv.push_back(nullptr);
-
-  RunResult r;
-  pid_t pid = fork();
-  if (pid < 0) return r;
-  if (pid == 0) {
-    int in = open(inPath.c_str(), O_RDONLY);
-    int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (in < 0 || out < 0 || err < 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
-        dup2(err, STDERR_FILENO) < 0)
-      _exit(126);
-    setenv("HOME", home.c_str(), 1);
-    setenv("XDG_DATA_HOME", (home + "/.local/share").c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (home + "/.config").c_str(), 1);
-    setenv("XDG_CACHE_HOME", (home + "/.cache").c_str(), 1);
-    unsetenv("DISPLAY");
-    unsetenv("WAYLAND_DISPLAY");
-    execv(argv[0], argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return r;
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
-  r.out = ReadFile(outPath);
-  r.err = ReadFile(errPath);
-  return r;
-}
+using namespace test_support;
 
 class RunCommand : public ::testing::Test {
  protected:

@@ -12,6 +12,7 @@
 #include "host/cad_binding.h"
 #include "host/custom_entity.h"
 #include "host/editor.h"
+#include "host/null_editor.h"
 
 namespace tv::host::testing {
 
@@ -39,8 +40,9 @@ class HostDrawingTest : public ::testing::Test {
 };
 
 // Installs itself as the platform editor for its lifetime. Variables are plain values; select()
-// records its arguments and answers with `selectAnswer`.
-class RecordingEditor final : public Editor {
+// records its arguments and answers with `selectAnswer`; the document calls are counted. Everything
+// else behaves as with no editor at all.
+class RecordingEditor final : public NullEditor {
  public:
   RecordingEditor() { SetEditor(this); }
   ~RecordingEditor() override { SetEditor(nullptr); }
@@ -58,13 +60,6 @@ class RecordingEditor final : public Editor {
   int regenCalls = 0;
   std::vector<std::pair<Point3d, double>> views;
 
-  void print(std::string_view) override {}
-  int getString(std::string_view, std::string&) override { return RTCAN; }
-  int getInteger(std::string_view, std::int32_t&) override { return RTCAN; }
-  int getReal(std::string_view, double&) override { return RTCAN; }
-  int getPoint(std::string_view, const Point3d*, Point3d&) override { return RTCAN; }
-  int getCorner(std::string_view, const Point3d&, Point3d&) override { return RTCAN; }
-  int getKeyword(std::string_view, std::string_view, std::string&) override { return RTCAN; }
   int select(std::string_view mode, const std::vector<std::string>&, const std::vector<Point3d>& points,
              const SelectionFilter& filter, ObjectIdArray& ids) override {
     ++selectCalls;
@@ -83,21 +78,6 @@ class RecordingEditor final : public Editor {
     vars[std::string(name)] = value;
     return true;
   }
-  std::optional<std::string> getEnv(std::string_view) override { return std::nullopt; }
-  void setEnv(std::string_view, std::string_view) override {}
-  Matrix3d currentUcs() override { return Matrix3d::identity(); }
-  bool setCurrentUcs(const Matrix3d&) override { return false; }
-  MessageAnswer messageBox(std::string_view, std::string_view, MessageButtons) override { return MessageAnswer::Cancel; }
-  std::optional<int> chooseItem(std::string_view, const std::vector<std::string>&, int) override { return std::nullopt; }
-  std::optional<std::string> askOpenPath(std::string_view, std::string_view) override { return std::nullopt; }
-  std::optional<std::string> askSavePath(std::string_view, std::string_view, std::string_view) override { return std::nullopt; }
-  std::optional<std::string> askFolder(std::string_view, std::string_view) override { return std::nullopt; }
-  bool shellOpen(std::string_view) override { return false; }
-  void addCommand(std::string_view, std::string_view, std::string_view, int, CommandBody) override {}
-  bool removeGroup(std::string_view) override { return false; }
-  int command(const std::vector<std::string>&) override { return RTERROR; }
-  void sendStringToExecute(std::string_view) override {}
-  std::string documentPath() override { return {}; }
   void setModified(bool modified) override {
     ++modifiedCalls;
     modifiedFlag = modified;
@@ -105,9 +85,6 @@ class RecordingEditor final : public Editor {
   bool modified() override { return modifiedFlag; }
   void regen() override { ++regenCalls; }
   void setView(Point3d centre, double height) override { views.emplace_back(centre, height); }
-  void progressBegin(std::string_view, int) override {}
-  void progressSet(int) override {}
-  void progressEnd() override {}
 };
 
 // A rectangle marker: a filled square of side `size` at `corner`, in colour `color`.

@@ -1,0 +1,107 @@
+#pragma once
+// Runs a built program the way a user would from a shell, for tests of whole commands: a
+// temporary folder, file helpers, and a child process whose output and exit code are captured.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace tv::test_support {
+
+// A fresh folder under the system's temporary folder, removed with everything in it.
+class TempDir {
+ public:
+  explicit TempDir(const std::string& prefix = "tv_test") {
+    std::string pattern = (std::filesystem::temp_directory_path() / (prefix + "_XXXXXX")).string();
+    if (mkdtemp(pattern.data())) path_ = pattern;
+  }
+  ~TempDir() {
+    std::error_code ec;
+    if (!path_.empty()) std::filesystem::remove_all(path_, ec);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+inline std::string ReadFile(const std::filesystem::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+inline void WriteFile(const std::filesystem::path& p, const std::string& bytes) {
+  std::ofstream out(p, std::ios::binary);
+  out << bytes;
+}
+
+struct RunResult {
+  int exitCode = -1;  // 128 + signal when the program was killed; -1 when it could not be waited for
+  std::string out, err;
+};
+
+// Runs `program` with `args` and `input` on its standard input. Output goes to files in a folder
+// of their own, so the folders the program works in see nothing new. The program gets a home
+// folder of its own and no display, so settings land in that folder and no desktop is found.
+inline RunResult RunProgram(const std::string& program, const std::vector<std::string>& args, const std::string& input = {}) {
+  TempDir capture("tv_run_capture");
+  const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
+  const std::string inPath = (capture / "in").string(), home = (capture / "home").string();
+  // The child's strings are built before the fork.
+  const std::string data = home + "/.local/share", config = home + "/.config", cache = home + "/.cache";
+  WriteFile(inPath, input);
+  std::error_code ec;
+  std::filesystem::create_directories(home, ec);
+  std::vector<std::string> storage{program};
+  storage.insert(storage.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (auto& a : storage) argv.push_back(a.data());
+  argv.push_back(nullptr);
+
+  RunResult r;
+  const pid_t pid = fork();
+  if (pid < 0) return r;
+  if (pid == 0) {
+    const int in = open(inPath.c_str(), O_RDONLY);
+    const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (in < 0 || out < 0 || err < 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
+        dup2(err, STDERR_FILENO) < 0)
+      _exit(126);
+    setenv("HOME", home.c_str(), 1);
+    setenv("XDG_DATA_HOME", data.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+    setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  if (waitpid(pid, &status, 0) != pid) return r;
+  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+  r.out = ReadFile(outPath);
+  r.err = ReadFile(errPath);
+  return r;
+}
+
+#ifdef TV_TVPLOT_PATH
+// The tvplot built with the tests.
+inline RunResult RunTvplot(const std::vector<std::string>& args, const std::string& input = {}) {
+  return RunProgram(TV_TVPLOT_PATH, args, input);
+}
+#endif
+
+}  // namespace tv::test_support
