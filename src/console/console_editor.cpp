@@ -237,7 +237,11 @@ host::MessageAnswer ConsoleEditor::messageBox(std::string_view text, std::string
   using host::MessageAnswer;
   using host::MessageButtons;
   std::string shown = "\n";
-  if (!caption.empty()) shown += "[" + std::string(caption) + "] ";
+  if (!caption.empty()) {
+    shown += '[';
+    shown += caption;
+    shown += "] ";
+  }
   shown += text;
   print(shown);
   if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
