@@ -11,6 +11,7 @@
 
 #include "console/console_command.h"
 #include "console/info_command.h"
+#include "console/paper_command.h"
 #include "console/run_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
@@ -26,6 +27,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &InfoSubcommand,
     &ConsoleSubcommand,
     &RunSubcommand,
+    &PaperSubcommand,
 };
 
 const Subcommand* FindSubcommand(std::string_view name) {

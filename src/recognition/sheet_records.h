@@ -9,6 +9,7 @@
 
 #include "host/geometry.h"
 #include "host/object_id.h"
+#include "paper/paper.h"
 
 namespace tv::recognition {
 
@@ -81,7 +82,7 @@ struct SheetJob {
   std::int32_t largestSizeX = 0, largestSizeY = 0;  // sides of the largest sheet, truncated
   std::vector<std::unique_ptr<Plot_Drawing1>> allSheets;  // every sheet found
   std::vector<Plot_Drawing1*> keptSheets;                 // those that pass the filter; not owning
-  // The paper list joins with the paper catalogue.
+  paper::PaperList paperList;  // the papers the sheets use, standard ones first
   ObjectId currentSpaceId;     // current when the scan began
   ObjectIdArray frameBlockIds; // block definitions known to hold a frame
   ObjectIdArray plainBlockIds; // block definitions known not to

@@ -1,5 +1,6 @@
 #pragma once
 // The library of title-block definitions, BPlot_TK.tk in the data folder.
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -9,6 +10,7 @@ struct TK_Customization {};
 
 struct TK_Library {
   std::vector<std::unique_ptr<TK_Customization>> definitions;
+  std::int32_t PaperNameStyle = 0;  // how lengthened paper names are written, 0 to 6
 };
 
 // The process-wide library, alive from load to unload.
