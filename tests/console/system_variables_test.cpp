@@ -160,11 +160,7 @@ TEST(SystemVariables, ViewTwistTurnsDisplayCoordinates) {
   cad::Database db = cad::Database::createDefault();
   cad::TableRecord* vport = db.activeViewport();
   ASSERT_NE(vport, nullptr);
-  // GCC 12 takes the string alternative of the group's value for uninitialised here.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
   vport->groups.emplace_back(51, cad::GroupValue{90.0});
-#pragma GCC diagnostic pop
   ScriptedSession s(std::move(db));
   EXPECT_NEAR(GetRealVar("VIEWTWIST"), kPi / 2, 1e-12);
   // The view centre is kept in display coordinates: display (210, 148.5) is world (-148.5, 210).
