@@ -39,44 +39,23 @@ class HostDrawingTest : public ::testing::Test {
   cad::Database db = cad::Database::createDefault();
 };
 
-// Installs itself as the platform editor for its lifetime. Variables are plain values; select()
-// records its arguments and answers with `selectAnswer`; the document calls are counted. Everything
-// else behaves as with no editor at all.
+// Installs itself as the platform editor for its lifetime. Variables are plain values; the document
+// calls are recorded. Everything else behaves as with no editor at all.
 class RecordingEditor final : public NullEditor {
  public:
   RecordingEditor() { SetEditor(this); }
   ~RecordingEditor() override { SetEditor(nullptr); }
 
   std::map<std::string, Value> vars;
-  // select()
-  std::string lastMode;
-  std::vector<Point3d> lastPoints;
-  SelectionFilter lastFilter;
-  ObjectIdArray selectAnswer;
-  int selectCalls = 0;
-  // document
   int modifiedCalls = 0;
   bool modifiedFlag = false;
   int regenCalls = 0;
   std::vector<std::pair<Point3d, double>> views;
 
-  int select(std::string_view mode, const std::vector<std::string>&, const std::vector<Point3d>& points,
-             const SelectionFilter& filter, ObjectIdArray& ids) override {
-    ++selectCalls;
-    lastMode = std::string(mode);
-    lastPoints = points;
-    lastFilter = filter;
-    ids.insert(ids.end(), selectAnswer.begin(), selectAnswer.end());
-    return selectAnswer.empty() ? RTERROR : RTNORM;
-  }
   std::optional<Value> getVar(std::string_view name) override {
     auto it = vars.find(std::string(name));
     if (it == vars.end()) return std::nullopt;
     return it->second;
-  }
-  bool setVar(std::string_view name, const Value& value) override {
-    vars[std::string(name)] = value;
-    return true;
   }
   void setModified(bool modified) override {
     ++modifiedCalls;
