@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "examples/sample_drawing.h"
 #include "examples/sample_kit.h"
@@ -137,13 +139,78 @@ void AddBigInsert(BigDrawing& b, Point2d o, std::size_t i) {
   insert.rotation = static_cast<double>(b.rnd.below(4)) * kPi / 2;
 }
 
-}  // namespace
+// ---- the frame set: content kept inside each frame's drawing area ----------------------------
 
-Database BuildBigDrawing(std::size_t entityCount) {
-  Database db = Database::createDefault();
-  db.header.setInt("$INSUNITS", 4);
-  db.header.setDouble("$LTSCALE", 100);
-  BigDrawing b{db, *db.modelSpace()};
+constexpr double kFrameTileWidth = 90000, kFrameTileHeight = 65000;  // an A1 sheet at 1:100, with a gap
+constexpr std::size_t kFramesPerRow = 10;
+
+Point2d PointIn(Random& rnd, const Box& a) {
+  return Snap(Point2d{a.min.x + rnd.uniform(0, a.width()), a.min.y + rnd.uniform(0, a.height())});
+}
+
+Box Shrunk(const Box& a, double left, double bottom, double right, double top) {
+  return {{a.min.x + left, a.min.y + bottom}, {a.max.x - right, a.max.y - top}};
+}
+
+// Steps that would leave the area go the other way; the area is far wider than any step.
+double Reflect(double v, double from, double lo, double hi) { return v < lo || v > hi ? 2 * from - v : v; }
+
+void AddFrameLine(BigDrawing& b, const Box& a) {
+  Point2d s = PointIn(b.rnd, a);
+  double len = b.rnd.uniform(200, 6000);
+  Point2d e;
+  if (b.rnd.chance(0.8)) {
+    e = b.rnd.chance(0.5) ? Point2d{s.x + len, s.y} : Point2d{s.x, s.y + len};
+  } else {
+    double angle = b.rnd.uniform(0, 2 * kPi);
+    e = Point2d{s.x + len * std::cos(angle), s.y + len * std::sin(angle)};
+  }
+  e = {Reflect(e.x, s.x, a.min.x, a.max.x), Reflect(e.y, s.y, a.min.y, a.max.y)};
+  AddLine(b.db, b.ms, s, Snap(e), b.anyLayer());
+}
+
+void AddFramePolyline(BigDrawing& b, const Box& area) {
+  const Box a = Shrunk(area, 700, 700, 700, 700);  // room for a bulge and a width
+  Point2d p = PointIn(b.rnd, a);
+  std::size_t n = 4 + b.rnd.below(5);
+  std::vector<Point2d> pts{p};
+  for (std::size_t i = 1; i < n; ++i) {
+    double step = Snap(b.rnd.uniform(-3000, 3000));
+    p = i % 2 ? Point2d{Reflect(p.x + step, p.x, a.min.x, a.max.x), p.y} : Point2d{p.x, Reflect(p.y + step, p.y, a.min.y, a.max.y)};
+    pts.push_back(p);
+  }
+  LwPolyline& pl = AddPolyline(b.db, b.ms, std::move(pts), b.rnd.chance(0.3), b.anyLayer(), b.rnd.chance(0.2) ? 200 : 0);
+  if (b.rnd.chance(0.1)) {
+    pl.bulges.assign(pl.points.size(), 0.0);
+    pl.bulges[1] = 0.41421356;  // a quarter circle
+  }
+}
+
+void AddFrameText(BigDrawing& b, const Box& area, std::size_t i) {
+  static constexpr const char* kWords[] = {"办公室", "会议室", "走廊", "卫生间", "楼梯间", "KL1(2) 250×600", "C1",
+                                           "M1021", "±0.000", "Φ10@200", "设备间", "LL-3", "A-A 剖面"};
+  static constexpr double kHeights[] = {250, 350, 500, 700};
+  std::string text = kWords[b.rnd.below(std::size(kWords))];
+  if (b.rnd.chance(0.3)) {
+    text += ' ';
+    text += std::to_string(i % 1000);
+  }
+  // Room for the longest text either way up.
+  Point2d at = PointIn(b.rnd, Shrunk(area, 0, 0, 10000, 10000));
+  TextPlacement place{.height = kHeights[b.rnd.below(std::size(kHeights))], .rotation = b.rnd.chance(0.15) ? kPi / 2 : 0};
+  AddText(b.db, b.ms, std::move(text), at, b.textLayer, b.style, place);
+}
+
+void AddFrameInsert(BigDrawing& b, const Box& area, std::size_t i) {
+  const BlockRecord& block = *b.blocks[b.rnd.below(b.blocks.size())];
+  Point2d at = PointIn(b.rnd, Shrunk(area, 1600, 1600, 1600, 1600));  // the largest block reaches 1500
+  Insert& insert = AddInsert(b.db, b.ms, block, at, 1, b.anyLayer(), {{"编号", std::to_string(100 + i % 900)}});
+  insert.rotation = static_cast<double>(b.rnd.below(4)) * kPi / 2;
+}
+
+// Layers (all of them drawn on), text layer and style, and the small blocks.
+void SetUpBigDrawing(BigDrawing& b) {
+  Database& db = b.db;
   AddStandardLinetypes(db);
   static constexpr const char* kLayers[] = {"WALL", "AXIS", "COLUMN", "DOOR", "WINDOW", "FURNITURE",
                                             "EQUIP", "PIPE", "图框", "标注", "DIM", "HATCH"};
@@ -156,6 +223,16 @@ Database BuildBigDrawing(std::size_t entityCount) {
   hz.widthFactor = 0.7;
   b.style = hz.id;
   MakeBlocks(b);
+}
+
+}  // namespace
+
+Database BuildBigDrawing(std::size_t entityCount) {
+  Database db = Database::createDefault();
+  db.header.setInt("$INSUNITS", 4);
+  db.header.setDouble("$LTSCALE", 100);
+  BigDrawing b{db, *db.modelSpace()};
+  SetUpBigDrawing(b);
 
   for (std::size_t i = 0; i < entityCount; ++i) {
     std::size_t tile = i / kEntitiesPerTile;
@@ -171,6 +248,45 @@ Database BuildBigDrawing(std::size_t entityCount) {
   db.header.setPoint("$EXTMIN", {0, 0, 0});
   db.header.setPoint("$EXTMAX", {static_cast<double>(std::min(tiles, kTilesPerRow)) * kTileWidth,
                                  static_cast<double>((tiles + kTilesPerRow - 1) / kTilesPerRow) * kTileHeight, 0});
+  return db;
+}
+
+Database BuildFrameSet(std::size_t frames, std::size_t contentPerFrame) {
+  Database db = Database::createDefault();
+  db.header.setInt("$INSUNITS", 4);
+  db.header.setDouble("$LTSCALE", 100);
+  BigDrawing b{db, *db.modelSpace()};
+  SetUpBigDrawing(b);
+  // Content goes on every layer but the frames' own.
+  const ObjectId frameLayer = db.findLayer("图框")->id;
+  std::erase(b.layers, frameLayer);
+  const FrameStyle style{frameLayer, b.textLayer, b.style};
+  const BlockRecord& frameBlock = MakeFrameBlock(db, style, "A1图框", kA1);
+
+  for (std::size_t f = 0; f < frames; ++f) {
+    const Point2d at{static_cast<double>(f % kFramesPerRow) * kFrameTileWidth,
+                     static_cast<double>(f / kFramesPerRow) * kFrameTileHeight};
+    const TitleValues values{"结施-" + std::to_string(f + 1), "标准层结构平面图", "1:100", "2024.05"};
+    switch (f % 3) {
+      case 0: DrawFrame(db, b.ms, style, at, kA1, 100, false, values); break;
+      case 1: AddInsert(db, b.ms, frameBlock, at, 100, frameLayer, AttributeValues(values)); break;
+      default: DrawFrame(db, b.ms, style, at, kA1, 100, true, values); break;
+    }
+    const Box area = DrawingArea(at, kA1, 100, 10);
+    for (std::size_t i = 0; i < contentPerFrame; ++i) {
+      // 8 lines, 5 polylines, 5 texts and 2 inserts in every twenty, as in the big plan.
+      std::size_t k = i % 20;
+      if (k < 8) AddFrameLine(b, area);
+      else if (k < 13) AddFramePolyline(b, area);
+      else if (k < 18) AddFrameText(b, area, i);
+      else AddFrameInsert(b, area, i);
+    }
+  }
+  if (frames == 0) return db;
+  const std::size_t rows = (frames + kFramesPerRow - 1) / kFramesPerRow;
+  db.header.setPoint("$EXTMIN", {0, 0, 0});
+  db.header.setPoint("$EXTMAX", {static_cast<double>(std::min(frames, kFramesPerRow)) * kFrameTileWidth - 5900,
+                                 static_cast<double>(rows) * kFrameTileHeight - 5600, 0});
   return db;
 }
 

@@ -1,5 +1,6 @@
-// make_samples OUTDIR [--big N]: writes the shipped sample drawing set (sample.dxf) into OUTDIR,
-// and with --big also big.dxf of about N entities for load benchmarks.
+// make_samples OUTDIR [--big N] [--frames N]: writes the shipped sample drawing set (sample.dxf,
+// sample_ucs.dxf) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
+// with --frames also frames.dxf of N frames of 2000 entities each for recognition benchmarks.
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
@@ -11,9 +12,16 @@
 
 namespace {
 
+constexpr std::size_t kContentPerFrame = 2000;
+
 int Usage() {
-  std::fputs("用法：make_samples 输出文件夹 [--big 实体数]\n", stderr);
+  std::fputs("用法：make_samples 输出文件夹 [--big 实体数] [--frames 图框数]\n", stderr);
   return 1;
+}
+
+bool ParseCount(std::string_view text, std::size_t& count) {
+  auto r = std::from_chars(text.data(), text.data() + text.size(), count);
+  return r.ec == std::errc{} && r.ptr == text.data() + text.size() && count > 0;
 }
 
 bool Write(const tv::cad::Database& db, const std::filesystem::path& path) {
@@ -29,13 +37,13 @@ bool Write(const tv::cad::Database& db, const std::filesystem::path& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2 && argc != 4) return Usage();
+  if (argc < 2 || argc % 2 != 0) return Usage();
   std::filesystem::path outDir = argv[1];
-  std::size_t bigCount = 0;
-  if (argc == 4) {
-    std::string_view flag = argv[2], count = argv[3];
-    auto r = std::from_chars(count.data(), count.data() + count.size(), bigCount);
-    if (flag != "--big" || r.ec != std::errc{} || r.ptr != count.data() + count.size() || bigCount == 0) return Usage();
+  std::size_t bigCount = 0, frameCount = 0;
+  for (int i = 2; i + 1 < argc; i += 2) {
+    std::string_view flag = argv[i];
+    std::size_t* target = flag == "--big" ? &bigCount : flag == "--frames" ? &frameCount : nullptr;
+    if (!target || *target != 0 || !ParseCount(argv[i + 1], *target)) return Usage();
   }
   std::error_code ec;
   std::filesystem::create_directories(outDir, ec);
@@ -44,6 +52,8 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (!Write(tv::samples::BuildSampleDrawing(), outDir / "sample.dxf")) return 2;
+  if (!Write(tv::samples::BuildUcsDrawing(), outDir / "sample_ucs.dxf")) return 2;
   if (bigCount > 0 && !Write(tv::samples::BuildBigDrawing(bigCount), outDir / "big.dxf")) return 2;
+  if (frameCount > 0 && !Write(tv::samples::BuildFrameSet(frameCount, kContentPerFrame), outDir / "frames.dxf")) return 2;
   return 0;
 }

@@ -1,6 +1,9 @@
 #include "examples/sample_kit.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <string_view>
 
 namespace tv::samples::kit {
 
@@ -247,6 +250,134 @@ Dimension& AddLinearDimension(Database& db, BlockRecord& owner, Point2d p1, Poin
                        Group{100, std::string("AcDbRotatedDimension")},
                        Group{50, horizontal ? 0.0 : 90.0}};
   return db.append(owner, std::move(dim));
+}
+
+// ---- sheet frames ----------------------------------------------------------------------------
+
+namespace {
+
+// Where the four attribute values sit in the title block, relative to its lower-left corner (mm).
+struct TitleField {
+  const char* tag;
+  Point2d at;
+  double height;
+};
+constexpr std::array<TitleField, 4> kTitleFields{{
+    {"图号", {150, 33}, 3.5},
+    {"比例", {150, 23}, 3.5},
+    {"日期", {150, 13}, 3.5},
+    {"图名", {60, 13}, 5},
+}};
+
+const std::string& FieldValue(const TitleValues& v, std::string_view tag) {
+  if (tag == "图号") return v.number;
+  if (tag == "图名") return v.name;
+  if (tag == "比例") return v.scale;
+  return v.date;
+}
+
+void AddTitleAttDefs(Database& db, BlockRecord& block, const FrameStyle& style, Point2d titleOrigin) {
+  for (const TitleField& f : kTitleFields) {
+    auto def = std::make_unique<AttDef>();
+    def->tag = f.tag;
+    std::string prompt("输入");
+    def->prompt = prompt.append(f.tag);
+    def->text.assign(1, '-');  // default value
+    Point3d at{titleOrigin.x + f.at.x, titleOrigin.y + f.at.y, 0};
+    def->position = at;
+    def->alignPoint = at;
+    def->hasAlignPoint = true;
+    def->hAlign = TextHAlign::Middle;
+    def->height = f.height;
+    def->widthFactor = 0.7;
+    def->style = style.textStyle;
+    def->layer = style.textLayer;
+    db.append(block, std::move(def));
+  }
+  block.blockFlags |= BlockRecord::kHasAttributes;
+}
+
+}  // namespace
+
+Point2d DrawBorder(Database& db, BlockRecord& block, const FrameStyle& style, Point2d at, const Sheet& sheet, double scale,
+                   bool looseLines) {
+  Point2d outerMax{at.x + sheet.width * scale, at.y + sheet.height * scale};
+  Point2d innerMin{at.x + sheet.binding * scale, at.y + sheet.margin * scale};
+  Point2d innerMax{outerMax.x - sheet.margin * scale, outerMax.y - sheet.margin * scale};
+  if (looseLines) {
+    AddRectangleLines(db, block, at, outerMax, style.frameLayer);
+    AddRectangleLines(db, block, innerMin, innerMax, style.frameLayer);
+  } else {
+    AddRectangle(db, block, at, outerMax, style.frameLayer);
+    AddRectangle(db, block, innerMin, innerMax, style.frameLayer, 0.9 * scale);
+  }
+  return {innerMax.x, innerMin.y};
+}
+
+Point2d DrawTitleGrid(Database& db, BlockRecord& block, const FrameStyle& style, Point2d corner, double k) {
+  Point2d o{corner.x - kTitleWidth * k, corner.y};
+  auto P = [&](double x, double y) { return Point2d{o.x + x * k, o.y + y * k}; };
+  const ObjectId frame = style.frameLayer, text = style.textLayer, hz = style.textStyle;
+  AddRectangle(db, block, P(0, 0), P(kTitleWidth, kTitleHeight), frame);
+  AddLine(db, block, P(0, 10), P(180, 10), frame);
+  AddLine(db, block, P(0, 20), P(180, 20), frame);
+  AddLine(db, block, P(100, 30), P(180, 30), frame);
+  AddLine(db, block, P(100, 0), P(100, 40), frame);
+  AddLine(db, block, P(120, 0), P(120, 40), frame);
+  AddLine(db, block, P(20, 0), P(20, 20), frame);
+  const TextPlacement mid{.height = 3.5 * k, .hAlign = TextHAlign::Middle};
+  AddText(db, block, "某建筑设计研究院", P(50, 30), text, hz, {.height = 6 * k, .hAlign = TextHAlign::Middle});
+  AddText(db, block, "图名", P(10, 15), text, hz, mid);
+  AddText(db, block, "设计", P(10, 5), text, hz, mid);
+  AddText(db, block, "张工    审核  李工", P(24, 3.5), text, hz, {.height = 3.5 * k});
+  AddText(db, block, "图号", P(110, 35), text, hz, mid);
+  AddText(db, block, "比例", P(110, 25), text, hz, mid);
+  AddText(db, block, "日期", P(110, 15), text, hz, mid);
+  AddText(db, block, "版本", P(110, 5), text, hz, mid);
+  AddText(db, block, "A", P(150, 5), text, hz, mid);
+  return o;
+}
+
+void DrawFrame(Database& db, BlockRecord& block, const FrameStyle& style, Point2d at, const Sheet& sheet, double scale,
+               bool looseLines, const TitleValues& values) {
+  Point2d corner = DrawBorder(db, block, style, at, sheet, scale, looseLines);
+  Point2d o = DrawTitleGrid(db, block, style, corner, scale);
+  for (const TitleField& f : kTitleFields)
+    AddText(db, block, FieldValue(values, f.tag), {o.x + f.at.x * scale, o.y + f.at.y * scale}, style.textLayer,
+            style.textStyle, {.height = f.height * scale, .hAlign = TextHAlign::Middle});
+}
+
+BlockRecord& MakeFrameBlock(Database& db, const FrameStyle& style, std::string name, const Sheet& sheet) {
+  BlockRecord& block = db.addBlock(std::move(name));
+  block.insertUnits = 4;
+  Point2d corner = DrawBorder(db, block, style, {0, 0}, sheet, 1, false);
+  AddTitleAttDefs(db, block, style, DrawTitleGrid(db, block, style, corner, 1));
+  return block;
+}
+
+BlockRecord& MakeTitleBlock(Database& db, const FrameStyle& style) {
+  BlockRecord& block = db.addBlock("标题栏");
+  block.insertUnits = 4;
+  AddTitleAttDefs(db, block, style, DrawTitleGrid(db, block, style, {0, 0}, 1));
+  return block;
+}
+
+std::vector<std::pair<std::string, std::string>> AttributeValues(const TitleValues& v) {
+  return {{"图号", v.number}, {"图名", v.name}, {"比例", v.scale}, {"日期", v.date}};
+}
+
+Box DrawingArea(Point2d at, const Sheet& sheet, double scale, double gap) {
+  // Inside the inner border and inside the sheet shrunk by a fiftieth of each side, where
+  // recognition looks for a sheet's content.
+  const double fx = sheet.width / 50, fy = sheet.height / 50;
+  const double left = std::max(sheet.binding, fx) + gap, right = std::max(sheet.margin, fx) + gap;
+  const double bottom = std::max(sheet.margin + kTitleHeight, fy) + gap, top = std::max(sheet.margin, fy) + gap;
+  return {{at.x + left * scale, at.y + bottom * scale},
+          {at.x + (sheet.width - right) * scale, at.y + (sheet.height - top) * scale}};
+}
+
+Box SheetBox(Point2d at, const Sheet& sheet, double scale) {
+  return {at, {at.x + sheet.width * scale, at.y + sheet.height * scale}};
 }
 
 }  // namespace tv::samples::kit

@@ -1,6 +1,7 @@
 #pragma once
 // Drawing helpers shared by the sample builders: one call per entity, with its layer.
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cad/database.h"
@@ -54,5 +55,67 @@ struct DimensionStyle {
 };
 cad::Dimension& AddLinearDimension(cad::Database& db, cad::BlockRecord& owner, cad::Point2d p1, cad::Point2d p2,
                                    bool horizontal, double offset, const DimensionStyle& style);
+
+// ---- sheet frames ----------------------------------------------------------------------------
+
+// A paper sheet, long side first for landscape, with the binding margin on the left and the
+// other margins, in mm.
+struct Sheet {
+  double width, height, binding, margin;
+  constexpr Sheet portrait() const { return {height, width, binding, margin}; }
+};
+inline constexpr Sheet kA0{1189, 841, 25, 10};
+inline constexpr Sheet kA1{841, 594, 25, 10};
+inline constexpr Sheet kA2{594, 420, 25, 10};
+inline constexpr Sheet kA3{420, 297, 25, 5};
+inline constexpr Sheet kA4{297, 210, 25, 5};
+// A2 lengthened by half its long side (加长).
+inline constexpr Sheet kA2Plus{891, 420, 25, 10};
+
+// The title block (mm): 180 wide so that it fills an A4 portrait sheet's inner width.
+inline constexpr double kTitleWidth = 180, kTitleHeight = 40;
+
+// Layers and text style of frames and their title blocks.
+struct FrameStyle {
+  cad::ObjectId frameLayer, textLayer, textStyle;
+};
+
+struct TitleValues {
+  std::string number, name, scale, date;
+};
+
+// A rectangle of the drawing, lower-left and upper-right corners.
+struct Box {
+  cad::Point2d min, max;
+  double width() const { return max.x - min.x; }
+  double height() const { return max.y - min.y; }
+  // The point at fractions (u, v) of the box.
+  cad::Point2d at(double u, double v) const { return {min.x + u * width(), min.y + v * height()}; }
+};
+
+// How a frame is drawn.
+enum class FrameKind { Polyline, Block, Lines };
+
+// Outer and inner border of a sheet at `scale`, lower-left corner at `at`; returns the inner
+// border's lower-right corner, where the title block goes.
+cad::Point2d DrawBorder(cad::Database& db, cad::BlockRecord& block, const FrameStyle& style, cad::Point2d at,
+                        const Sheet& sheet, double scale, bool looseLines);
+// The title block's grid and fixed labels, its lower-right corner at `corner`, `k` drawing units
+// per mm; returns its lower-left corner.
+cad::Point2d DrawTitleGrid(cad::Database& db, cad::BlockRecord& block, const FrameStyle& style, cad::Point2d corner, double k);
+// A frame drawn in place: border (polylines or loose lines), title grid and the values as TEXT.
+void DrawFrame(cad::Database& db, cad::BlockRecord& block, const FrameStyle& style, cad::Point2d at, const Sheet& sheet,
+               double scale, bool looseLines, const TitleValues& values);
+// A whole sheet frame as a block in paper millimetres, base point at its lower-left corner, with
+// ATTDEFs 图号/图名/比例/日期 in the title block.
+cad::BlockRecord& MakeFrameBlock(cad::Database& db, const FrameStyle& style, std::string name, const Sheet& sheet);
+// The title block alone, base point at its lower-right corner (the inner border's corner).
+cad::BlockRecord& MakeTitleBlock(cad::Database& db, const FrameStyle& style);
+std::vector<std::pair<std::string, std::string>> AttributeValues(const TitleValues& v);
+// Where a sheet's drawing goes: inside the inner border and inside the sheet shrunk by a fiftieth
+// of each side, less `gap` mm all round, above the title block's height.
+Box DrawingArea(cad::Point2d at, const Sheet& sheet, double scale, double gap = 5);
+// The sheet's outer rectangle.
+Box SheetBox(cad::Point2d at, const Sheet& sheet, double scale);
 
 }  // namespace tv::samples::kit

@@ -7,3 +7,6 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$(nproc)"
 ./build/make_samples out/samples
 ./build/tvplot info out/samples/sample.dxf
+# The sheets the generic batch finds, in model space and both layouts, as its review list shows them.
+./build/tvplot sheets out/samples/sample.dxf
+./build/tvplot sheets out/samples/sample_ucs.dxf --range model

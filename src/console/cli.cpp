@@ -13,6 +13,7 @@
 #include "console/info_command.h"
 #include "console/paper_command.h"
 #include "console/run_command.h"
+#include "console/sheets_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
 #include "host/version.h"
@@ -28,6 +29,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &ConsoleSubcommand,
     &RunSubcommand,
     &PaperSubcommand,
+    &SheetsSubcommand,
 };
 
 const Subcommand* FindSubcommand(std::string_view name) {

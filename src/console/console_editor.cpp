@@ -7,10 +7,12 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <utility>
 
 #include "console/answer_parse.h"
 #include "console/text_match.h"
+#include "console/text_table.h"
 
 extern char** environ;
 
@@ -329,6 +331,24 @@ std::optional<std::string> ConsoleEditor::askFolder(std::string_view title, std:
 
 void ConsoleEditor::reapViewers() {
   std::erase_if(viewers_, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
+}
+
+void ConsoleEditor::showList(std::string_view title, const std::vector<std::string>& columns,
+                             const std::vector<std::vector<std::string>>& rows) {
+  TextTable table;
+  table.addRow(columns);
+  for (const auto& row : rows) {
+    std::vector<std::string> cells;
+    cells.reserve(row.size());
+    for (const std::string& cell : row) cells.push_back(Printable(cell));
+    table.addRow(std::move(cells));
+  }
+  std::ostringstream text;
+  text << "\n" << title << "\n";
+  table.print(text);
+  std::string listing = text.str();
+  if (!listing.empty() && listing.back() == '\n') listing.pop_back();
+  print(listing);
 }
 
 bool ConsoleEditor::shellOpen(std::string_view path) {

@@ -59,6 +59,8 @@ class ConsoleEditor final : public host::Editor {
                                          std::string_view extension) override;
   std::optional<std::string> askFolder(std::string_view title, std::string_view initial) override;
   bool shellOpen(std::string_view path) override;
+  void showList(std::string_view title, const std::vector<std::string>& columns,
+                const std::vector<std::vector<std::string>>& rows) override;
   void addCommand(std::string_view group, std::string_view globalName, std::string_view localName, int flags,
                   host::CommandBody body) override;
   bool removeGroup(std::string_view group) override;

@@ -5,6 +5,7 @@
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
+#include "plot/generic_review.h"
 
 namespace tv::host {
 
@@ -26,7 +27,10 @@ void Guarded(int number) {
 }  // namespace
 
 void TV_BatchPlot_1() { Guarded(1); }
-void TV_BatchPlot_2() { Guarded(2); }
+void TV_BatchPlot_2() {
+  CommandScope scope;
+  plot::GenericBatchCommand();
+}
 void TV_BatchPlot_3() { NotOffered(3); }
 void TV_BatchPlot_4() { Guarded(4); }
 void TV_BatchPlot_5() { Guarded(5); }

@@ -99,6 +99,10 @@ class Editor {
   virtual MessageAnswer messageBox(std::string_view text, std::string_view caption, MessageButtons buttons) = 0;
   // A list of items to choose one from; the index, or nullopt on cancel.
   virtual std::optional<int> chooseItem(std::string_view title, const std::vector<std::string>& items, int defaultItem) = 0;
+  // A review list: title, column titles and one row of cells per line. A screen shows it as a form
+  // that stays open; a command line prints it.
+  virtual void showList(std::string_view title, const std::vector<std::string>& columns,
+                        const std::vector<std::vector<std::string>>& rows) = 0;
   // File dialogs: a path, or nullopt on cancel. `extension` without the dot ("pdf").
   virtual std::optional<std::string> askOpenPath(std::string_view title, std::string_view extension) = 0;
   virtual std::optional<std::string> askSavePath(std::string_view title, std::string_view defaultName, std::string_view extension) = 0;

@@ -32,6 +32,7 @@ class NullEditor : public Editor {
   std::optional<std::string> askSavePath(std::string_view, std::string_view, std::string_view) override { return std::nullopt; }
   std::optional<std::string> askFolder(std::string_view, std::string_view) override { return std::nullopt; }
   bool shellOpen(std::string_view) override { return false; }
+  void showList(std::string_view, const std::vector<std::string>&, const std::vector<std::vector<std::string>>&) override {}
   void addCommand(std::string_view, std::string_view, std::string_view, int, CommandBody) override {}
   bool removeGroup(std::string_view) override { return false; }
   int command(const std::vector<std::string>&) override { return RTERROR; }

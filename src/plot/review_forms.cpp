@@ -1,12 +1,10 @@
 #include "plot/review_forms.h"
 
+#include "plot/generic_review.h"
+
 namespace tv::plot {
 
-namespace {
-int g_liveForms = 0;
-}  // namespace
-
-void DestroyReviewForms() { g_liveForms = 0; }
-int LiveReviewForms() { return g_liveForms; }
+void DestroyReviewForms() { DestroyGenericReview(); }
+int LiveReviewForms() { return GenericReview() ? 1 : 0; }
 
 }  // namespace tv::plot

@@ -11,6 +11,11 @@ struct Config {
   std::vector<std::int32_t> shortcut_ids;
   std::vector<std::string> shortcut_names;
   std::int32_t plot_stamp = 0;  // "打印戳记"
+  // What recognition takes for a sheet; closed rectangular polylines always count.
+  std::int32_t frame_loose_lines = 1;  // " 零散直线组成的矩形"
+  std::int32_t frame_all_blocks = 1;   // " 所有的图块、外部参照"; wins over frame_rect_blocks
+  std::int32_t frame_rect_blocks = 0;  // " 仅最外框为矩形的图块、外部参照"
+  std::int32_t skip_blank_rect = 1;    // " 排除空白的矩形"
   // Library files; empty means the default file in the data folder.
   std::string sign_library_path;
   std::string stamp_library_path;

@@ -19,6 +19,7 @@ struct PlotSettingRec {
   double default_scale = 100.0;      // drawing units per plotted millimetre
   std::int32_t auto_scale = 0;       // "自动识别"; a session value
   double filter_ratio = 0.0;         // percent of the largest sheet's area, 0 to 30
+  std::int32_t sort_style = 1;       // sheet order, 1 to 9
 };
 
 // The record of the drawing being worked on, alive from load to unload.

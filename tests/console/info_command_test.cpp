@@ -154,7 +154,7 @@ TEST_F(InfoCommandTest, DescribesTheSampleDrawing) {
   EXPECT_EQ(Listing(dir_.path()), before);
 
   for (const char* expected : {"文件: " , "版本: AC1032 (R2018)", "代码页: ANSI_936", "单位: 毫米 (mm)，公制",
-                               "LTSCALE 100，CELTSCALE 1", "TILEMODE: 1", "范围: (0, -35000, 0) - (229700, 59400, 0)",
+                               "LTSCALE 100，CELTSCALE 1", "TILEMODE: 1", "范围: (0, -35000, 0) - (324100, 188900, 0)",
                                "  模型空间: ", "  布局1: ", "  布局2: ", "DIMENSION 13", "  块定义 (", "警告: 0"})
     EXPECT_NE(r.out.find(expected), std::string::npos) << expected << "\n" << r.out;
   // Spaces in tab order, then the block total.
@@ -170,11 +170,11 @@ TEST_F(InfoCommandTest, DescribesTheSampleDrawing) {
   EXPECT_NE(r.out.find("DASHED"), std::string::npos);
 
   // Layouts with their media and floating viewports (not counting the paper space view).
-  EXPECT_NE(r.out.find("ISO_full_bleed_A1_(841.00_x_594.00_MM)  841 x 594 mm  Tarvex PDF.pc3  2"), std::string::npos);
-  EXPECT_NE(r.out.find("ISO_A3_(420.00_x_297.00_MM)             420 x 297 mm  None            1"), std::string::npos);
+  EXPECT_NE(r.out.find("ISO_full_bleed_A1_(841.00_x_594.00_MM)  841 x 594 mm  Tarvex PDF.pc3  3"), std::string::npos);
+  EXPECT_NE(r.out.find("ISO_A3_(420.00_x_297.00_MM)             420 x 297 mm  None            2"), std::string::npos);
 
-  EXPECT_NE(r.out.find("A3图框  属性"), std::string::npos);
-  EXPECT_NE(r.out.find("*D13    匿名"), std::string::npos);
+  EXPECT_NE(r.out.find("A3图框    属性"), std::string::npos);
+  EXPECT_NE(r.out.find("*D13      匿名"), std::string::npos);
   EXPECT_NE(r.out.find("      DEFAULT  XRECORD     4 组"), std::string::npos);
 }
 

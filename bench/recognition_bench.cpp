@@ -1,0 +1,146 @@
+// Sheet recognition on the frame set: A1 frames at 1:100 in rows of ten, a third each closed
+// polylines, inserts of one frame block and four loose lines, 2000 entities of content in each
+// (the sample builder's frames.dxf, written once per size to the temp folder and kept between runs;
+// delete it to regenerate).
+//
+// BM_LoadFrameSet/N        reads the DXF file of N frames.
+// BM_RecogniseFrameSet/N   the generic batch's road over model space on the loaded drawing in a
+//                          console session: CollectSpaceIds, ScanSpace, FilterSheets, OrderSheets
+//                          (rows from the top). Every iteration starts from a fresh job; the markers
+//                          of the last one are erased and purged outside the timing.
+// Counters: entities (model space), sheets (found and kept), entities_per_second.
+// Run with --benchmark_filter=FrameSet.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include "cad/dxf_reader.h"
+#include "cad/dxf_writer.h"
+#include "console/session.h"
+#include "examples/sample_drawing.h"
+#include "host/wrappers.h"
+#include "recognition/sheet_order.h"
+#include "recognition/sheet_records.h"
+#include "recognition/sheet_traversal.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kContentPerFrame = 2000;
+// Part of the cached file's name: raise it when the frame set or the writer's output changes.
+constexpr int kFrameFileRevision = 1;
+
+fs::path FrameFilePath(std::size_t frames) {
+  return fs::temp_directory_path() / "tarvex-bench" /
+         ("frames-" + std::to_string(frames) + "x" + std::to_string(kContentPerFrame) + "-r" +
+          std::to_string(kFrameFileRevision) + ".dxf");
+}
+
+bool EnsureFrameFile(std::size_t frames, const fs::path& path) {
+  std::error_code ec;
+  if (fs::exists(path, ec) && fs::file_size(path, ec) > 0) return true;
+  fs::create_directories(path.parent_path(), ec);
+  std::fprintf(stderr, "writing %s (%zu frames) …\n", path.c_str(), frames);
+  // WriteDxf renames a finished temporary file into place: an interrupted run leaves no cache.
+  tv::cad::Status st = tv::cad::WriteDxf(tv::samples::BuildFrameSet(frames, kContentPerFrame), path.string());
+  if (!st) std::fprintf(stderr, "%s\n", st.message.c_str());
+  return st.ok;
+}
+
+std::optional<tv::cad::Database> LoadFrameSet(benchmark::State& state, std::size_t frames) {
+  const fs::path path = FrameFilePath(frames);
+  if (!EnsureFrameFile(frames, path)) {
+    state.SkipWithError("could not write the frame set");
+    return std::nullopt;
+  }
+  tv::cad::DxfReadResult r = tv::cad::ReadDxf(path.string());
+  if (!r.ok()) {
+    state.SkipWithError(r.error.c_str());
+    return std::nullopt;
+  }
+  return std::move(r.db);
+}
+
+std::size_t ModelEntities(const tv::cad::Database& db) {
+  std::size_t n = 0;
+  db.forEachEntity(*db.modelSpace(), [&](const tv::cad::Entity&) { ++n; });
+  return n;
+}
+
+void BM_LoadFrameSet(benchmark::State& state) {
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  const fs::path path = FrameFilePath(frames);
+  if (!EnsureFrameFile(frames, path)) {
+    state.SkipWithError("could not write the frame set");
+    return;
+  }
+  std::size_t entities = 0;
+  std::optional<tv::cad::DxfReadResult> loaded;
+  for (auto _ : state) {
+    loaded = tv::cad::ReadDxf(path.string());
+    state.PauseTiming();
+    if (!loaded->ok()) {
+      state.SkipWithError(loaded->error.c_str());
+      state.ResumeTiming();
+      break;
+    }
+    entities = ModelEntities(*loaded->db);
+    loaded.reset();  // freeing the drawing is not part of loading it
+    state.ResumeTiming();
+  }
+  state.counters["entities"] = static_cast<double>(entities);
+  state.counters["file_MB"] = static_cast<double>(fs::file_size(path)) / (1024.0 * 1024.0);
+  state.counters["entities_per_second"] =
+      benchmark::Counter(static_cast<double>(entities), benchmark::Counter::kIsIterationInvariantRate);
+}
+BENCHMARK(BM_LoadFrameSet)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(2);
+
+void BM_RecogniseFrameSet(benchmark::State& state) {
+  using namespace tv;
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  std::optional<cad::Database> db = LoadFrameSet(state, frames);
+  if (!db) return;
+  const std::size_t entities = ModelEntities(*db);
+
+  std::ostringstream transcript;
+  console::SessionOptions options;
+  options.out = &transcript;
+  console::Session session(std::move(*db), "frames.dxf", options);
+  host::ReadLayerStates();
+
+  std::size_t found = 0, kept = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto job = std::make_unique<recognition::SheetJob>();
+    state.ResumeTiming();
+
+    ObjectIdArray ids;
+    host::CollectSpaceIds(host::ModelSpaceId(), ids);
+    recognition::ScanSpace(*job, ids, host::ModelSpaceId());
+    recognition::FilterSheets(*job);
+    recognition::OrderSheets(*job, 1);
+
+    state.PauseTiming();
+    found = job->allSheets.size();
+    kept = job->keptSheets.size();
+    job.reset();  // erases the markers
+    session.database().purgeErased();
+    transcript.str({});
+    state.ResumeTiming();
+  }
+  state.counters["entities"] = static_cast<double>(entities);
+  state.counters["sheets"] = static_cast<double>(found);
+  state.counters["kept"] = static_cast<double>(kept);
+  state.counters["entities_per_second"] =
+      benchmark::Counter(static_cast<double>(entities), benchmark::Counter::kIsIterationInvariantRate);
+  if (found != frames) state.SkipWithError("the frame set did not give one sheet per frame");
+}
+BENCHMARK(BM_RecogniseFrameSet)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+}  // namespace

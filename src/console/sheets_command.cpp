@@ -1,0 +1,240 @@
+#include "console/sheets_command.h"
+
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include "console/args.h"
+#include "console/console_editor.h"
+#include "console/json_writer.h"
+#include "console/session.h"
+#include "console/session_launch.h"
+#include "console/text_table.h"
+#include "host/command_prologue.h"
+#include "host/module_entry.h"
+#include "host/wrappers.h"
+#include "plot/generic_review.h"
+#include "settings/config.h"
+#include "settings/plot_setting.h"
+
+namespace tv::console {
+
+namespace {
+
+constexpr std::string_view kUsage =
+    "用法：tvplot sheets 图纸.dxf [--range 范围] [--order 1-9] [--filter 百分比] [--scale 比例] [--json]\n"
+    "                    [--loose-lines on|off] [--blocks all|rect|none] [--skip-blank on|off] [--timings]\n"
+    "  识别图纸中的图框，按批打印的审阅列表显示：序号、纸张、比例、图面尺寸、备注。\n"
+    "  --range R        model 模型空间，layouts 所有布局，all 布局+模型（默认），current 当前空间\n"
+    "  --order N        打印顺序 1 到 9：1 从上到下每行从左到右 … 9 按图形在图纸中的先后\n"
+    "  --filter P       排除面积小于最大图框面积 P% 的图框，0 到 30（默认 0）\n"
+    "  --scale S        按 1:S 确定纸张（默认按多数图框推断）\n"
+    "  --loose-lines    零散直线组成的矩形也作为图框（默认 on）\n"
+    "  --blocks         all 所有图块、外部参照；rect 仅最外框为矩形的图块；none 不以图块为图框（默认 all）\n"
+    "  --skip-blank     排除空白的矩形（默认 on）\n"
+    "  --json           以一个 JSON 对象输出\n"
+    "  --timings        显示各阶段耗时\n"
+    "  退出码：0 完成，1 用法错误，2 图纸无法读取，4 未找到图框\n";
+
+constexpr int kExitNoSheets = 4;
+
+struct Options {
+  std::string range = "all";
+  std::int32_t order = 1;
+  double filter = 0.0;
+  std::optional<double> scale;
+  bool looseLines = true;
+  std::string blocks = "all";
+  bool skipBlank = true;
+  bool json = false;
+  bool timings = false;
+};
+
+std::optional<double> ParseNumber(std::string_view text) {
+  if (text.empty()) return std::nullopt;
+  double value = 0.0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::optional<bool> ParseSwitch(std::string_view text) {
+  if (text == "on") return true;
+  if (text == "off") return false;
+  return std::nullopt;
+}
+
+int Usage(CliStreams& io, const std::string& message) {
+  io.err << "tvplot sheets: " << message << '\n' << kUsage;
+  return kExitUsage;
+}
+
+// Fills `options` from the arguments; an error message when one is bad.
+std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
+  if (auto v = args.value("--range")) {
+    if (*v != "model" && *v != "layouts" && *v != "all" && *v != "current")
+      return "范围 " + Printable(*v) + " 无效，应为 model、layouts、all 或 current";
+    options.range = *v;
+  }
+  if (auto v = args.value("--order")) {
+    const auto n = ParseNumber(*v);
+    if (!n || *n < 1 || *n > 9 || *n != std::floor(*n)) return "打印顺序 " + Printable(*v) + " 无效，应为 1 到 9 的整数";
+    options.order = static_cast<std::int32_t>(*n);
+  }
+  if (auto v = args.value("--filter")) {
+    const auto p = ParseNumber(*v);
+    if (!p || *p < 0.0 || *p > 30.0) return "过滤比例应在 0 ~ 30 % 之间 !";
+    options.filter = *p;
+  }
+  if (auto v = args.value("--scale")) {
+    options.scale = ParseNumber(*v);
+    if (!options.scale || !(*options.scale > 0.0)) return "比例 " + Printable(*v) + " 无效，应为大于 0 的数";
+  }
+  if (auto v = args.value("--blocks")) {
+    if (*v != "all" && *v != "rect" && *v != "none") return "图块选项 " + Printable(*v) + " 无效，应为 all、rect 或 none";
+    options.blocks = *v;
+  }
+  for (auto [name, target] : {std::pair{"--loose-lines", &options.looseLines}, std::pair{"--skip-blank", &options.skipBlank}}) {
+    if (auto v = args.value(name)) {
+      const auto on = ParseSwitch(*v);
+      if (!on) return std::string("选项 ") + name + " 应为 on 或 off";
+      *target = *on;
+    }
+  }
+  options.json = args.has("--json");
+  options.timings = args.has("--timings");
+  return std::nullopt;
+}
+
+void ApplySettings(const Options& options) {
+  settings::Config& config = settings::GlobalConfig();
+  config.frame_loose_lines = options.looseLines ? 1 : 0;
+  config.frame_all_blocks = options.blocks == "all" ? 1 : 0;
+  config.frame_rect_blocks = options.blocks == "rect" ? 1 : 0;
+  config.skip_blank_rect = options.skipBlank ? 1 : 0;
+  settings::PlotSettingRec& rec = settings::CurrentPlotSetting();
+  rec.filter_ratio = options.filter;
+  rec.sort_style = options.order;
+}
+
+// The answers that make the prompt walk the spaces of `range`: Enter, then the item of "自动遍历".
+std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout) {
+  int item = 2;
+  if (range == "model") item = 0;
+  else if (range == "layouts") item = 1;
+  else if (range == "current") item = inLayout ? 3 : 0;
+  return {"", std::to_string(item + 1)};
+}
+
+std::map<ObjectId, std::string> LayoutNames() {
+  std::map<ObjectId, std::string> names;
+  for (const host::LayoutFacts& l : host::ListLayouts())
+    if (!l.blockId.isNull()) names.emplace(l.blockId, l.name);
+  return names;
+}
+
+void WriteText(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
+  TextTable table;
+  std::vector<std::string> columns = plot::BPlot1Columns();
+  columns.insert(columns.begin() + 1, "空 间");
+  table.addRow(columns);
+  const auto cells = plot::BPlot1Cells(form);
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    std::vector<std::string> row = cells[i];
+    const auto it = layouts.find(form.rows[i].sheet->spaceId);
+    row.insert(row.begin() + 1, Printable(it == layouts.end() ? std::string() : it->second));
+    table.addRow(std::move(row));
+  }
+  out << plot::kBPlot1Title << "：" << form.rows.size() << " 张\n";
+  table.print(out);
+}
+
+void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
+  JsonWriter json(out);
+  json.beginObject();
+  json.field("count", form.rows.size());
+  json.field("scale", form.scale);
+  json.key("sheets");
+  json.beginArray();
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    const plot::BPlot1Row& row = form.rows[i];
+    const recognition::Plot_Drawing1& s = *row.sheet;
+    const auto it = layouts.find(s.spaceId);
+    json.beginObject();
+    json.field("number", static_cast<std::int64_t>(i + 1));
+    json.field("kind", static_cast<std::int64_t>(s.kind));
+    json.field("layout", it == layouts.end() ? std::string() : it->second);
+    json.field("minX", s.minX);
+    json.field("minY", s.minY);
+    json.field("maxX", s.maxX);
+    json.field("maxY", s.maxY);
+    json.field("sizeX", s.sizeX);
+    json.field("sizeY", s.sizeY);
+    json.field("rotated", s.rotated);
+    json.field("paperName", s.paperName);
+    json.field("paper", row.paperText);
+    json.field("scale", s.scale);
+    json.field("scaleText", row.scaleText);
+    json.field("size", row.sizeText);
+    json.field("note", row.note);
+    json.endObject();
+  }
+  json.endArray();
+  json.endObject();
+  json.finish();
+}
+
+int RunSheets(const std::vector<std::string>& args, CliStreams& io) {
+  ArgParseResult parsed =
+      ParseArgs(args, {.flags = {"--json", "--timings"},
+                       .valueOptions = {"--range", "--order", "--filter", "--scale", "--loose-lines", "--blocks",
+                                        "--skip-blank"}});
+  if (!parsed.args) return Usage(io, parsed.error);
+  if (parsed.args->positional.empty()) return Usage(io, "缺少图纸文件");
+  if (parsed.args->positional.size() > 1) return Usage(io, "多余的参数 " + Printable(parsed.args->positional[1]));
+  Options options;
+  if (auto error = ReadOptions(*parsed.args, options)) return Usage(io, *error);
+
+  const std::string& path = parsed.args->positional.front();
+  auto db = LoadDrawing(path, io);
+  if (!db) return kExitUnreadable;
+
+  // The command line of the session is a transcript only; the list goes to `out`.
+  std::ostringstream transcript;
+  SessionOptions sessionOptions;
+  sessionOptions.out = &transcript;
+  sessionOptions.err = &io.err;
+  sessionOptions.progress = io.errIsTerminal;
+  Session session(std::move(*db), path, std::move(sessionOptions));
+  host::OnLoad();
+  ApplySettings(options);
+  host::ShowTimings = options.timings;
+  session.editor().answers().pushFront(RangeAnswers(options.range, host::IsPaperSpace()));
+
+  int exitCode = kExitOk;
+  if (plot::Dlg_BPlot1* form = plot::RecogniseGenericBatch(false, options.scale)) {
+    const auto layouts = LayoutNames();
+    if (options.json) WriteJson(*form, layouts, io.out);
+    else WriteText(*form, layouts, io.out);
+  } else {
+    io.err << "tvplot sheets: 未找到图框\n";
+    exitCode = kExitNoSheets;
+  }
+  if (options.timings) io.err << transcript.str() << '\n';
+  host::ShowTimings = false;
+  host::OnUnload();
+  io.out.flush();
+  return exitCode;
+}
+
+}  // namespace
+
+const Subcommand& SheetsSubcommand() {
+  static const Subcommand kSheets{"sheets", "识别图纸中的图框并显示审阅列表", kUsage, &RunSheets};
+  return kSheets;
+}
+
+}  // namespace tv::console

@@ -1,0 +1,137 @@
+#include "plot/generic_review.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "host/editor.h"
+#include "host/wrappers.h"
+#include "paper/scale_fitting.h"
+#include "plot/review_forms.h"
+#include "recognition/sheet_geometry.h"
+#include "recognition/sheet_order.h"
+#include "recognition/sheet_traversal.h"
+#include "settings/config.h"
+
+namespace tv::plot {
+
+namespace {
+
+std::unique_ptr<Dlg_BPlot1>& Slot() {
+  static std::unique_ptr<Dlg_BPlot1> form;
+  return form;
+}
+
+std::string Format(const char* format, double a, double b) {
+  char text[96];
+  std::snprintf(text, sizeof text, format, a, b);
+  return text;
+}
+
+std::string RowNumber(std::size_t i) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%4d", static_cast<int>(i + 1));
+  return text;
+}
+
+// The print stamp follows the option before the list is shown.
+void SetPlotStamp() {
+  const bool on = settings::GlobalConfig().plot_stamp != 0;
+  host::CurrentEditor().command({"-plotstamp", on ? "O" : "OFF", ""});
+}
+
+}  // namespace
+
+Dlg_BPlot1* GenericReview() { return Slot().get(); }
+
+Dlg_BPlot1& NewGenericReview() {
+  DestroyReviewForms();
+  Slot() = std::make_unique<Dlg_BPlot1>();
+  Slot()->setting = settings::CurrentPlotSetting();
+  return *Slot();
+}
+
+void DestroyGenericReview() { Slot().reset(); }
+
+std::string SheetSizeText(double sizeX, double sizeY) {
+  const double s = std::min(sizeX, sizeY);
+  if (s >= 10.0) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%dx%d", static_cast<int>(sizeX + 0.5), static_cast<int>(sizeY + 0.5));
+    return text;
+  }
+  if (s >= 1.0) return Format("%.1fx%.1f", sizeX, sizeY);
+  if (s >= 0.1) return Format("%.2fx%.2f", sizeX, sizeY);
+  if (s >= 0.01) return Format("%.3fx%.3f", sizeX, sizeY);
+  return Format("%.4fx%.4f", sizeX, sizeY);
+}
+
+Dlg_BPlot1* RecogniseGenericBatch(bool askScale, std::optional<double> scale) {
+  host::ReadLayerStates();
+  Dlg_BPlot1& form = NewGenericReview();
+  if (!recognition::FindSheets(form.job)) {
+    DestroyGenericReview();
+    return nullptr;
+  }
+  recognition::FilterSheets(form.job);
+  SetPlotStamp();
+  form.scale = scale ? *scale : paper::ScaleOfSheets(form.job.keptSheets, askScale);
+  FillList(form, true);
+  return &form;
+}
+
+void FillList(Dlg_BPlot1& form, bool reorder) {
+  if (reorder) recognition::OrderSheets(form.job, form.setting.sort_style);
+  form.rows.clear();
+  form.rows.reserve(form.job.keptSheets.size());
+  for (std::size_t i = 0; i < form.job.keptSheets.size(); ++i) {
+    recognition::Plot_Drawing1* sheet = form.job.keptSheets[i];
+    recognition::SetMarker(*sheet, static_cast<std::int32_t>(i + 1), -1);
+    BPlot1Row row;
+    row.sheet = sheet;
+    row.sizeText = SheetSizeText(sheet->sizeX, sheet->sizeY);
+    form.rows.push_back(std::move(row));
+  }
+  RecomputeAll(form, form.scale);
+}
+
+void RecomputeAll(Dlg_BPlot1& form, double scale) {
+  form.scale = scale;
+  paper::RebuildPapers(form.job, scale, true, true);
+  for (BPlot1Row& row : form.rows) {
+    paper::MyPaper p;
+    row.paper.reset();
+    row.paperText.clear();
+    row.note.clear();
+    row.warn = false;
+    if (paper::PaperOfSheet(*row.sheet, p, scale, true)) {
+      paper::ApplyPaperToSheet(*row.sheet, p);
+      row.paper = p;
+      row.paperText = paper::PaperDisplayName(p, true, row.sheet->rotated);
+      const paper::PaperNote note = paper::PaperSizeNote(p, form.setting.format);
+      row.note = note.text;
+      row.warn = note.warn;
+    }
+    row.scaleText = paper::ScaleText(row.sheet->scale);
+  }
+}
+
+std::vector<std::string> BPlot1Columns() { return {"序 号", "纸张尺寸", "打印比例", "图面尺寸", "备 注"}; }
+
+std::vector<std::vector<std::string>> BPlot1Cells(const Dlg_BPlot1& form) {
+  std::vector<std::vector<std::string>> cells;
+  cells.reserve(form.rows.size());
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    const BPlot1Row& row = form.rows[i];
+    cells.push_back({RowNumber(i), row.paperText, row.scaleText, row.sizeText, row.note});
+  }
+  return cells;
+}
+
+void GenericBatchCommand() {
+  Dlg_BPlot1* form = RecogniseGenericBatch(true, std::nullopt);
+  if (!form) return;
+  host::RegenDrawing();
+  host::CurrentEditor().showList(kBPlot1Title, BPlot1Columns(), BPlot1Cells(*form));
+}
+
+}  // namespace tv::plot

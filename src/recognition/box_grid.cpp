@@ -1,0 +1,89 @@
+#include <algorithm>
+#include <cmath>
+
+#include "recognition/box_grid_internal.h"
+
+namespace tv::recognition::internal {
+
+namespace {
+
+// Cells per box on average before the grid gives up: a few boxes may cover it all.
+constexpr std::size_t kCellsPerBox = 16;
+constexpr std::size_t kMaxColumns = 512;
+
+bool Finite(const Box& b) {
+  return std::isfinite(b.minX) && std::isfinite(b.minY) && std::isfinite(b.maxX) && std::isfinite(b.maxY);
+}
+
+// Cut values at the quantiles of `centres`, which it sorts.
+std::vector<double> CutsAt(std::vector<double>& centres, std::size_t columns) {
+  std::sort(centres.begin(), centres.end());
+  std::vector<double> cuts;
+  cuts.reserve(columns - 1);
+  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(centres[k * centres.size() / columns]);
+  return cuts;
+}
+
+}  // namespace
+
+std::size_t BoxGrid::columnOf(double x) const {
+  return static_cast<std::size_t>(std::upper_bound(xCuts_.begin(), xCuts_.end(), x) - xCuts_.begin());
+}
+
+std::size_t BoxGrid::rowOf(double y) const {
+  return static_cast<std::size_t>(std::upper_bound(yCuts_.begin(), yCuts_.end(), y) - yCuts_.begin());
+}
+
+bool BoxGrid::build(const std::vector<Box>& boxes) {
+  *this = BoxGrid{};
+  if (!std::all_of(boxes.begin(), boxes.end(), Finite)) return false;
+
+  const std::size_t n = boxes.size();
+  columns_ = std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(n)))), 1,
+                                     kMaxColumns);
+  std::vector<double> cx, cy;
+  cx.reserve(n);
+  cy.reserve(n);
+  for (const Box& b : boxes) {
+    cx.push_back(b.minX + (b.maxX - b.minX) * 0.5);
+    cy.push_back(b.minY + (b.maxY - b.minY) * 0.5);
+  }
+  xCuts_ = CutsAt(cx, columns_);
+  yCuts_ = CutsAt(cy, columns_);
+
+  // Two passes, counting then filling, so each cell's indices lie together and ascend.
+  const std::size_t cells = columns_ * columns_;
+  const std::size_t limit = kCellsPerBox * n + cells;
+  std::vector<std::uint32_t> count(cells + 1, 0);
+  std::size_t total = 0;
+  const auto forCells = [&](const Box& b, auto&& visit) {
+    const std::size_t c0 = columnOf(b.minX), c1 = columnOf(b.maxX);
+    const std::size_t r0 = rowOf(b.minY), r1 = rowOf(b.maxY);
+    for (std::size_t r = r0; r <= r1; ++r)
+      for (std::size_t c = c0; c <= c1; ++c) visit(r * columns_ + c);
+  };
+  for (const Box& b : boxes) {
+    const std::size_t c0 = columnOf(b.minX), c1 = columnOf(b.maxX);
+    const std::size_t r0 = rowOf(b.minY), r1 = rowOf(b.maxY);
+    if (c1 < c0 || r1 < r0) continue;  // an inverted box holds no point
+    total += (c1 - c0 + 1) * (r1 - r0 + 1);
+    if (total > limit) {
+      *this = BoxGrid{};
+      return false;
+    }
+    forCells(b, [&](std::size_t cell) { ++count[cell + 1]; });
+  }
+  for (std::size_t i = 1; i <= cells; ++i) count[i] += count[i - 1];
+  cellStart_ = count;
+  items_.resize(total);
+  for (std::uint32_t i = 0; i < n; ++i) forCells(boxes[i], [&](std::size_t cell) { items_[count[cell]++] = i; });
+  return true;
+}
+
+std::span<const std::uint32_t> BoxGrid::near(double x, double y) const {
+  if (cellStart_.empty() || !std::isfinite(x) || !std::isfinite(y)) return {};
+  const std::size_t cell = rowOf(y) * columns_ + columnOf(x);
+  return {items_.data() + cellStart_[cell], items_.data() + cellStart_[cell + 1]};
+}
+
+}  // namespace tv::recognition::internal

@@ -1,0 +1,35 @@
+#pragma once
+// Which of a fixed set of boxes may hold a point. Pruning asks it for every sheet and the purge of
+// a batch for every remaining candidate, so neither has to try every sheet against every other.
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tv::recognition::internal {
+
+struct Box {
+  double minX = 0.0, minY = 0.0, maxX = 0.0, maxY = 0.0;
+};
+
+// A grid whose lines stand at quantiles of the box centres, so that a crowded corner and one
+// stray box far off cost no more than an even spread of sheets.
+class BoxGrid {
+ public:
+  // False when a coordinate isn't finite or the boxes would fill too many cells (many huge boxes
+  // over many small ones); the caller then tries every box.
+  bool build(const std::vector<Box>& boxes);
+  // Indices, ascending, of the boxes in the cell of (x, y): every box that holds the point, edges
+  // included, is among them. Nothing for a point that isn't finite.
+  std::span<const std::uint32_t> near(double x, double y) const;
+
+ private:
+  std::size_t columnOf(double x) const;
+  std::size_t rowOf(double y) const;
+
+  std::vector<double> xCuts_, yCuts_;
+  std::size_t columns_ = 0;
+  std::vector<std::uint32_t> cellStart_;  // per cell (row-major), where its indices begin; one more at the end
+  std::vector<std::uint32_t> items_;
+};
+
+}  // namespace tv::recognition::internal

@@ -1,0 +1,51 @@
+#pragma once
+// Helpers shared by the files of the loose-line finder; not part of its interface.
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "host/geometry.h"
+
+namespace tv::recognition::loose {
+
+// The sort key of a segment start: x for verticals, y for horizontals.
+inline double KeyOf(Point2d p, bool byY) { return byY ? p.y : p.x; }
+
+// Ascending order with NaN after everything, so that a damaged coordinate can't break the sort.
+inline bool KeyLess(double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; }
+
+// The first index from `from` on whose key is at least `value`; the size when there is none.
+// [from, size) must be in KeyLess order.
+std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool byY, std::size_t from = 0);
+
+// Where a band scan for `value` begins. FirstAtX/FirstAtY fall back to 0 when no start reaches
+// `value`; a scan from 0 can then only meet segments whose far end leans into the band, so it is
+// begun at the first start within `reach` (the greatest lean of the family along the key) instead.
+std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY, double reach);
+
+// The greatest |end - start| of the family along the key; 0 for none.
+double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY);
+
+// Strictly inside an inner box (minX, maxX, minY, maxY).
+inline bool StrictlyInside(const std::array<double, 4>& box, Point2d p) {
+  return box[0] < p.x && p.x < box[1] && box[2] < p.y && p.y < box[3];
+}
+
+// Keeps, in one pass, the elements i of [0, count) for which keep(i) holds, moving them down in
+// every array; keep is asked once per element, in order, with the original index. Returns the
+// new count, to which every array is cut.
+template <class Keep, class... Arrays>
+std::size_t KeepWhere(std::size_t count, Keep&& keep, Arrays&... arrays) {
+  std::size_t w = 0;
+  for (std::size_t r = 0; r < count; ++r) {
+    if (!keep(r)) continue;
+    if (w != r) ((arrays[w] = std::move(arrays[r])), ...);
+    ++w;
+  }
+  (arrays.resize(w), ...);
+  return w;
+}
+
+}  // namespace tv::recognition::loose

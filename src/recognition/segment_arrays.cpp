@@ -1,0 +1,136 @@
+// The sorted segment families: ordering, the first index of a band, and the removal of segments
+// that turned out to lie inside found sheets.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <vector>
+
+#include "recognition/loose_lines.h"
+#include "recognition/loose_lines_internal.h"
+
+namespace tv::recognition {
+
+namespace loose {
+
+std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool byY, std::size_t from) {
+  from = std::min(from, starts.size());
+  const auto it = std::partition_point(starts.begin() + static_cast<std::ptrdiff_t>(from), starts.end(),
+                                       [&](Point2d p) { return KeyLess(KeyOf(p, byY), value); });
+  return static_cast<std::size_t>(it - starts.begin());
+}
+
+std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY, double reach) {
+  const std::size_t first = LowerIndex(starts, value, byY);
+  if (first < starts.size()) return first;
+  // The slack keeps a start that rounding puts just short of the band.
+  const double slack = 1e-9 * (std::abs(value) + reach);
+  return LowerIndex(starts, value - reach - slack, byY);
+}
+
+double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY) {
+  double lean = 0.0;
+  const std::size_t n = std::min(starts.size(), ends.size());
+  for (std::size_t i = 0; i < n; ++i) {
+    const double d = std::abs(KeyOf(ends[i], byY) - KeyOf(starts[i], byY));
+    if (d > lean) lean = d;
+    else if (std::isnan(d)) lean = std::numeric_limits<double>::infinity();  // damaged: no shortcut is safe
+  }
+  return lean;
+}
+
+}  // namespace loose
+
+namespace {
+
+using loose::KeyLess;
+using loose::KeyOf;
+
+// One family, from `first` on, against each sheet in turn. A removal lets the next segment pass
+// untested by that sheet, as though it had slid into the removed one's place while the walk moved
+// on. Removed segments are only marked while the sheets are walked, and the family is compacted
+// once at the end. When the family is sorted, a sheet looks only at the starts in its own band.
+void DropFamily(std::vector<Point2d>& starts, std::vector<Point2d>& ends, ObjectIdArray& ids, std::size_t first,
+                bool byY, const SheetList& sheets) {
+  const std::size_t n = std::min({starts.size(), ends.size(), ids.size()});
+  if (first >= n) return;
+  const bool sorted = std::is_sorted(starts.begin() + static_cast<std::ptrdiff_t>(first),
+                                     starts.begin() + static_cast<std::ptrdiff_t>(n),
+                                     [byY](Point2d a, Point2d b) { return KeyLess(KeyOf(a, byY), KeyOf(b, byY)); });
+  std::vector<char> gone(n, 0);
+  bool anyGone = false;
+  for (const auto& sheet : sheets) {
+    if (!sheet) continue;
+    const auto& box = sheet->innerBox;
+    const double bandLow = byY ? box[2] : box[0];
+    const double bandHigh = byY ? box[3] : box[1];
+    if (!(bandLow < bandHigh)) continue;
+    std::size_t r = sorted ? loose::LowerIndex(starts, bandLow, byY, first) : first;
+    bool skipNext = false;
+    for (; r < n; ++r) {
+      if (gone[r]) continue;
+      if (sorted && !(KeyOf(starts[r], byY) < bandHigh)) break;
+      if (skipNext) {
+        skipNext = false;
+        continue;
+      }
+      if (loose::StrictlyInside(box, starts[r]) && loose::StrictlyInside(box, ends[r])) {
+        gone[r] = 1;
+        anyGone = true;
+        skipNext = true;
+      }
+    }
+  }
+  if (!anyGone) return;
+  loose::KeepWhere(n, [&](std::size_t i) { return !gone[i]; }, starts, ends, ids);
+}
+
+}  // namespace
+
+std::size_t FirstAtX(const std::vector<Point2d>& starts, double value) {
+  const std::size_t first = loose::LowerIndex(starts, value, false);
+  return first < starts.size() ? first : 0;
+}
+
+std::size_t FirstAtY(const std::vector<Point2d>& starts, double value) {
+  const std::size_t first = loose::LowerIndex(starts, value, true);
+  return first < starts.size() ? first : 0;
+}
+
+void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_t hi, bool byY,
+                  std::vector<Point2d>& ends, ObjectIdArray& ids) {
+  const auto n = static_cast<std::ptrdiff_t>(std::min({starts.size(), ends.size(), ids.size()}));
+  lo = std::max<std::ptrdiff_t>(lo, 0);
+  hi = std::min(hi, n - 1);
+  if (lo >= hi) return;
+
+  // Sort a permutation, then apply it to the three arrays; equal keys keep their order.
+  std::vector<std::size_t> order(static_cast<std::size_t>(hi - lo + 1));
+  std::iota(order.begin(), order.end(), static_cast<std::size_t>(lo));
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return KeyLess(KeyOf(starts[a], byY), KeyOf(starts[b], byY));
+  });
+
+  std::vector<Point2d> sortedStarts, sortedEnds;
+  ObjectIdArray sortedIds;
+  sortedStarts.reserve(order.size());
+  sortedEnds.reserve(order.size());
+  sortedIds.reserve(order.size());
+  for (std::size_t i : order) {
+    sortedStarts.push_back(starts[i]);
+    sortedEnds.push_back(ends[i]);
+    sortedIds.push_back(ids[i]);
+  }
+  std::copy(sortedStarts.begin(), sortedStarts.end(), starts.begin() + lo);
+  std::copy(sortedEnds.begin(), sortedEnds.end(), ends.begin() + lo);
+  std::copy(sortedIds.begin(), sortedIds.end(), ids.begin() + lo);
+}
+
+void DropSegmentsInSheets(std::size_t firstH, SheetList& sheets, SegmentArrays& segments) {
+  for (auto& sheet : sheets)
+    if (sheet) EnsureInnerBox(*sheet);
+  DropFamily(segments.hStarts, segments.hEnds, segments.hIds, firstH, true, sheets);
+  DropFamily(segments.vStarts, segments.vEnds, segments.vIds, 0, false, sheets);
+}
+
+}  // namespace tv::recognition
