@@ -96,12 +96,11 @@ bool TransformInsert(Insert& ins, const Matrix3d& xf) {
   if (!(la > 0) || !(lb > 0) || std::abs(a.dot(b)) > 1e-9 * la * lb) return false;
   const double sy = (ins.scale.y < 0 ? -1 : 1) * lb;
   const double sx = (det < 0 ? -1 : 1) * (sy < 0 ? -1 : 1) * la;
-  // Attributes first, on copies, so a refusal leaves everything untouched.
-  std::vector<std::unique_ptr<Attrib>> attribs;
+  // Attributes are tried first on copies, so a refusal leaves everything untouched; the originals
+  // are then moved themselves because the drawing's index points at them.
   for (const auto& at : ins.attribs) {
-    auto copy = std::make_unique<Attrib>(*at);
-    if (!TransformText(*copy, xf)) return false;
-    attribs.push_back(std::move(copy));
+    Attrib trial(*at);
+    if (!TransformText(trial, xf)) return false;
   }
   const Point3d position = pm->map(ins.position);
   if (!Finite(position)) return false;
@@ -111,7 +110,7 @@ bool TransformInsert(Insert& ins, const Matrix3d& xf) {
   ins.scale = {sx, sy, ins.scale.z * pm->zScale};
   ins.position = position;
   ins.normal = pm->normal;
-  ins.attribs = std::move(attribs);
+  for (const auto& at : ins.attribs) TransformText(*at, xf);
   return true;
 }
 

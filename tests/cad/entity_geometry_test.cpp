@@ -490,6 +490,30 @@ TEST(Transform, InsertComposesAndRefusesShear) {
   EXPECT_FALSE(TransformBy(moved, Matrix3d::scaling(1, 2, 1)));
 }
 
+TEST(Transform, AttributesMoveInPlaceSoTheDrawingStillFindsThem) {
+  Drawing d;
+  BlockRecord& b = d.db.addBlock("TAG");
+  d.line(b, {0, 0, 0}, {1, 0, 0});
+  auto ins = std::make_unique<Insert>();
+  ins->block = b.id;
+  auto attrib = std::make_unique<Attrib>();
+  attrib->tag = "NO";
+  attrib->text = "A-01";
+  attrib->height = 2;
+  attrib->position = {1, 1, 0};
+  ins->attribs.push_back(std::move(attrib));
+  Insert& placed = d.add(d.model, std::move(ins));
+  const Attrib* before = placed.attribs.front().get();
+  const ObjectId id = before->id;
+  ASSERT_TRUE(TransformBy(placed, Matrix3d::translation({10, 20, 0})));
+  ASSERT_EQ(placed.attribs.front().get(), before);
+  EXPECT_EQ(d.db.object(id), before);
+  EXPECT_EQ(before->position, (Point3d{11, 21, 0}));
+  // A refused map leaves the attribute where it was.
+  EXPECT_FALSE(TransformBy(placed, Matrix3d::scaling(1, 2, 1) * Matrix3d::rotation(DegToRad(30))));
+  EXPECT_EQ(before->position, (Point3d{11, 21, 0}));
+}
+
 TEST(Transform, CopiesCarryTheirBoxAlong) {
   // Under maps that keep the axes, the box of a transformed entity is the transformed box: this
   // checks the decomposition of every class into its own fields (angles, flags, scales).
