@@ -16,7 +16,10 @@ T* FindByName(const std::vector<std::unique_ptr<T>>& records, std::string_view n
   return nullptr;
 }
 
-bool IdLess(const DbObject* a, const DbObject* b) { return a->id < b->id; }
+template <class Entry>
+bool IdLess(const Entry& a, const Entry& b) {
+  return a.id < b.id;
+}
 
 constexpr const char* kStandardTables[] = {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW", "UCS", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
 
@@ -81,9 +84,9 @@ ObjectId Database::newHandle() {
 
 void Database::sortIndex() const {
   if (pending_.empty()) return;
-  std::sort(pending_.begin(), pending_.end(), IdLess);
+  std::sort(pending_.begin(), pending_.end(), IdLess<IndexEntry>);
   auto middle = index_.insert(index_.end(), pending_.begin(), pending_.end());
-  std::inplace_merge(index_.begin(), middle, index_.end(), IdLess);
+  std::inplace_merge(index_.begin(), middle, index_.end(), IdLess<IndexEntry>);
   pending_.clear();
   pendingIds_.clear();
 }
@@ -94,18 +97,17 @@ constexpr std::size_t kMaxPending = 1 << 16;
 
 ObjectId Database::registerObject(DbObject& o) {
   if (o.id.isNull()) o.id = newHandle();
-  if (index_.empty() || index_.back()->id < o.id) {
-    index_.push_back(&o);
+  if (index_.empty() || index_.back().id < o.id.value) {
+    index_.push_back({o.id.value, &o});
   } else {
     // Out of handle order (objects after entities, say): check for a clash now so that every
     // object keeps a unique id, and merge the stragglers into the sorted index in batches.
-    auto it = std::lower_bound(index_.begin(), index_.end(), &o, IdLess);
-    bool taken = (it != index_.end() && (*it)->id == o.id) || pendingIds_.contains(o.id.value);
+    bool taken = findEntry(o.id) != nullptr || pendingIds_.contains(o.id.value);
     if (taken) {
       o.id = newHandle();
-      index_.push_back(&o);
+      index_.push_back({o.id.value, &o});
     } else {
-      pending_.push_back(&o);
+      pending_.push_back({o.id.value, &o});
       pendingIds_.insert(o.id.value);
       if (pending_.size() >= kMaxPending) sortIndex();
     }
@@ -114,19 +116,30 @@ ObjectId Database::registerObject(DbObject& o) {
   return o.id;
 }
 
+const Database::IndexEntry* Database::findEntry(ObjectId id) const {
+  if (index_.empty()) return nullptr;
+  // Handles are mostly handed out in a row, so the id's distance from the first is usually its
+  // place; a gap or a straggler falls back to the binary search.
+  const std::uint64_t guess = id.value - index_.front().id;
+  if (id.value >= index_.front().id && guess < index_.size() && index_[guess].id == id.value) return &index_[guess];
+  auto it = std::lower_bound(index_.begin(), index_.end(), id.value,
+                             [](const IndexEntry& e, std::uint64_t v) { return e.id < v; });
+  if (it == index_.end() || it->id != id.value) return nullptr;
+  return &*it;
+}
+
 void Database::unregisterObject(ObjectId id) {
   sortIndex();
-  auto it = std::lower_bound(index_.begin(), index_.end(), id, [](const DbObject* a, ObjectId v) { return a->id < v; });
-  if (it != index_.end() && (*it)->id == id) index_.erase(it);
+  if (const IndexEntry* e = findEntry(id)) index_.erase(index_.begin() + (e - index_.data()));
 }
 
 DbObject* Database::object(ObjectId id) const {
   if (id.isNull()) return nullptr;
   sortIndex();
-  auto it = std::lower_bound(index_.begin(), index_.end(), id, [](const DbObject* a, ObjectId v) { return a->id < v; });
-  if (it == index_.end() || (*it)->id != id) return nullptr;
-  if (auto* e = As<Entity>(*it); e && e->isErased()) return nullptr;
-  return *it;
+  const IndexEntry* entry = findEntry(id);
+  if (!entry) return nullptr;
+  if (auto* e = As<Entity>(entry->object); e && e->isErased()) return nullptr;
+  return entry->object;
 }
 
 // ---- tables ----------------------------------------------------------------------------------
@@ -288,8 +301,8 @@ bool Database::erase(ObjectId id) {
 
 void Database::purgeErased() {
   sortIndex();
-  std::erase_if(index_, [](const DbObject* o) {
-    const auto* e = As<Entity>(o);
+  std::erase_if(index_, [](const IndexEntry& entry) {
+    const auto* e = As<Entity>(entry.object);
     return e && e->isErased();
   });
   for (auto& b : blocks) {

@@ -163,8 +163,16 @@ class Database {
   void addObjectImpl(std::unique_ptr<DbObject> o, ObjectId owner);
   void sortIndex() const;
 
-  mutable std::vector<DbObject*> index_;    // sorted by id
-  mutable std::vector<DbObject*> pending_;  // registered out of order, not merged yet
+  // The id sits next to the pointer so that a lookup reads one contiguous array and never
+  // touches the objects it passes over.
+  struct IndexEntry {
+    std::uint64_t id;
+    DbObject* object;
+  };
+  const IndexEntry* findEntry(ObjectId id) const;
+
+  mutable std::vector<IndexEntry> index_;    // sorted by id
+  mutable std::vector<IndexEntry> pending_;  // registered out of order, not merged yet
   mutable std::unordered_set<std::uint64_t> pendingIds_;
   std::uint64_t nextHandle_ = 1;
 };

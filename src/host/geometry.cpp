@@ -144,6 +144,8 @@ Vector3d ArbitraryXAxis(Vector3d normal) {
 }
 
 Matrix3d Matrix3d::planeToWorld(Vector3d normal) {
+  // Nearly every entity lies in the world's own plane: spare it the square roots.
+  if (normal == Vector3d::zAxis()) return Matrix3d{};
   Vector3d n = normal.normalized();
   if (n.isZero(0)) n = Vector3d::zAxis();
   const Vector3d ax = ArbitraryXAxis(n);

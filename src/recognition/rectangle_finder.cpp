@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "recognition/holder_index_internal.h"
 #include "recognition/rectangle_finder_internal.h"
 #include "settings/config.h"
 
@@ -11,11 +12,10 @@ namespace tv::recognition {
 
 namespace {
 
-// Which list an entity belongs to; decided with the entity open, recorded after it is closed.
+// Which list an entity belongs to.
 enum class Role { None, Candidate, Polyline, Line };
 
-Role RoleOf(ObjectId id, const internal::HiddenLayers& hidden, bool wantLines) {
-  const host::Entity e = host::OpenEntity(id);
+Role RoleOf(const host::Entity& e, const internal::HiddenLayers& hidden, bool wantLines) {
   if (!e) return Role::None;
   const host::EntityClass kind = e.kind();
   // An insert counts whatever its own visibility: only its content is judged by layers.
@@ -36,16 +36,21 @@ void AppendBatch(SheetList& batch, SheetList& master) {
 void ClassifyEntities(const ObjectIdArray& ids, TempIdArray& candidates, TempIdArray& lines) {
   const internal::HiddenLayers hidden = internal::HiddenLayers::Current();
   const bool wantLines = settings::GlobalConfig().frame_loose_lines != 0;
+  // Room for every entity in both lists: pages the lists never reach are never touched, and the
+  // records, large and many, are never moved while the lists grow.
+  candidates.reserve(candidates.size() + ids.size());
+  if (wantLines) lines.reserve(lines.size() + ids.size());
   for (ObjectId id : ids) {
-    switch (RoleOf(id, hidden, wantLines)) {
+    const host::Entity e = host::OpenEntity(id);
+    switch (RoleOf(e, hidden, wantLines)) {
       case Role::Candidate:
-        MakeTempId(TempKind::BlockReference, id, candidates);
+        MakeTempId(TempKind::BlockReference, e, candidates);
         break;
       case Role::Polyline:
-        MakeTempId(TempKind::Polyline, id, candidates);
+        MakeTempId(TempKind::Polyline, e, candidates);
         break;
       case Role::Line:
-        MakeTempId(TempKind::Line, id, lines);
+        MakeTempId(TempKind::Line, e, lines);
         break;
       case Role::None:
         break;
@@ -90,17 +95,24 @@ void ExamineCandidates(TempIdArray& candidates, SheetList& master, ObjectId spac
   batch.reserve(kSheetBatch + 1);
 
   // Candidates that stay are moved down to `kept`; the ones taken are simply passed over, so the
-  // list is compacted in one sweep however many sheets it yields.
+  // list is compacted in one sweep however many sheets it yields. The contents of each finished
+  // batch leave the list as the loop reaches them: the same candidates and holders as a purge of
+  // the rest of the list per batch, at a lookup each instead of a sweep per batch.
+  internal::HolderIndex holders;
   std::size_t kept = 0;
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     if (batch.size() >= kSheetBatch) {
       if (tick) tick();
       PruneSheets(batch);
-      DropContainedIds(batch, candidates, i + 1);
+      holders.add(batch);
       AppendBatch(batch, master);
     }
 
     const Temp_Id& candidate = candidates[i];
+    if (Plot_Drawing1* holder = holders.holder(candidate)) {
+      holder->hasContent = true;
+      continue;
+    }
     bool taken = false;
     if (candidate.kind == TempKind::Polyline) {
       taken = TryPolylineSheet(candidate, batch, spaceId, layerId);

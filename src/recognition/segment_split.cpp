@@ -154,6 +154,11 @@ void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentA
   for (auto& sheet : sheets)
     if (sheet) EnsureInnerBox(*sheet);
   const InnerBoxGrid grid(sheets);
+  // Mostly one segment an entity, of either family: room for all of them in both leaves the pages
+  // the families never reach untouched and spares growing arrays of a million points.
+  for (auto* ids : {&segments.hIds, &segments.vIds}) ids->reserve(ids->size() + remaining.size());
+  for (auto* points : {&segments.hStarts, &segments.hEnds, &segments.vStarts, &segments.vEnds})
+    points->reserve(points->size() + remaining.size());
 
   // World points are taken to working coordinates here, once each.
   const auto add = [&](ObjectId id, Point3d p, Point3d q) {

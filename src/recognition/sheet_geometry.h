@@ -48,6 +48,8 @@ Point3d TransformByStack(Point3d point, const MatrixStack& stack);
 // Appends the record of a scanned entity. A slanted line (its box more than 0.002 of its
 // diagonal in both directions) and an entity without extents give none: false.
 bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array);
+// The same for an entity already open, so that a scan opens each entity once.
+bool MakeTempId(TempKind kind, const host::Entity& entity, TempIdArray& array);
 // Fills the rectangle of a new sheet and puts its marker on `layerId` in the current space. False
 // when the sheet has no source entity or the box is not wider and higher than 1e-05.
 bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, double unitFactor);

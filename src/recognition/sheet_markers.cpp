@@ -8,8 +8,9 @@
 
 namespace tv::recognition {
 
-bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array) {
-  const Extents3d extents = EntityExtents(id);
+namespace {
+
+bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray& array) {
   if (extents.isEmpty()) return false;
   const Point3d minPt{extents.min.x, extents.min.y, 0.0};
   const Point3d maxPt{extents.max.x, extents.max.y, 0.0};
@@ -31,6 +32,14 @@ bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array) {
   if (kind != TempKind::Line) record.area = (sizeY * 0.001) * (sizeX * 0.001);
   array.push_back(record);
   return true;
+}
+
+}  // namespace
+
+bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array) { return AddTempId(kind, id, EntityExtents(id), array); }
+
+bool MakeTempId(TempKind kind, const host::Entity& entity, TempIdArray& array) {
+  return AddTempId(kind, entity.id(), EntityExtentsOpen(entity, true, true), array);
 }
 
 bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, double unitFactor) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recognition/box_grid_internal.h"
+#include "recognition/holder_index_internal.h"
 #include "recognition/rectangle_finder.h"
 
 namespace tv::recognition {
@@ -68,9 +69,6 @@ void MarkContained(SheetList& sheets) {
   }
 }
 
-bool StrictlyInside(const std::array<double, 4>& box, Point3d p) {
-  return box[0] < p.x && p.x < box[1] && box[2] < p.y && p.y < box[3];
-}
 
 }  // namespace
 
@@ -96,33 +94,12 @@ void PruneSheets(SheetList& sheets) {
 
 void DropContainedIds(SheetList& sheets, TempIdArray& candidates, std::size_t start) {
   std::erase_if(sheets, [](const auto& s) { return !s; });
-  std::vector<Box> boxes;
-  boxes.reserve(sheets.size());
-  for (auto& s : sheets) {
-    EnsureInnerBox(*s);
-    boxes.push_back({s->innerBox[0], s->innerBox[2], s->innerBox[1], s->innerBox[3]});
-  }
-  if (start >= candidates.size() || sheets.empty()) return;
-  BoxGrid grid;
-  const bool indexed = grid.build(boxes);
-
-  // The first sheet, in list order, that holds the candidate.
-  const auto holder = [&](const Temp_Id& c) -> Plot_Drawing1* {
-    const auto holds = [&](std::size_t i) {
-      return StrictlyInside(sheets[i]->innerBox, c.minPt) && StrictlyInside(sheets[i]->innerBox, c.maxPt);
-    };
-    if (indexed) {
-      for (std::uint32_t i : grid.near(c.minPt.x, c.minPt.y))
-        if (holds(i)) return sheets[i].get();
-    } else {
-      for (std::size_t i = 0; i < sheets.size(); ++i)
-        if (holds(i)) return sheets[i].get();
-    }
-    return nullptr;
-  };
+  internal::HolderIndex holders;
+  holders.add(sheets);
+  if (start >= candidates.size()) return;
   const auto first = candidates.begin() + static_cast<std::ptrdiff_t>(start);
   const auto kept = std::remove_if(first, candidates.end(), [&](const Temp_Id& c) {
-    Plot_Drawing1* sheet = holder(c);
+    Plot_Drawing1* sheet = holders.holder(c);
     if (sheet) sheet->hasContent = true;
     return sheet != nullptr;
   });

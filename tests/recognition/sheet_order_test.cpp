@@ -355,6 +355,8 @@ struct ModeCase {
   std::vector<int> expected;  // cells as on a numeric keypad: 7 8 9 / 4 5 6 / 1 2 3
 };
 
+void PrintTo(const ModeCase& c, std::ostream* os) { *os << "mode " << c.mode; }
+
 class ReadingOrderTest : public ::testing::TestWithParam<ModeCase> {};
 
 // The order a scan met the cells in; mode 9 reads it back.
