@@ -38,6 +38,13 @@ bool Write(const tv::cad::Database& db, const std::filesystem::path& path) {
 
 int main(int argc, char** argv) {
   if (argc < 2 || argc % 2 != 0) return Usage();
+  const std::string_view first = argv[1];
+  if (first == "--help" || first == "-h") {
+    Usage();
+    return 0;
+  }
+  // An option where the folder belongs is a slip, never a folder to create.
+  if (first.starts_with("-")) return Usage();
   std::filesystem::path outDir = argv[1];
   std::size_t bigCount = 0, frameCount = 0;
   for (int i = 2; i + 1 < argc; i += 2) {
