@@ -6,7 +6,8 @@
 #include <cmath>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "host/command_prologue.h"
 #include "host/editor.h"
@@ -65,13 +66,23 @@ ObjectId MarkerLayer() {
 
 // Sequence numbers and the largest sheet, after all spaces are scanned.
 void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
-  std::unordered_map<ObjectId, std::int32_t> place;
-  place.reserve(scanned.size());
-  for (std::size_t i = 0; i < scanned.size(); ++i) place.emplace(scanned[i], static_cast<std::int32_t>(i));
+  // The sheets are few and the scanned ids many: look each id up among the sheets' sources
+  // rather than index every id.
+  std::vector<std::pair<ObjectId, Plot_Drawing1*>> sources;
+  sources.reserve(job.allSheets.size());
+  for (const auto& sheet : job.allSheets) {
+    sheet->sequence = -1;
+    sources.emplace_back(sheet->sourceIds[0], sheet.get());
+  }
+  std::sort(sources.begin(), sources.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (std::size_t i = 0; i < scanned.size(); ++i) {
+    auto [first, last] = std::equal_range(sources.begin(), sources.end(), std::pair<ObjectId, Plot_Drawing1*>{scanned[i], nullptr},
+                                          [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (; first != last; ++first)
+      if (first->second->sequence < 0) first->second->sequence = static_cast<std::int32_t>(i);
+  }
   job.largestSizeX = job.largestSizeY = 0;
   for (const auto& sheet : job.allSheets) {
-    const auto it = place.find(sheet->sourceIds[0]);
-    sheet->sequence = it == place.end() ? -1 : it->second;
     if (sheet->sizeX * 1e-06 * sheet->sizeY > job.largestSizeX * 1e-06 * job.largestSizeY) {
       job.largestSizeX = static_cast<std::int32_t>(sheet->sizeX);
       job.largestSizeY = static_cast<std::int32_t>(sheet->sizeY);
