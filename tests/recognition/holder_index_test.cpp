@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -72,6 +73,24 @@ TEST(HolderIndex, EdgesOfTheInnerBoxDoNotHold) {
   EXPECT_EQ(index.holder(Candidate(20, 100, 10, 10)), nullptr);
   EXPECT_EQ(index.holder(Candidate(100, 100, 880, 10)), nullptr);  // reaches x 980
   EXPECT_EQ(index.holder(Candidate(100, 100, 879, 389)), batch[0].get());
+}
+
+TEST(HolderIndex, SheetsOfEverySizeAndDamagedCoordinatesAreHandled) {
+  SheetList batch;
+  batch.push_back(Sheet(0, -1e15, -1e15, 2e15, 2e15));  // the whole world
+  batch.push_back(Sheet(1, 1e12, 1e12, 0.5, 0.5));      // tiny and far off
+  batch.push_back(Sheet(2, 0, 0, std::nan(""), 10));    // damaged: holds nothing
+  internal::HolderIndex index;
+  index.add(batch);
+  EXPECT_EQ(index.holder(Candidate(1e12 + 0.1, 1e12 + 0.1, 0.01, 0.01)), batch[0].get());
+  EXPECT_EQ(index.holder(Candidate(std::nan(""), 0, 1, 1)), nullptr);
+  EXPECT_EQ(index.holder(Candidate(1e300, 0, 1, 1)), nullptr);
+
+  // Later sheets come after the world, however well they fit.
+  SheetList later;
+  later.push_back(Sheet(3, 0, 0, 100, 100));
+  index.add(later);
+  EXPECT_EQ(index.holder(Candidate(50, 50, 1, 1)), batch[0].get());
 }
 
 }  // namespace
