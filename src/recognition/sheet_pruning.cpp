@@ -1,6 +1,5 @@
 // Duplicate and nested sheets, and the purge of what found sheets hold from the candidate list.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -68,7 +67,6 @@ void MarkContained(SheetList& sheets) {
     }
   }
 }
-
 
 }  // namespace
 

@@ -68,16 +68,17 @@ ObjectId MarkerLayer() {
 void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
   // The sheets are few and the scanned ids many: look each id up among the sheets' sources
   // rather than index every id.
-  std::vector<std::pair<ObjectId, Plot_Drawing1*>> sources;
+  using Source = std::pair<ObjectId, Plot_Drawing1*>;
+  const auto byId = [](const Source& a, const Source& b) { return a.first < b.first; };
+  std::vector<Source> sources;
   sources.reserve(job.allSheets.size());
   for (const auto& sheet : job.allSheets) {
     sheet->sequence = -1;
     sources.emplace_back(sheet->sourceIds[0], sheet.get());
   }
-  std::sort(sources.begin(), sources.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::sort(sources.begin(), sources.end(), byId);
   for (std::size_t i = 0; i < scanned.size(); ++i) {
-    auto [first, last] = std::equal_range(sources.begin(), sources.end(), std::pair<ObjectId, Plot_Drawing1*>{scanned[i], nullptr},
-                                          [](const auto& a, const auto& b) { return a.first < b.first; });
+    auto [first, last] = std::equal_range(sources.begin(), sources.end(), Source{scanned[i], nullptr}, byId);
     for (; first != last; ++first)
       if (first->second->sequence < 0) first->second->sequence = static_cast<std::int32_t>(i);
   }
