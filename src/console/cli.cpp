@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "console/config_command.h"
 #include "console/console_command.h"
 #include "console/info_command.h"
 #include "console/paper_command.h"
@@ -16,6 +17,7 @@
 #include "console/sheets_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
+#include "console/tk_command.h"
 #include "host/version.h"
 
 namespace tv::console {
@@ -30,6 +32,8 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &RunSubcommand,
     &PaperSubcommand,
     &SheetsSubcommand,
+    &TkSubcommand,
+    &ConfigSubcommand,
 };
 
 const Subcommand* FindSubcommand(std::string_view name) {

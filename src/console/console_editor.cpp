@@ -115,7 +115,9 @@ ConsoleEditor::ConsoleEditor(cad::Database& db, std::string path, const SessionO
       progressEnabled_(options.progress && options.err),
       terminalEchoes_(options.terminalEchoes),
       answers_(options.answers, options.terminal),
-      variables_(db, path_, Point2d{options.screenWidth, options.screenHeight}) {
+      variables_(db, path_, Point2d{options.screenWidth, options.screenHeight}),
+      hostFolders_(CurrentHostFolders()) {
+  for (auto& [name, value] : HostFolderPreferences(hostFolders_)) env_[name] = value;
   addHostCommand("-PLOTSTAMP", [this](const std::vector<std::string>& args) { return plotStampCommand(args); });
   addHostCommand("CLOSE", [this](const std::vector<std::string>&) {
     requestClose();
@@ -228,6 +230,7 @@ std::optional<std::string> ConsoleEditor::getEnv(std::string_view name) {
   return it->second;
 }
 void ConsoleEditor::setEnv(std::string_view name, std::string_view value) { env_[std::string(name)] = value; }
+void ConsoleEditor::prepareUserFolders() { CreateHostFolders(hostFolders_); }
 
 Matrix3d ConsoleEditor::currentUcs() { return variables_.ucs().toWorld(); }
 bool ConsoleEditor::setCurrentUcs(const Matrix3d& ucsToWorld) { return variables_.setUcs(ucsToWorld); }

@@ -17,6 +17,7 @@
 
 #include "cad/database.h"
 #include "console/answer_source.h"
+#include "console/host_folders.h"
 #include "console/progress_line.h"
 #include "console/session.h"
 #include "console/system_variables.h"
@@ -50,6 +51,8 @@ class ConsoleEditor final : public host::Editor {
   bool setVar(std::string_view name, const host::Value& value) override;
   std::optional<std::string> getEnv(std::string_view name) override;
   void setEnv(std::string_view name, std::string_view value) override;
+  // Its plotter, plot style and driver folders (see host_folders.h).
+  void prepareUserFolders() override;
   Matrix3d currentUcs() override;
   bool setCurrentUcs(const Matrix3d& ucsToWorld) override;
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons buttons) override;
@@ -128,6 +131,7 @@ class ConsoleEditor final : public host::Editor {
   bool terminalEchoes_;
   AnswerSource answers_;
   SystemVariables variables_;
+  HostFolders hostFolders_;
   std::map<std::string, std::string> env_;
   std::vector<RegisteredCommand> commands_;
   std::map<std::string, HostCommand> hostCommands_;  // by normalised name

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "cad/entity_geometry.h"
+#include "console/host_folders.h"
 #include "console/text_match.h"
 #include "host/cad_binding.h"
 
@@ -15,9 +16,9 @@ namespace {
 using host::Value;
 
 // Read-only variables, derived ones included; CVPORT is not among them, it switches spaces.
-constexpr std::array<std::string_view, 12> kReadOnly{"ACADVER", "DWGNAME",  "DWGPREFIX", "TILEMODE",
-                                                     "WORLDUCS", "UCSXDIR", "UCSYDIR",   "UCSORG",
-                                                     "VIEWCTR",  "VIEWSIZE", "VIEWTWIST", "SCREENSIZE"};
+constexpr std::array<std::string_view, 14> kReadOnly{
+    "ACADVER", "DWGNAME", "DWGPREFIX", "TILEMODE",  "WORLDUCS",   "UCSXDIR",         "UCSYDIR",
+    "UCSORG",  "VIEWCTR", "VIEWSIZE",  "VIEWTWIST", "SCREENSIZE", "LOCALROOTPREFIX", "ROAMABLEROOTPREFIX"};
 
 bool IsReadOnly(const std::string& upper) {
   return std::find(kReadOnly.begin(), kReadOnly.end(), upper) != kReadOnly.end();
@@ -76,6 +77,9 @@ SystemVariables::SystemVariables(const cad::Database& db, const std::string& pat
       {"DWGNAME", DrawingName(path)},
       {"DWGPREFIX", DrawingPrefix(path)},
   };
+  const std::string userRoot = CurrentHostFolders().userRoot;
+  stored_["LOCALROOTPREFIX"] = userRoot;
+  stored_["ROAMABLEROOTPREFIX"] = userRoot;
 
   const cad::Header& h = db.header;
   if (h.find("$UCSORG") || h.find("$UCSXDIR") || h.find("$UCSYDIR")) {

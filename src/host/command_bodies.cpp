@@ -6,6 +6,7 @@
 #include "host/command_table.h"
 #include "host/editor.h"
 #include "plot/generic_review.h"
+#include "settings/setting_form.h"
 
 namespace tv::host {
 
@@ -39,7 +40,7 @@ void TV_BatchPlot_7() { Guarded(7); }
 void TV_BatchPlot_8() { Guarded(8); }
 void TV_BatchPlot_9() { NotOffered(9); }
 void TV_BatchPlot_13() { Guarded(13); }
-void TV_BatchPlot_14() { NotOffered(14); }
+void TV_BatchPlot_14() { settings::SettingCommand(); }
 void TV_BatchPlot_15() { Guarded(15); }
 void TV_BatchPlot_16() { Guarded(16); }
 void TV_BatchPlot_17() { Guarded(17); }

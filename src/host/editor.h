@@ -89,6 +89,11 @@ class Editor {
   virtual bool setVar(std::string_view name, const Value& value) = 0;
   virtual std::optional<std::string> getEnv(std::string_view name) = 0;
   virtual void setEnv(std::string_view name, std::string_view value) = 0;
+  // Creates the per-user folders the host's own preferences name (drivers, plotter configurations
+  // and descriptions, plot styles) where they are missing, as the host's installation would have.
+  // Called at load, before the module checks those preferences. A host whose installer made them
+  // does nothing.
+  virtual void prepareUserFolders() {}
 
   // ---- user coordinate system --------------------------------------------------------------------
   // The current UCS as the matrix from UCS to world coordinates.

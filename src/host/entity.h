@@ -72,7 +72,10 @@ class Entity {
   ObjectId blockTableRecord() const;
   Matrix3d blockTransform() const;   // block coordinates to the coordinates of the reference's space
   Vector3d scaleFactors() const;
+  double rotation() const;           // radians about the reference's normal
   bool isDynamicBlock() const;       // anonymous *U definition of a dynamic block
+  // The dynamic block's own record: the original a "*U" copy names, else the reference's record.
+  ObjectId dynamicBlockTableRecord() const;
   // Bounds of a non-inverted spatial clip of the reference, in its space; nullopt when none.
   std::optional<Extents3d> clipBounds() const;
   // Texts, attributes, multiline texts and other vendors' texts: the plain content.

@@ -93,6 +93,26 @@ Vector3d Entity::scaleFactors() const {
   return insert ? insert->scale : Vector3d{1, 1, 1};
 }
 
+double Entity::rotation() const {
+  const cad::Insert* insert = AsInsert(impl_.get());
+  return insert ? insert->rotation : 0.0;
+}
+
+ObjectId Entity::dynamicBlockTableRecord() const {
+  const cad::Insert* insert = AsInsert(impl_.get());
+  if (!insert) return {};
+  const cad::BlockRecord* block = BlockOf(*impl_, *insert);
+  const cad::ObjectExtras* x = block && block->isAnonymous() ? block->extrasIfAny() : nullptr;
+  if (!x) return insert->block;
+  // The copy names its original by handle right after the application name.
+  bool inTag = false;
+  for (const cad::Group& g : x->xdata) {
+    if (g.code == 1001) inTag = g.asString() == "AcDbBlockRepBTag";
+    else if (inTag && g.code == 1005 && DatabaseOf(*impl_).objectAs<cad::BlockRecord>(g.asId())) return g.asId();
+  }
+  return insert->block;
+}
+
 bool Entity::isDynamicBlock() const {
   const cad::Insert* insert = AsInsert(impl_.get());
   const cad::BlockRecord* block = insert ? BlockOf(*impl_, *insert) : nullptr;

@@ -61,6 +61,8 @@ void OnLoad() {
   state.keyWatcherRegistered = true;
   if (!state.docTracker) state.docTracker = std::make_unique<DocTracker>();
   state.docTracker->enterCurrentDocument();
+  // The drawing now current brings its own plot settings, or takes the user's last ones.
+  settings::LoadDwgPlotSetting(settings::CurrentPlotSetting());
   for (std::string_view name : kRuntimeClasses) RegisterEntityClass(std::string(name), "AcDbEntity");
   // An interrupted run may have left file dialogs off.
   SetVar("FILEDIA", std::int32_t{1});

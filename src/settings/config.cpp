@@ -1,8 +1,31 @@
 #include "settings/config.h"
 
+#include <algorithm>
+
+#include "host/text_files.h"
 #include "settings/folders.h"
+#include "settings/value_text.h"
+#include "titleblock/tk_library.h"
 
 namespace tv::settings {
+
+namespace {
+
+// A file in the data folder; nothing while the folders are unknown, so that no file lands in the
+// root folder by accident.
+std::string DataFile(std::string_view name) {
+  const std::string& folder = DataFolder();
+  return folder.empty() ? std::string() : folder + "/" + std::string(name);
+}
+
+// The first load clears the title-block library's centring flags and writes the tk file.
+void ClearTitleBlockCentring() {
+  titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
+  library.CentreInArea.fill(0);
+  titleblock::SaveTkFile(library, true, false);
+}
+
+}  // namespace
 
 Config& GlobalConfig() {
   static Config config;
@@ -21,30 +44,83 @@ std::string ShortcutOf(std::int32_t commandNumber) {
   return {};
 }
 
+std::string DefaultSignLibraryPath() { return DataFolder() + "/Sign.tvlib1"; }
+std::string DefaultStampLibraryPath() { return DataFolder() + "/Stamp.tvlib2"; }
+std::string DefaultFrameFolder() { return InstallFolder() + "/Frame"; }
+
 std::string SignLibraryPath() {
   const std::string& p = GlobalConfig().sign_library_path;
-  return p.empty() ? DataFolder() + "/Sign.tvlib1" : p;
+  return p.empty() ? DefaultSignLibraryPath() : p;
 }
 
 std::string StampLibraryPath() {
   const std::string& p = GlobalConfig().stamp_library_path;
-  return p.empty() ? DataFolder() + "/Stamp.tvlib2" : p;
+  return p.empty() ? DefaultStampLibraryPath() : p;
 }
 
-bool LoadConfig(Config& config, bool) {
-  config = Config{};
-  return true;
+std::string FrameFolder() {
+  const std::string& p = GlobalConfig().frame_folder;
+  return p.empty() ? DefaultFrameFolder() : p;
 }
-bool SaveConfig(const Config&, bool, bool) { return true; }
+
+std::string ConfigFilePath() { return DataFile(kConfigFileName); }
+std::string IniFilePath() { return DataFile(kIniFileName); }
+
+std::optional<std::string> GetRemembered(const Config& config, std::string_view key) {
+  const std::size_t n = std::min(config.remember_keys.size(), config.remember_values.size());
+  for (std::size_t i = 0; i < n; ++i)
+    if (config.remember_keys[i] == key) return config.remember_values[i];
+  return std::nullopt;
+}
+
+void SetRemembered(Config& config, std::string_view key, std::string_view value) {
+  // The two arrays go in step; a stray key without a value is dropped first.
+  const std::size_t n = std::min(config.remember_keys.size(), config.remember_values.size());
+  config.remember_keys.resize(n);
+  config.remember_values.resize(n);
+  for (std::size_t i = 0; i < n; ++i)
+    if (config.remember_keys[i] == key) {
+      config.remember_values[i] = value;
+      return;
+    }
+  config.remember_keys.emplace_back(key);
+  config.remember_values.emplace_back(value);
+}
+
+std::optional<std::string> GetRemembered(std::string_view key) { return GetRemembered(GlobalConfig(), key); }
+void SetRemembered(std::string_view key, std::string_view value) { SetRemembered(GlobalConfig(), key, value); }
+
 bool LoadIni(Ini& ini) {
-  ini = Ini{};
-  return true;
+  const auto tokens = host::ReadTextFileTokens(IniFilePath());
+  if (!tokens) return false;
+  ValueReader reader(*tokens);
+  reader.integer();  // the version says nothing about these three
+  reader.read(ini.first_run_done);
+  reader.read(ini.single_scale_asked);
+  reader.read(ini.batch_scale_asked);
+  return !reader.failed();
 }
-bool SaveIni(const Ini&) { return true; }
+
+bool SaveIni(const Ini& ini) {
+  const std::string path = IniFilePath();
+  if (path.empty()) return false;
+  ValueWriter writer;
+  writer.integer(kFileVersion);
+  writer.integer(ini.first_run_done);
+  writer.integer(ini.single_scale_asked);
+  writer.integer(ini.batch_scale_asked);
+  return host::WriteTextFileReplacing(path, writer.text());
+}
 
 void RunFirstRunSteps() {
   GlobalIni().first_run_done = 1;
-  SaveConfig(GlobalConfig(), false, false);
+  ClearTitleBlockCentring();
+  Config& config = GlobalConfig();
+  config.plot_lineweights = 1;
+  config.vector_dpi_step = std::max(config.vector_dpi_step, Config{}.vector_dpi_step);
+  config.plot_setting.filter_ratio = 0.0;
+  config.line_cover = 1;
+  SaveConfig(config, false, false);
 }
 
 }  // namespace tv::settings

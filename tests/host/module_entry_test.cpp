@@ -34,6 +34,7 @@ class ModuleTest : public ::testing::Test {
     fs::create_directories(root_ / "install");
     setenv("TARVEX_HOME", (root_ / "install").c_str(), 1);
     setenv("XDG_DATA_HOME", (root_ / "data").c_str(), 1);
+    setenv("XDG_DOCUMENTS_DIR", (root_ / "documents").c_str(), 1);  // where loading proves it can write
     settings::GlobalConfig() = settings::Config{};
   }
   void TearDown() override {
@@ -43,6 +44,7 @@ class ModuleTest : public ::testing::Test {
     ShowTimings = false;
     unsetenv("TARVEX_HOME");
     unsetenv("XDG_DATA_HOME");
+    unsetenv("XDG_DOCUMENTS_DIR");
     std::error_code ec;
     fs::remove_all(root_, ec);
   }

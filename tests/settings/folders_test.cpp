@@ -1,0 +1,426 @@
+// The folders computed at load: the host's version and plotter folders with their warnings, the
+// proof by writing that picks the working folder, file lists and the dialog wrappers.
+#include "settings/folders.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "../support/run_program.h"
+#include "../support/scoped_env.h"
+#include "host/null_editor.h"
+
+namespace tv::settings {
+namespace {
+
+namespace fs = std::filesystem;
+using test_support::ReadFile;
+using test_support::ScopedEnv;
+using test_support::TempDir;
+using test_support::WriteFile;
+
+// ---- the host's version ---------------------------------------------------------------------------------
+
+TEST(HostVersionOf, MajorFromTheFirstTwoAndMinorFromTheFourthCharacter) {
+  EXPECT_DOUBLE_EQ(HostVersionOf("25.0s"), 25.0);
+  EXPECT_DOUBLE_EQ(HostVersionOf("25.0s (LMS Tech)"), 25.0);  // whatever follows
+  EXPECT_DOUBLE_EQ(HostVersionOf("24.3"), 24.3);
+  EXPECT_DOUBLE_EQ(HostVersionOf("19.1s"), 19.1);
+  EXPECT_DOUBLE_EQ(HostVersionOf("9.1"), 9.0);  // no fourth character: no minor
+  EXPECT_DOUBLE_EQ(HostVersionOf(""), 0.0);
+  EXPECT_DOUBLE_EQ(HostVersionOf("R12.5"), 0.0);
+}
+
+// ---- entries of a folder preference ---------------------------------------------------------------------
+
+TEST(FolderEntries, ValueWithoutSemicolonIsOnePath) {
+  EXPECT_EQ(FolderEntries("/opt/cad/drv", "/l", "/r"), (std::vector<std::string>{"/opt/cad/drv"}));
+  EXPECT_EQ(FolderEntries("", "/l", "/r"), (std::vector<std::string>{""}));
+}
+
+TEST(FolderEntries, TokensAreExpandedWithOrWithoutTheirSeparator) {
+  EXPECT_EQ(FolderEntries("%roamablerootfolder%/Plotters;%localrootfolder%Plot Styles;%roamablerootfolder%",
+                          "/home/u/Local", "/home/u/Roam"),
+            (std::vector<std::string>{"/home/u/Roam/plotters", "/home/u/Local/plot styles", "/home/u/Roam"}));
+}
+
+TEST(FolderEntries, CapitalisedTokenExpandsAndEverythingButTheRootIsLowerCase) {
+  EXPECT_EQ(FolderEntries("%LocalRootFolder%\\Plotters\\PMP Files\\", "/Users/Ann/Local", "/r"),
+            (std::vector<std::string>{"/Users/Ann/Local/plotters/pmp files"}));
+  EXPECT_EQ(FolderEntries("/Opt/CAD/DRV", "/l", "/r"), (std::vector<std::string>{"/opt/cad/drv"}));
+}
+
+TEST(FolderEntries, WindowsSeparatorsAndTrailingSeparatorsGo) {
+  EXPECT_EQ(FolderEntries("/a/b/;/c\\d\\;;/", "/l", "/r"), (std::vector<std::string>{"/a/b", "/c/d", "", "/"}));
+}
+
+TEST(FolderEntries, ValueIsCutAtTheHostsBufferLength) {
+  // The second path loses its last characters: it ends exactly at the cut.
+  std::string value = "/x;" + std::string(kHostValueLength - 3, 'a') + "bbbb";
+  auto entries = FolderEntries(value, "/l", "/r");
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[1], std::string(kHostValueLength - 3, 'a'));
+
+  // Characters, not bytes, and never half a character.
+  std::string chinese;
+  for (std::size_t i = 0; i < kHostValueLength + 5; ++i) chinese += "图";
+  entries = FolderEntries(chinese, "/l", "/r");
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].size(), kHostValueLength * std::string("图").size());
+}
+
+// ---- existing folders -------------------------------------------------------------------------------------
+
+class FolderFilesTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_FALSE(dir_.path().empty()); }
+  std::string Make(const std::string& relative) {
+    fs::create_directories(dir_ / relative);
+    return (dir_ / relative).string();
+  }
+  std::string Path(const std::string& relative) const { return (dir_ / relative).string(); }
+
+  TempDir dir_{"tv_folders"};
+};
+
+TEST_F(FolderFilesTest, TwoPathsWithTheFirstMissingKeepOnlyTheSecond) {
+  const std::string second = Make("drv");
+  EXPECT_EQ(ExistingFolders(FolderEntries(Path("missing") + ";" + second, "/l", "/r")), second);
+}
+
+TEST_F(FolderFilesTest, ExistingFoldersKeepTheirOrderAndNoneGivesEmpty) {
+  const std::string a = Make("a"), b = Make("b");
+  EXPECT_EQ(ExistingFolders({b, Path("x"), a, ""}), b + ";" + a);
+  EXPECT_EQ(ExistingFolders({Path("x"), ""}), "");
+  WriteFile(dir_ / "file", "not a folder");
+  EXPECT_EQ(ExistingFolders({Path("file")}), "");
+}
+
+TEST_F(FolderFilesTest, LowerCasedEntriesFindFoldersSpeltInAnyCase) {
+  const std::string root = Make("Root");
+  const std::string styles = Make("Root/Plot Styles");
+  const std::string pmp = Make("Root/Plotters/PMP Files");
+  const std::string lower = Make("Root/drv");
+  EXPECT_EQ(ExistingFolders(FolderEntries("%ROAMABLEROOTFOLDER%\\Plot Styles;%roamablerootfolder%/PLOTTERS/pmp files;"
+                                          "%LOCALROOTFOLDER%/DRV",
+                                          root, root)),
+            styles + ";" + pmp + ";" + lower);
+  // The part above the root is not lower-cased: the root is inserted after.
+  EXPECT_EQ(ExistingFolders(FolderEntries("%localrootfolder%/nothing", root, root)), "");
+}
+
+TEST_F(FolderFilesTest, FirstUsableFolderCreatesOrFallsBackToTheFirstEntry) {
+  WriteFile(dir_ / "file", "x");
+  const std::string blocked = Path("file") + "/sub";  // can never be created
+  EXPECT_EQ(FirstUsableFolder(blocked + ";" + Path("new/deep")), Path("new/deep"));
+  EXPECT_TRUE(fs::is_directory(dir_ / "new/deep"));
+  EXPECT_EQ(FirstUsableFolder(blocked + ";" + Path("file") + "/other"), blocked);
+  EXPECT_EQ(FirstUsableFolder(""), "");
+  EXPECT_EQ(FirstUsableFolder(";" + Path("second")), Path("second"));
+}
+
+TEST_F(FolderFilesTest, ListFilesTakesTheExactExtensionInAnyCase) {
+  const std::string folder = Make("plotters");
+  for (const char* name : {"b.pc3", "A.PC3", "c.Pc3", "long.pc3x", "d.pc3.bak", "pc3", "e.pmp"})
+    WriteFile(fs::path(folder) / name, "x");
+  fs::create_directories(fs::path(folder) / "folder.pc3");
+
+  std::vector<std::string> list{"stale"};
+  ListFiles(folder, "pc3", list);
+  EXPECT_EQ(list, (std::vector<std::string>{"A.PC3", "b.pc3", "c.Pc3"}));
+  ListFiles(folder, "PMP", list);
+  EXPECT_EQ(list, (std::vector<std::string>{"e.pmp"}));
+  ListFiles(Path("missing"), "pc3", list);
+  EXPECT_TRUE(list.empty());
+}
+
+TEST_F(FolderFilesTest, FolderExistsAndRemoveFileTellFilesFromFolders) {
+  const std::string folder = Make("f");
+  WriteFile(dir_ / "f/x.txt", "x");
+  EXPECT_TRUE(FolderExists(folder));
+  EXPECT_FALSE(FolderExists(Path("f/x.txt")));
+  EXPECT_FALSE(FolderExists(Path("none")));
+  EXPECT_FALSE(FolderExists(""));
+
+  EXPECT_FALSE(RemoveFile(folder));  // never a folder
+  EXPECT_TRUE(fs::is_directory(folder));
+  EXPECT_TRUE(RemoveFile(Path("f/x.txt")));
+  EXPECT_FALSE(fs::exists(dir_ / "f/x.txt"));
+  EXPECT_FALSE(RemoveFile(Path("f/x.txt")));
+  EXPECT_FALSE(RemoveFile(""));
+}
+
+// ---- the proof by writing ----------------------------------------------------------------------------------
+
+// True when permissions bind this process: they don't for the superuser.
+bool PermissionsBind(const fs::path& scratch) {
+  const fs::path probe = scratch / "probe";
+  WriteFile(probe, "x");
+  fs::permissions(probe, fs::perms::owner_read);
+  const bool refused = !std::ofstream(probe, std::ios::app);
+  fs::permissions(probe, fs::perms::owner_all);
+  fs::remove(probe);
+  return refused;
+}
+
+TEST_F(FolderFilesTest, WritableFolderIsProvedAndTheTestFileDeleted) {
+  const std::string root = Make("docs");
+  EXPECT_TRUE(WritableTempFolder(root));
+  EXPECT_TRUE(fs::is_directory(dir_ / "docs/Tarvex_Temp"));
+  EXPECT_FALSE(fs::exists(dir_ / "docs/Tarvex_Temp/test.txt"));
+
+  // A file left behind is written over, not believed.
+  WriteFile(dir_ / "docs/Tarvex_Temp/test.txt", "12345\n");
+  EXPECT_TRUE(WritableTempFolder(root));
+  EXPECT_FALSE(fs::exists(dir_ / "docs/Tarvex_Temp/test.txt"));
+}
+
+TEST_F(FolderFilesTest, MissingRootsAndBlockedTestFilesFail) {
+  EXPECT_FALSE(WritableTempFolder(""));
+  EXPECT_FALSE(WritableTempFolder(Path("missing")));  // the root itself is not created
+  EXPECT_FALSE(fs::exists(dir_ / "missing"));
+  WriteFile(dir_ / "file", "x");
+  EXPECT_FALSE(WritableTempFolder(Path("file")));
+
+  // Something in the way of the test file.
+  const std::string root = Make("blocked");
+  fs::create_directories(dir_ / "blocked/Tarvex_Temp/test.txt");
+  EXPECT_FALSE(WritableTempFolder(root));
+}
+
+TEST_F(FolderFilesTest, ReadOnlyTestFileFails) {
+  if (!PermissionsBind(dir_.path())) GTEST_SKIP() << "file permissions don't bind the superuser";
+  const std::string root = Make("docs");
+  fs::create_directories(dir_ / "docs/Tarvex_Temp");
+  WriteFile(dir_ / "docs/Tarvex_Temp/test.txt", "1\n");
+  fs::permissions(dir_ / "docs/Tarvex_Temp/test.txt", fs::perms::owner_read);
+  EXPECT_FALSE(WritableTempFolder(root));
+  EXPECT_EQ(ReadFile(dir_ / "docs/Tarvex_Temp/test.txt"), "1\n");
+}
+
+// ---- computing the folders at load -----------------------------------------------------------------------
+
+// A host with variables and preferences of a test's choosing; records its message boxes.
+class FakeHost final : public host::NullEditor {
+ public:
+  FakeHost() { host::SetEditor(this); }
+  ~FakeHost() override { host::SetEditor(nullptr); }
+
+  std::map<std::string, host::Value> vars;
+  std::map<std::string, std::string> env;
+  std::vector<std::pair<std::string, std::string>> boxes;  // caption, text
+  int prepareCalls = 0;
+  int envReadsAtPrepare = -1;
+  int envReads = 0;
+  std::optional<std::string> dialogAnswer;
+  std::string dialogInitial;
+
+  std::optional<host::Value> getVar(std::string_view name) override {
+    auto it = vars.find(std::string(name));
+    if (it == vars.end()) return std::nullopt;
+    return it->second;
+  }
+  std::optional<std::string> getEnv(std::string_view name) override {
+    ++envReads;
+    auto it = env.find(std::string(name));
+    if (it == env.end()) return std::nullopt;
+    return it->second;
+  }
+  void prepareUserFolders() override {
+    ++prepareCalls;
+    envReadsAtPrepare = envReads;
+  }
+  host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
+    boxes.emplace_back(std::string(caption), std::string(text));
+    return host::MessageAnswer::Ok;
+  }
+  std::optional<std::string> askOpenPath(std::string_view, std::string_view) override { return dialogAnswer; }
+  std::optional<std::string> askSavePath(std::string_view, std::string_view, std::string_view) override {
+    return dialogAnswer;
+  }
+  std::optional<std::string> askFolder(std::string_view, std::string_view initial) override {
+    dialogInitial = initial;
+    return dialogAnswer;
+  }
+};
+
+// Every folder inside a temporary folder; the host's four preferences name existing folders.
+class ComputeFoldersTest : public FolderFilesTest {
+ protected:
+  void SetUp() override {
+    FolderFilesTest::SetUp();
+    root_ = Make("Roaming");
+    Make("Roaming/Plotters/PMP Files");
+    Make("Roaming/Plot Styles");
+    drivers_ = Make("install/drivers");
+    host_.vars["ACADVER"] = std::string("25.0s");
+    host_.vars["LOCALROOTPREFIX"] = root_ + "/";
+    host_.vars["ROAMABLEROOTPREFIX"] = root_ + "/";
+    host_.env["ACADDRV"] = drivers_;
+    host_.env["PrinterConfigDir"] = "%roamablerootfolder%/Plotters";
+    host_.env["PrinterDescDir"] = "%roamablerootfolder%/Plotters/PMP Files";
+    host_.env["PrinterStyleSheetDir"] = "%roamablerootfolder%/Plot Styles";
+  }
+  void TearDown() override {
+    // Whatever a test locked is opened again, so the folder can go.
+    std::error_code ec;
+    for (auto it = fs::recursive_directory_iterator(dir_.path(), ec); !ec && it != fs::recursive_directory_iterator();
+         it.increment(ec))
+      if (it->is_directory(ec)) fs::permissions(it->path(), fs::perms::owner_all, ec);
+  }
+
+  FakeHost host_;
+  std::string root_, drivers_;
+  ScopedEnv home_{"HOME", (dir_ / "home").string()};
+  ScopedEnv data_{"XDG_DATA_HOME", (dir_ / "data").string()};
+  ScopedEnv docs_{"XDG_DOCUMENTS_DIR", (dir_ / "docs").string()};
+  ScopedEnv install_{"TARVEX_HOME", (dir_ / "install").string()};
+};
+
+TEST_F(ComputeFoldersTest, NormalHostGivesEveryFolderWithoutWarnings) {
+  Make("docs");
+  ComputeFolders();
+  EXPECT_TRUE(host_.boxes.empty());
+  EXPECT_EQ(InstallFolder(), Path("install"));
+  EXPECT_EQ(DataFolder(), Path("data") + "/Tarvex");
+  EXPECT_TRUE(fs::is_directory(DataFolder()));
+  EXPECT_EQ(DocumentsFolder(), Path("docs"));
+  EXPECT_TRUE(fs::is_regular_file(fs::path(HostFolder()) / "tv_tests")) << HostFolder();  // the running program's
+  EXPECT_DOUBLE_EQ(HostVersion(), 25.0);
+  EXPECT_EQ(LocalRoot(), root_);
+  EXPECT_EQ(RoamableRoot(), root_);
+  EXPECT_EQ(DriverFolders(), drivers_);
+  EXPECT_EQ(PrinterConfigFolders(), root_ + "/Plotters");
+  EXPECT_EQ(PrinterDescFolders(), root_ + "/Plotters/PMP Files");
+  EXPECT_EQ(PrinterStyleFolders(), root_ + "/Plot Styles");
+  EXPECT_EQ(FirstUsableFolder(PrinterConfigFolders()), root_ + "/Plotters");
+
+  EXPECT_EQ(WorkRootIndex(), 0);
+  EXPECT_EQ(TempFolder(), Path("docs") + "/Tarvex_Temp");
+  EXPECT_TRUE(fs::is_directory(TempFolder()));
+  EXPECT_FALSE(fs::exists(TempFolder() + "/test.txt"));
+}
+
+TEST_F(ComputeFoldersTest, DoubledSeparatorsInTheDataRootAreCollapsed) {
+  ScopedEnv data("XDG_DATA_HOME", dir_.path().string() + "//data//");
+  ComputeFolders();
+  EXPECT_EQ(DataFolder(), Path("data") + "/Tarvex");
+  EXPECT_TRUE(fs::is_directory(DataFolder()));
+}
+
+TEST_F(ComputeFoldersTest, HostMakesItsFoldersBeforeThePreferencesAreRead) {
+  ComputeFolders();
+  EXPECT_EQ(host_.prepareCalls, 1);
+  EXPECT_EQ(host_.envReadsAtPrepare, 0);
+  EXPECT_EQ(host_.envReads, 4);
+}
+
+TEST_F(ComputeFoldersTest, EachPreferenceWithoutAnExistingFolderWarnsInTurn) {
+  host_.env["ACADDRV"] = Path("nowhere");
+  host_.env.erase("PrinterConfigDir");  // can't be read: empty
+  host_.env["PrinterDescDir"] = Path("nowhere") + ";" + Path("nor here");
+  host_.env["PrinterStyleSheetDir"] = "%roamablerootfolder%/Styles";
+  ComputeFolders();
+  const std::string title = "CAD设置错误提醒";
+  EXPECT_EQ(host_.boxes, (std::vector<std::pair<std::string, std::string>>{
+                             {title, "CAD驱动文件路径无效 !"},
+                             {title, "CAD打印机文件路径无效 !"},
+                             {title, "CAD打印机配置文件路径无效 !"},
+                             {title, "CAD打印样式文件路径无效 !"},
+                         }));
+  EXPECT_EQ(DriverFolders(), "");
+  EXPECT_EQ(PrinterStyleFolders(), "");
+  // The load goes on to the working folder.
+  EXPECT_EQ(WorkRootIndex(), 1);  // no documents folder was made
+}
+
+TEST_F(ComputeFoldersTest, OneExistingEntryIsEnoughAndKeepsItsPlace) {
+  host_.env["PrinterConfigDir"] = "%ROAMABLEROOTFOLDER%/gone;%roamablerootfolder%/plotters/;" + drivers_;
+  ComputeFolders();
+  EXPECT_TRUE(host_.boxes.empty());
+  EXPECT_EQ(PrinterConfigFolders(), root_ + "/Plotters;" + drivers_);
+}
+
+TEST_F(ComputeFoldersTest, HostWithoutVariablesGivesVersionZeroAndEmptyRoots) {
+  host_.vars.clear();
+  ComputeFolders();
+  EXPECT_DOUBLE_EQ(HostVersion(), 0.0);
+  EXPECT_EQ(LocalRoot(), "");
+  EXPECT_EQ(RoamableRoot(), "");
+  EXPECT_EQ(host_.boxes.size(), 3u);  // only the driver folder is named without a token
+}
+
+TEST_F(ComputeFoldersTest, MissingDocumentsFolderMovesTheWorkToTheInstallation) {
+  ComputeFolders();  // docs was never made, and the proof doesn't make a root
+  EXPECT_EQ(WorkRootIndex(), 1);
+  EXPECT_EQ(TempFolder(), Path("install") + "/Tarvex_Temp");
+  EXPECT_FALSE(fs::exists(dir_ / "docs"));
+}
+
+TEST_F(ComputeFoldersTest, UnwritableDocumentsFolderMovesTheWorkToTheInstallation) {
+  if (!PermissionsBind(dir_.path())) GTEST_SKIP() << "folder permissions don't bind the superuser";
+  Make("docs");
+  fs::permissions(dir_ / "docs", fs::perms::owner_read | fs::perms::owner_exec);
+  ComputeFolders();
+  EXPECT_EQ(WorkRootIndex(), 1);
+  EXPECT_EQ(TempFolder(), Path("install") + "/Tarvex_Temp");
+}
+
+TEST_F(ComputeFoldersTest, ReadOnlyTestFileMovesOnToTheNextRoot) {
+  if (!PermissionsBind(dir_.path())) GTEST_SKIP() << "file permissions don't bind the superuser";
+  Make("docs/Tarvex_Temp");
+  WriteFile(dir_ / "docs/Tarvex_Temp/test.txt", "7\n");
+  fs::permissions(dir_ / "docs/Tarvex_Temp/test.txt", fs::perms::owner_read);
+  ComputeFolders();
+  EXPECT_EQ(WorkRootIndex(), 1);
+}
+
+TEST_F(ComputeFoldersTest, DataFolderIsTheLastRootAndDocumentsTheFallback) {
+  // Files where the working folders would go block the documents and installation roots.
+  Make("docs");
+  WriteFile(dir_ / "docs/Tarvex_Temp", "in the way");
+  fs::remove_all(dir_ / "install");
+  WriteFile(dir_ / "install", "in the way");
+  ComputeFolders();
+  EXPECT_EQ(WorkRootIndex(), 2);
+  EXPECT_EQ(TempFolder(), Path("data") + "/Tarvex/Tarvex_Temp");
+
+  // The data folder can't be made either: nothing is writable.
+  fs::remove_all(dir_ / "data");
+  WriteFile(dir_ / "data", "in the way");
+  ComputeFolders();
+  EXPECT_EQ(WorkRootIndex(), 3);
+  EXPECT_EQ(TempFolder(), Path("docs") + "/Tarvex_Temp");
+}
+
+// ---- dialogs -----------------------------------------------------------------------------------------------
+
+TEST(FolderDialogs, AnswersFillThePathAndCancelLeavesIt) {
+  FakeHost host;
+  std::string path = "/before";
+  EXPECT_FALSE(AskOpenPath("打开", "tk", path));
+  EXPECT_FALSE(AskSavePath("保存", "a.tk", "tk", path));
+  EXPECT_FALSE(AskFolder("文件夹", path));
+  EXPECT_EQ(path, "/before");
+  EXPECT_EQ(host.dialogInitial, "/before");
+
+  host.dialogAnswer = "/chosen";
+  EXPECT_TRUE(AskOpenPath("打开", "tk", path));
+  EXPECT_EQ(path, "/chosen");
+  path = "/start";
+  EXPECT_TRUE(AskFolder("文件夹", path));
+  EXPECT_EQ(host.dialogInitial, "/start");
+  EXPECT_EQ(path, "/chosen");
+  path.clear();
+  EXPECT_TRUE(AskSavePath("保存", "a.tk", "tk", path));
+  EXPECT_EQ(path, "/chosen");
+}
+
+}  // namespace
+}  // namespace tv::settings

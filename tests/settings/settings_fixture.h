@@ -1,0 +1,100 @@
+#pragma once
+// The settings' tests: a private data and installation folder, fresh global settings, and small
+// helpers for building the text of configuration files.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/null_editor.h"
+#include "settings/config.h"
+#include "settings/folders.h"
+#include "settings/plot_setting.h"
+#include "../support/run_program.h"
+
+namespace tv::settings::testing {
+
+// Sets an environment variable for its lifetime and puts the old value back after.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const std::string& value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    setenv(name, value.c_str(), 1);
+  }
+  ~ScopedEnv() {
+    if (old_) setenv(name_, old_->c_str(), 1);
+    else unsetenv(name_);
+  }
+  ScopedEnv(const ScopedEnv&) = delete;
+  ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+// Records message boxes and answers file dialogs with a prepared path.
+class MessageRecorder final : public host::NullEditor {
+ public:
+  MessageRecorder() { host::SetEditor(this); }
+  ~MessageRecorder() override { host::SetEditor(nullptr); }
+  host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
+    messages.emplace_back(text);
+    captions.emplace_back(caption);
+    return host::MessageAnswer::Ok;
+  }
+  std::optional<std::string> askOpenPath(std::string_view title, std::string_view) override {
+    titles.emplace_back(title);
+    return answerPath;
+  }
+  std::optional<std::string> askSavePath(std::string_view title, std::string_view defaultName, std::string_view) override {
+    titles.emplace_back(title);
+    defaultNames.emplace_back(defaultName);
+    return answerPath;
+  }
+  std::vector<std::string> messages, captions, titles, defaultNames;
+  std::optional<std::string> answerPath;
+};
+
+class SettingsTest : public ::testing::Test {
+ protected:
+  SettingsTest()
+      : data_(dir_ / "data"), install_(dir_ / "install"), dataEnv_("XDG_DATA_HOME", data_.string()),
+        installEnv_("TARVEX_HOME", install_.string()) {
+    std::filesystem::create_directories(install_);
+    ComputeFolders();
+    Reset();
+  }
+  ~SettingsTest() override { Reset(); }
+
+  static void Reset() {
+    GlobalConfig() = Config{};
+    GlobalIni() = Ini{};
+    CurrentPlotSetting() = PlotSettingRec{};
+  }
+
+  std::string path(const std::string& name) const { return (dir_ / name).string(); }
+
+  // Sets a file's modification time back, so that the next write in the same second shows.
+  static void Age(const std::string& file) {
+    std::error_code ec;
+    std::filesystem::last_write_time(file, std::filesystem::last_write_time(file, ec) - std::chrono::hours(1), ec);
+  }
+
+  test_support::TempDir dir_{"tv_settings"};
+  std::filesystem::path data_, install_;
+  ScopedEnv dataEnv_, installEnv_;
+};
+
+// The whitespace-separated tokens of a text, as a file reader sees them.
+inline std::vector<std::string> Tokens(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<std::string> tokens;
+  for (std::string t; in >> t;) tokens.push_back(t);
+  return tokens;
+}
+
+}  // namespace tv::settings::testing

@@ -1,0 +1,114 @@
+#include "settings/value_text.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <unistd.h>  // getpid
+
+#include "host/text_files.h"
+
+namespace tv::settings {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(ValueText, TokensKeepBlanksAndEmptyStringsButNotTheBlankMarkItself) {
+  EXPECT_EQ(EncodeToken("A1 图框  x"), "A1*?*图框*?**?*x");
+  EXPECT_EQ(DecodeToken(EncodeToken("A1 图框  x")), "A1 图框  x");
+  EXPECT_EQ(EncodeToken(""), "<><");
+  EXPECT_EQ(DecodeToken("<><"), "");
+  // A string holding the mark comes back with a blank in its place.
+  EXPECT_EQ(DecodeToken(EncodeToken("a*?*b")), "a b");
+  // Only a whole token equal to the empty mark means empty.
+  EXPECT_EQ(DecodeToken("x<><"), "x<><");
+}
+
+TEST(ValueText, DoublesKeepSixSignificantDigitsAsATextStreamWritesThem) {
+  EXPECT_EQ(FormatReal(12345.678), "12345.7");
+  EXPECT_EQ(FormatReal(1000000.0), "1e+06");
+  EXPECT_EQ(FormatReal(100.0), "100");
+  EXPECT_EQ(FormatReal(-0.5), "-0.5");
+  EXPECT_EQ(FormatReal(0.000012345678), "1.23457e-05");
+}
+
+TEST(ValueText, ReaderFailsForGoodOnceAValueIsMissingOrNotANumber) {
+  ValueWriter w;
+  w.integer(20240329);
+  w.real(2.5);
+  w.token("a b");
+  w.raw("zz");
+  ValueReader r({"20240329", "2.5", "a*?*b", "zz", "word", "7"});
+  EXPECT_EQ(r.integer(), 20240329);
+  EXPECT_EQ(r.real(), 2.5);
+  EXPECT_EQ(r.token(), "a b");
+  EXPECT_EQ(r.raw(), "zz");
+  std::int32_t kept = 42;
+  EXPECT_FALSE(r.read(kept));  // "word" is no number
+  EXPECT_EQ(kept, 42);
+  EXPECT_TRUE(r.failed());
+  EXPECT_FALSE(r.integer());  // "7" is never reached, as with a failed stream
+  EXPECT_EQ(w.text(), "20240329\n2.5\na*?*b\nzz\n");
+}
+
+TEST(ValueText, IntegersOutOfRangeFail) {
+  ValueReader r({"99999999999"});
+  EXPECT_FALSE(r.integer());
+}
+
+class TextFiles : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() / ("tv_text_files_" + std::to_string(::getpid()));
+    fs::create_directories(dir_);
+  }
+  void TearDown() override {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+  std::string bytesOf(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  }
+  fs::path dir_;
+};
+
+TEST_F(TextFiles, ChineseTextIsGbkOnDiskAndUtf8InTheProgram) {
+  std::string path = (dir_ / "a.tk").string();
+  ASSERT_TRUE(host::WriteTextFileReplacing(path, "图框\n12\n"));
+  EXPECT_EQ(bytesOf(path), "\xCD\xBC\xBF\xF2\n12\n");  // 图框 in GBK
+  auto tokens = host::ReadTextFileTokens(path);
+  ASSERT_TRUE(tokens);
+  EXPECT_EQ(*tokens, (std::vector<std::string>{"图框", "12"}));
+  EXPECT_FALSE(host::ReadTextFileTokens((dir_ / "missing.tk").string()));
+}
+
+TEST_F(TextFiles, LongTokensAreCutAtACharacterBoundary) {
+  std::string path = (dir_ / "long.tk").string();
+  std::string longName = "A";
+  for (int i = 0; i < 300; ++i) longName += "图";  // 1 + 600 bytes in GBK
+  ASSERT_TRUE(host::WriteTextFileReplacing(path, longName + " x\r\n"));
+  auto tokens = host::ReadTextFileTokens(path);
+  ASSERT_TRUE(tokens);
+  ASSERT_EQ(tokens->size(), 2u);
+  // 511 bytes: "A" and 255 whole characters.
+  EXPECT_EQ((*tokens)[0], "A" + longName.substr(1, 255 * 3));
+  EXPECT_EQ((*tokens)[1], "x");
+}
+
+TEST_F(TextFiles, AFailedWriteLeavesTheOldFileAsItWas) {
+  // A name of 250 bytes leaves no room for the temporary name beside it, so the write fails
+  // whoever runs the test.
+  std::string path = (dir_ / std::string(250, 'k')).string();
+  {
+    std::ofstream(path, std::ios::binary) << "old\n";
+  }
+  EXPECT_FALSE(host::WriteTextFileReplacing(path, "new\n"));
+  EXPECT_EQ(bytesOf(path), "old\n");
+  EXPECT_EQ(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()), 1);
+}
+
+}  // namespace
+}  // namespace tv::settings
