@@ -16,7 +16,7 @@ bool StrictlyInside(const std::array<double, 4>& box, Point3d p) {
 }
 
 bool Holds(const Plot_Drawing1& sheet, const Temp_Id& c) {
-  return StrictlyInside(sheet.innerBox, c.minPt) && StrictlyInside(sheet.innerBox, c.maxPt);
+  return StrictlyInside(sheet.innerBox, c.minPt()) && StrictlyInside(sheet.innerBox, c.maxPt());
 }
 
 }  // namespace
@@ -52,7 +52,7 @@ void HolderIndex::add(const SheetList& sheets) {
 Plot_Drawing1* HolderIndex::holder(const Temp_Id& candidate) const {
   for (const Run& run : runs_) {
     if (run.indexed) {
-      for (std::uint32_t i : run.grid.near(candidate.minPt.x, candidate.minPt.y))
+      for (std::uint32_t i : run.grid.near(candidate.extents.min.x, candidate.extents.min.y))
         if (Holds(*run.sheets[i], candidate)) return run.sheets[i];
     } else {
       for (Plot_Drawing1* s : run.sheets)

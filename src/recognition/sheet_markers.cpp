@@ -27,8 +27,6 @@ bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray
   record.kind = kind;
   record.id = id;
   record.extents = extents;
-  record.minPt = minPt;
-  record.maxPt = maxPt;
   if (kind != TempKind::Line) record.area = (sizeY * 0.001) * (sizeX * 0.001);
   array.push_back(record);
   return true;

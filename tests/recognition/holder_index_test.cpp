@@ -23,8 +23,7 @@ std::unique_ptr<Plot_Drawing1> Sheet(std::int32_t tag, double minX, double minY,
 
 Temp_Id Candidate(double minX, double minY, double w, double h) {
   Temp_Id c;
-  c.minPt = {minX, minY, 0};
-  c.maxPt = {minX + w, minY + h, 0};
+  c.extents = {{minX, minY, 0}, {minX + w, minY + h, 0}};
   return c;
 }
 
@@ -34,8 +33,8 @@ const Plot_Drawing1* FirstHolder(const std::vector<SheetList>& batches, const Te
     for (const auto& s : batch) {
       EnsureInnerBox(*s);
       const auto& b = s->innerBox;
-      if (b[0] < c.minPt.x && c.minPt.x < b[1] && b[2] < c.minPt.y && c.minPt.y < b[3] && b[0] < c.maxPt.x &&
-          c.maxPt.x < b[1] && b[2] < c.maxPt.y && c.maxPt.y < b[3])
+      if (b[0] < c.minPt().x && c.minPt().x < b[1] && b[2] < c.minPt().y && c.minPt().y < b[3] && b[0] < c.maxPt().x &&
+          c.maxPt().x < b[1] && b[2] < c.maxPt().y && c.maxPt().y < b[3])
         return s.get();
     }
   return nullptr;

@@ -57,8 +57,8 @@ TEST_F(MakeTempIdTest, AxisLinesAreKeptSlantedOnesDropped) {
   const Temp_Id& first = records[0];
   EXPECT_EQ(first.kind, TempKind::Line);
   EXPECT_EQ(first.id, flat);
-  EXPECT_EQ(first.minPt, Point3d(0, 0, 0));
-  EXPECT_EQ(first.maxPt, Point3d(1000, 0, 0));
+  EXPECT_EQ(first.minPt(), Point3d(0, 0, 0));
+  EXPECT_EQ(first.maxPt(), Point3d(1000, 0, 0));
   EXPECT_EQ(first.extents.min.z, 5.0);  // the box keeps its z, the corners drop it
   EXPECT_EQ(first.area, 0.0);
   EXPECT_EQ(records[2].id, upright);
@@ -78,7 +78,7 @@ TEST_F(MakeTempIdTest, PolylinesAndInsertsCarryTheirScaledArea) {
   EXPECT_DOUBLE_EQ(records[0].area, 2.0);
   EXPECT_DOUBLE_EQ(records[1].area, 42.0 * 29.7);
   EXPECT_EQ(records[1].kind, TempKind::BlockReference);
-  ExpectNear2d(records[1].maxPt, {42000, 29700}, 1e-6);
+  ExpectNear2d(records[1].maxPt(), {42000, 29700}, 1e-6);
 }
 
 TEST_F(MakeTempIdTest, SlantIsJudgedInWorkingCoordinates) {
@@ -89,7 +89,7 @@ TEST_F(MakeTempIdTest, SlantIsJudgedInWorkingCoordinates) {
   EXPECT_FALSE(MakeTempId(TempKind::Line, alongUcs, records));
   UseUcs(ucs);
   ASSERT_TRUE(MakeTempId(TempKind::Line, alongUcs, records));
-  ExpectNear2d(records[0].maxPt, {1000, 0}, 1e-9);
+  ExpectNear2d(records[0].maxPt(), {1000, 0}, 1e-9);
 }
 
 // ---- sheets and their markers ----------------------------------------------------------------------

@@ -27,9 +27,7 @@ Temp_Id Candidate(std::int32_t tag, double minX, double minY, double maxX, doubl
   Temp_Id c;
   c.kind = TempKind::Polyline;
   c.id = ObjectId{static_cast<std::uint64_t>(tag)};
-  c.minPt = {minX, minY, 0};
-  c.maxPt = {maxX, maxY, 0};
-  c.extents = Extents3d(c.minPt, c.maxPt);
+  c.extents = Extents3d(Point3d(minX, minY, 0), Point3d(maxX, maxY, 0));
   return c;
 }
 
@@ -302,7 +300,7 @@ TEST(PruneSheetsTest, PurgeOfManyCandidatesKeepsTheOrderOfTheRest) {
     for (std::size_t i = 0; k >= 100 && i < reference.size() && !taken; ++i) {
       EnsureInnerBox(*reference[i]);
       const auto& b = reference[i]->innerBox;
-      taken = b[0] < c.minPt.x && c.maxPt.x < b[1] && b[2] < c.minPt.y && c.maxPt.y < b[3];
+      taken = b[0] < c.minPt().x && c.maxPt().x < b[1] && b[2] < c.minPt().y && c.maxPt().y < b[3];
       if (taken) expectedContent[i] = true;
     }
     if (!taken) expectedIds.push_back(c.id.value);
