@@ -30,11 +30,13 @@ constexpr std::string_view kUsage =
     "  识别图纸中的图框，按批打印的审阅列表显示：序号、纸张、比例、图面尺寸、备注。\n"
     "  --range R        model 模型空间，layouts 所有布局，all 布局+模型（默认），current 当前空间\n"
     "  --order N        打印顺序 1 到 9：1 从上到下每行从左到右 … 9 按图形在图纸中的先后\n"
-    "  --filter P       排除面积小于最大图框面积 P% 的图框，0 到 30（默认 0）\n"
+    "  --filter P       排除面积小于最大图框面积 P% 的图框，0 到 30\n"
     "  --scale S        按 1:S 确定纸张（默认按多数图框推断）\n"
-    "  --loose-lines    零散直线组成的矩形也作为图框（默认 on）\n"
-    "  --blocks         all 所有图块、外部参照；rect 仅最外框为矩形的图块；none 不以图块为图框（默认 all）\n"
-    "  --skip-blank     排除空白的矩形（默认 on）\n"
+    "  --loose-lines    零散直线组成的矩形也作为图框\n"
+    "  --blocks         all 所有图块、外部参照；rect 仅最外框为矩形的图块；none 不以图块为图框\n"
+    "  --skip-blank     排除空白的矩形\n"
+    "  未给出的 --order、--filter、--loose-lines、--blocks、--skip-blank 取图纸的打印设置和用户配置\n"
+    "  （tvplot config show），选项只用于本次，不改变配置。\n"
     "  --json           以一个 JSON 对象输出\n"
     "  --timings        显示各阶段耗时\n"
     "  退出码：0 完成，1 用法错误，2 图纸无法读取，4 未找到图框\n";
@@ -43,12 +45,13 @@ constexpr int kExitNoSheets = 4;
 
 struct Options {
   std::string range = "all";
-  std::int32_t order = 1;
-  double filter = 0.0;
+  // Unset: as the user's configuration and the drawing's plot settings say.
+  std::optional<std::int32_t> order;
+  std::optional<double> filter;
   std::optional<double> scale;
-  bool looseLines = true;
-  std::string blocks = "all";
-  bool skipBlank = true;
+  std::optional<bool> looseLines;
+  std::optional<std::string> blocks;
+  std::optional<bool> skipBlank;
   bool json = false;
   bool timings = false;
 };
@@ -97,7 +100,8 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
     if (*v != "all" && *v != "rect" && *v != "none") return "图块选项 " + Printable(*v) + " 无效，应为 all、rect 或 none";
     options.blocks = *v;
   }
-  for (auto [name, target] : {std::pair{"--loose-lines", &options.looseLines}, std::pair{"--skip-blank", &options.skipBlank}}) {
+  for (auto [name, target] :
+       {std::pair{"--loose-lines", &options.looseLines}, std::pair{"--skip-blank", &options.skipBlank}}) {
     if (auto v = args.value(name)) {
       const auto on = ParseSwitch(*v);
       if (!on) return std::string("选项 ") + name + " 应为 on 或 off";
@@ -109,15 +113,19 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
   return std::nullopt;
 }
 
+// The options steer this listing only: the caller puts the user's settings back before they are
+// saved at unload.
 void ApplySettings(const Options& options) {
   settings::Config& config = settings::GlobalConfig();
-  config.frame_loose_lines = options.looseLines ? 1 : 0;
-  config.frame_all_blocks = options.blocks == "all" ? 1 : 0;
-  config.frame_rect_blocks = options.blocks == "rect" ? 1 : 0;
-  config.skip_blank_rect = options.skipBlank ? 1 : 0;
+  if (options.looseLines) config.frame_loose_lines = *options.looseLines ? 1 : 0;
+  if (options.blocks) {
+    config.frame_all_blocks = *options.blocks == "all" ? 1 : 0;
+    config.frame_rect_blocks = *options.blocks == "rect" ? 1 : 0;
+  }
+  if (options.skipBlank) config.skip_blank_rect = *options.skipBlank ? 1 : 0;
   settings::PlotSettingRec& rec = settings::CurrentPlotSetting();
-  rec.filter_ratio = options.filter;
-  rec.sort_style = options.order;
+  if (options.filter) rec.filter_ratio = *options.filter;
+  if (options.order) rec.sort_style = *options.order;
 }
 
 // The answers that make the prompt walk the spaces of `range`: Enter, then the item of "自动遍历".
@@ -210,6 +218,8 @@ int RunSheets(const std::vector<std::string>& args, CliStreams& io) {
   sessionOptions.progress = io.errIsTerminal;
   Session session(std::move(*db), path, std::move(sessionOptions));
   host::OnLoad();
+  const settings::Config userConfig = settings::GlobalConfig();
+  const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
   ApplySettings(options);
   host::ShowTimings = options.timings;
   session.editor().answers().pushFront(RangeAnswers(options.range, host::IsPaperSpace()));
@@ -225,6 +235,8 @@ int RunSheets(const std::vector<std::string>& args, CliStreams& io) {
   }
   if (options.timings) io.err << transcript.str() << '\n';
   host::ShowTimings = false;
+  settings::GlobalConfig() = userConfig;
+  settings::CurrentPlotSetting() = drawingSetting;
   host::OnUnload();
   io.out.flush();
   return exitCode;

@@ -96,6 +96,22 @@ TEST_F(SheetsCommandTest, SettingsOfRecognitionChangeWhatCounts) {
   EXPECT_FALSE(Has(polylines.out, "\"kind\": 2"));
 }
 
+TEST_F(SheetsCommandTest, OptionsSteerOneListingAndLeaveTheUsersSettingsAlone) {
+  const std::string home = (dir_.path() / "home").string();
+  fs::create_directories(home);
+  const RunResult narrowed =
+      RunProgram(TV_TVPLOT_PATH, {"sheets", sample_, "--loose-lines", "off", "--order", "7"}, "", home);
+  ASSERT_EQ(narrowed.exitCode, 0) << narrowed.err;
+  const RunResult shown = RunProgram(TV_TVPLOT_PATH, {"config", "show"}, "", home);
+  ASSERT_EQ(shown.exitCode, 0) << shown.err;
+  EXPECT_TRUE(Has(shown.out, "frame_loose_lines      1")) << shown.out;
+  EXPECT_TRUE(Has(shown.out, "sort_style            1")) << shown.out;
+  // Without options the listing follows the configuration again: loose-line frames count.
+  const RunResult plain = RunProgram(TV_TVPLOT_PATH, {"sheets", sample_, "--range", "model", "--json"}, "", home);
+  ASSERT_EQ(plain.exitCode, 0) << plain.err;
+  EXPECT_TRUE(Has(plain.out, "\"kind\": 1"));
+}
+
 TEST_F(SheetsCommandTest, ExitCodesTellWhatWentWrong) {
   const std::string empty = (dir_.path() / "empty.dxf").string();
   ASSERT_TRUE(cad::WriteDxf(cad::Database::createDefault(), empty).ok);

@@ -55,10 +55,13 @@ struct RunResult {
 // Runs `program` with `args` and `input` on its standard input. Output goes to files in a folder
 // of their own, so the folders the program works in see nothing new. The program gets a home
 // folder of its own and no display, so settings land in that folder and no desktop is found.
-inline RunResult RunProgram(const std::string& program, const std::vector<std::string>& args, const std::string& input = {}) {
+// A `home` given is used instead, so that runs can share the user's settings.
+inline RunResult RunProgram(const std::string& program, const std::vector<std::string>& args, const std::string& input = {},
+                            const std::string& givenHome = {}) {
   TempDir capture("tv_run_capture");
   const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
-  const std::string inPath = (capture / "in").string(), home = (capture / "home").string();
+  const std::string inPath = (capture / "in").string();
+  const std::string home = givenHome.empty() ? (capture / "home").string() : givenHome;
   // The child's strings are built before the fork.
   const std::string data = home + "/.local/share", config = home + "/.config", cache = home + "/.cache";
   WriteFile(inPath, input);
