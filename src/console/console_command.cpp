@@ -18,12 +18,14 @@ namespace tv::console {
 namespace {
 
 constexpr std::string_view kUsage =
-    "用法：tvplot console 图纸.dxf [--answers 应答文件] [--answer 应答]… [--timings]\n"
+    "用法：tvplot console 图纸.dxf [--answers 应答文件] [--answer 应答]… [--timings] [--save-as 新图纸.dxf]\n"
     "  打开图纸的命令行：输入命令名执行命令，提示先取给定的应答，再从终端读取。\n"
-    "  ? 列出已注册的命令，QUIT 或 EXIT 退出；图纸不会被保存。\n"
+    "  ? 列出已注册的命令，QUIT 或 EXIT 退出；原图纸不会被改写。\n"
     "  --answers 文件  依次回答提示的应答，每行一条（UTF-8）\n"
     "  --answer 文本   一条应答，可重复；排在应答文件之前\n"
-    "  --timings       显示各阶段耗时\n";
+    "  --timings       显示各阶段耗时\n"
+    "  --save-as 文件  退出时把图纸另存为该文件\n"
+    "  退出码：0 完成，1 用法错误，2 图纸或应答文件无法读取，3 应答不足，5 图纸无法另存\n";
 
 void ListCommands(ConsoleEditor& editor) {
   TextTable table;
@@ -77,6 +79,7 @@ int RunConsole(const std::vector<std::string>& args, CliStreams& io) {
   host::OnUnload();
   io.out << '\n';
   io.out.flush();
+  if (!request->saveAs.empty() && !SaveDrawingAs(session.database(), request->saveAs, io)) return kExitNotSaved;
   return session.unansweredPrompt() ? kExitUnanswered : kExitOk;
 }
 

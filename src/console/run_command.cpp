@@ -10,12 +10,13 @@ namespace tv::console {
 namespace {
 
 constexpr std::string_view kUsage =
-    "用法：tvplot run 图纸.dxf 命令 [--answers 应答文件] [--answer 应答]… [--timings]\n"
-    "  在图纸上无人值守地执行一条命令行（命令名及其应答），不保存图纸。\n"
+    "用法：tvplot run 图纸.dxf 命令 [--answers 应答文件] [--answer 应答]… [--timings] [--save-as 新图纸.dxf]\n"
+    "  在图纸上无人值守地执行一条命令行（命令名及其应答）。原图纸不会被改写。\n"
     "  --answers 文件  依次回答提示的应答，每行一条（UTF-8）\n"
     "  --answer 文本   一条应答，可重复；排在应答文件之前\n"
     "  --timings       显示各阶段耗时\n"
-    "  退出码：0 完成，1 用法错误或未知命令，2 图纸或应答文件无法读取，3 应答不足\n";
+    "  --save-as 文件  命令结束后把图纸（连同其打印设置）另存为该文件\n"
+    "  退出码：0 完成，1 用法错误或未知命令，2 图纸或应答文件无法读取，3 应答不足，5 图纸无法另存\n";
 
 int RunRun(const std::vector<std::string>& args, CliStreams& io) {
   int exitCode = kExitOk;
@@ -37,6 +38,7 @@ int RunRun(const std::vector<std::string>& args, CliStreams& io) {
   io.out << '\n';
   io.out.flush();
   if (!known) return kExitUsage;
+  if (!request->saveAs.empty() && !SaveDrawingAs(session.database(), request->saveAs, io)) return kExitNotSaved;
   return session.unansweredPrompt() ? kExitUnanswered : kExitOk;
 }
 

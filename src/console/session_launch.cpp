@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "cad/drawing_file.h"
+#include "cad/dxf_writer.h"
 #include "console/answer_source.h"
 #include "console/args.h"
 #include "console/text_table.h"
@@ -24,7 +25,7 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
                                          const std::vector<std::string>& args, std::size_t positionalCount,
                                          CliStreams& io, int& exitCode) {
   const std::string who = "tvplot " + std::string(subcommand) + ": ";
-  ArgParseResult parsed = ParseArgs(args, {.flags = {"--timings"}, .valueOptions = {"--answers", "--answer"}});
+  ArgParseResult parsed = ParseArgs(args, {.flags = {"--timings"}, .valueOptions = {"--answers", "--answer", "--save-as"}});
   if (!parsed.args) {
     io.err << who << parsed.error << '\n' << usage;
     exitCode = kExitUsage;
@@ -43,6 +44,17 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
   }
   LaunchRequest request;
   request.positional = a.positional;
+  if (auto target = a.value("--save-as")) {
+    // The user's drawing is never written over; the result goes to a file of its own.
+    std::error_code ec;
+    const bool same = *target == a.positional[0] || std::filesystem::equivalent(*target, a.positional[0], ec);
+    if (target->empty() || same) {
+      io.err << who << "--save-as 须是另一个文件，不覆盖原图纸\n" << usage;
+      exitCode = kExitUsage;
+      return std::nullopt;
+    }
+    request.saveAs = *target;
+  }
   request.timings = a.has("--timings");
   for (const auto& [option, value] : a.values)
     if (option == "--answer") request.answers.push_back(value);
@@ -76,6 +88,25 @@ std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io
     return std::nullopt;
   }
   return std::move(*result.db);
+}
+
+bool SaveDrawingAs(const cad::Database& db, const std::string& path, CliStreams& io) {
+  namespace fs = std::filesystem;
+  const std::string temporary = path + ".tvsave";
+  const cad::Status written = cad::WriteDxf(db, temporary);
+  std::error_code ec;
+  if (!written.ok) {
+    fs::remove(temporary, ec);
+    io.err << OneLine("图纸无法保存为 " + path + "：" + written.message) << '\n';
+    return false;
+  }
+  fs::rename(temporary, path, ec);
+  if (ec) {
+    fs::remove(temporary, ec);
+    io.err << OneLine("图纸无法保存为 " + path) << '\n';
+    return false;
+  }
+  return true;
 }
 
 }  // namespace tv::console

@@ -14,9 +14,10 @@ struct LaunchRequest {
   std::vector<std::string> positional;
   std::vector<std::string> answers;  // --answer values first, then the lines of --answers
   bool timings = false;
+  std::string saveAs;  // --save-as: where the drawing is written after the session; empty = not saved
 };
 
-// Parses "[--answers FILE] [--answer TEXT]… [--timings]" and the positional arguments, and reads
+// Parses "[--answers FILE] [--answer TEXT]… [--timings] [--save-as FILE]" and the positional arguments, and reads
 // the answers file. On failure the message (and for a usage error the usage) is printed on
 // io.err and `exitCode` is set.
 std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::string_view usage,
@@ -25,5 +26,9 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
 
 // Reads the drawing; nullopt after printing why on io.err.
 std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io);
+
+// Writes the drawing of the session to `path`, through a temporary file beside it so that a
+// failed write leaves nothing behind. False after printing why on io.err.
+bool SaveDrawingAs(const cad::Database& db, const std::string& path, CliStreams& io);
 
 }  // namespace tv::console

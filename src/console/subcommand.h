@@ -14,6 +14,7 @@ inline constexpr int kExitOk = 0;
 inline constexpr int kExitUsage = 1;       // missing argument, unknown option or command
 inline constexpr int kExitUnreadable = 2;  // the drawing could not be read
 inline constexpr int kExitUnanswered = 3;  // a prompt had no answer left
+inline constexpr int kExitNotSaved = 5;    // the drawing could not be saved where --save-as said
 
 // Where a subcommand writes: results to `out`, messages and progress to `err`.
 struct CliStreams {

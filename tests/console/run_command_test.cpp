@@ -1,6 +1,7 @@
 // `tvplot run` and `tvplot console` as users run them: the built program on drawings written to
 // a temporary folder, with answers from options, files and standard input.
 #include <filesystem>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,23 @@ TEST_F(RunCommand, UsageErrorsUnknownCommandsAndBrokenDrawings) {
   r = RunTvplot({"run", broken, "X"});
   EXPECT_EQ(r.exitCode, kExitUnreadable) << r.out << r.err;
   EXPECT_FALSE(r.err.empty());
+}
+
+TEST_F(RunCommand, SaveAsWritesANewDrawingAndNeverTheOriginal) {
+  const std::string saved = (dir_ / "另存.dxf").string();
+  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", saved});
+  ASSERT_EQ(r.exitCode, kExitOk) << r.err;
+  extraFiles_ = 1;
+  CliStreams io{std::cout, std::cerr, false};
+  auto reread = LoadDrawing(saved, io);
+  ASSERT_TRUE(reread);
+  EXPECT_TRUE(reread->modelSpace());
+
+  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", drawing_}).exitCode, kExitUsage);
+  // An unwritable target leaves neither a file nor a temporary behind.
+  r = RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", (dir_ / "无此文件夹" / "x.dxf").string()});
+  EXPECT_EQ(r.exitCode, 5) << r.err;
+  EXPECT_NE(r.err.find("无法保存"), std::string::npos) << r.err;
 }
 
 TEST_F(RunCommand, ModuleCommandsRunThroughTheLoadedModule) {
