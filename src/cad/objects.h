@@ -66,6 +66,8 @@ struct PlotSettings {
   double scaleFactor = 1;          // 147
   Point2d paperImageOrigin;        // 148, 149
   ObjectId shadePlotId;            // 333
+  // Plot transparency has no group code of its own in DXF; it lives for the session.
+  bool plotTransparency = false;
   bool operator==(const PlotSettings&) const = default;
 };
 

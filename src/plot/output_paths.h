@@ -1,0 +1,76 @@
+#pragma once
+// Where a plotted file goes and what it is called: the folder by the drawing's settings, the path
+// of each sheet, the numbered names of a merge and of the old paper batch, the host's limit on
+// the length of a path, and the clearing of an old output before a sheet is plotted. Names come
+// in as they are: cleaning them is the naming rules' work.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tv::plot {
+
+// The path modes of the settings' "存储路径".
+inline constexpr std::int32_t kPathBesideDrawing = 0;
+inline constexpr std::int32_t kPathFormatFolder = 1;
+inline constexpr std::int32_t kPathCustom = 2;
+
+// The host takes no output path longer than this many characters.
+inline constexpr std::size_t kMaxOutputPathLength = 255;
+
+// What stands in a title-block file name where several titles were joined.
+inline constexpr std::string_view kLineMark = "[++}";
+
+inline constexpr std::string_view kCustomFolderTitle = "请选择放置打印文件的目录：";
+
+// The folder of the current drawing's file; the user's home for a drawing never saved.
+std::string DrawingFolder();
+// The drawing's file name without folder and extension; the host's "Drawing1" for a drawing
+// never saved.
+std::string DrawingTitle();
+
+// "/PDF", "/DWF", "/JPG", "/PNG", "/PLT", "/EPS", "/DWG" for the formats 0 to 6; empty otherwise.
+std::string FormatSubFolder(std::int32_t format);
+// ".pdf", ".dwf", ".jpg", ".png", ".plt", ".eps", ".dwg"; empty otherwise.
+std::string FormatExtension(std::int32_t format);
+// The second row of the form's "存储路径" list (" 源文件路径\PDF" …); empty for an unknown format.
+std::string FormatFolderRowText(std::int32_t format);
+
+// The folder of a run's files by the path mode. A custom folder that no longer exists falls back
+// to the drawing's folder, and `customPath` takes that folder, so that the form shows it next time.
+// The folder itself is not created.
+std::string OutputFolder(std::int32_t pathMode, std::int32_t format, std::string& customPath);
+
+// The working folder of a PDF merge, created.
+std::string TempFolder();
+
+// The file of a sheet: folder, name, extension of the format.
+std::string SheetPath(const std::string& folder, const std::string& fileName, std::int32_t format);
+// The file of the `number`th sheet of a PDF merge (from 1).
+std::string MergeSheetPath(const std::string& folder, std::int32_t number);
+// The PLT file of the `number`th area of the old paper batch: "stem-001.plt", "stem-012.plt",
+// "stem-123.plt".
+std::string NumberedPltPath(const std::string& stem, std::int32_t number);
+
+// A title-block name with its line marks replaced by the title separator, as the file is named.
+std::string WithTitleSeparator(std::string name, std::string_view separator);
+// True when nothing is left of a name once its line marks are gone.
+bool IsEmptyFileName(std::string_view name);
+
+// The length of a path as the host counts it: UTF-16 units.
+std::size_t HostPathLength(std::string_view utf8Path);
+// "输出文件的文件名长度（路径+文件名）超过了限值，出错 !\n\n" and the path.
+std::string PathTooLongMessage(const std::string& path);
+// Says so when a path is longer than the host takes. Only a message: the plot goes ahead and
+// fails on its own if it must. True when the path is within the limit.
+bool CheckOutputPathLength(const std::string& path);
+
+// Deletes an earlier output, read-only or not, without asking. True when no file is left.
+bool DeleteOldOutput(const std::string& path);
+// "文件 < %s >\n\n可能处于打开状态，无法覆盖 ！" with the path.
+std::string FileInUseMessage(const std::string& path);
+// The same for a drawing of the DWG split: a file that stays is reported and its sheet skipped
+// (false).
+bool DeleteOldDrawingOutput(const std::string& path);
+
+}  // namespace tv::plot

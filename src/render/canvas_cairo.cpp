@@ -1,0 +1,189 @@
+#include "render/canvas_cairo.h"
+
+#include <cmath>
+
+namespace tv::render {
+
+namespace {
+
+constexpr std::size_t kMaxBatchSegments = 4096;
+
+void FontMatrix(const GlyphRun& run, cairo_matrix_t& m) {
+  // Glyph space has y down, the page y up.
+  cairo_matrix_init(&m, run.emX.x, run.emX.y, -run.emY.x, -run.emY.y, 0, 0);
+}
+
+bool UsableFontMatrix(const GlyphRun& run) {
+  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
+  return std::isfinite(det) && std::abs(det) > 1e-18;
+}
+
+void AddRings(cairo_t* cr, const std::vector<Polyline2d>& rings) {
+  for (const auto& ring : rings) {
+    if (ring.size() < 2) continue;
+    cairo_move_to(cr, ring[0].x, ring[0].y);
+    for (std::size_t i = 1; i < ring.size(); ++i) cairo_line_to(cr, ring[i].x, ring[i].y);
+    cairo_close_path(cr);
+  }
+}
+
+}  // namespace
+
+CairoCanvas::CairoCanvas(cairo_surface_t* surface, double unitsPerMm, double pageHeightMm, double minWidthMm, bool crisp)
+    : cr_(cairo_create(surface)), minWidthMm_(minWidthMm) {
+  if (crisp) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_NONE);
+  cairo_translate(cr_, 0, pageHeightMm * unitsPerMm);
+  cairo_scale(cr_, unitsPerMm, -unitsPerMm);
+  cairo_set_line_cap(cr_, CAIRO_LINE_CAP_ROUND);
+  cairo_set_line_join(cr_, CAIRO_LINE_JOIN_ROUND);
+  cairo_set_tolerance(cr_, 0.05);
+}
+
+CairoCanvas::~CairoCanvas() { cairo_destroy(cr_); }
+
+void CairoCanvas::setColor(Rgb c) { cairo_set_source_rgb(cr_, c.r / 255.0, c.g / 255.0, c.b / 255.0); }
+
+void CairoCanvas::paintBackground(Rgb color) {
+  cairo_save(cr_);
+  setColor(color);
+  cairo_paint(cr_);
+  cairo_restore(cr_);
+}
+
+void CairoCanvas::flush() {
+  if (!pending_) return;
+  setColor(pendingColor_);
+  cairo_set_line_width(cr_, pendingWidth_);
+  cairo_stroke(cr_);
+  pending_ = false;
+  pendingSegments_ = 0;
+}
+
+void CairoCanvas::stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) {
+  if (points.empty()) return;
+  const double width = std::max(widthMm, minWidthMm_);
+  if (pending_ && (!(pendingColor_ == color) || pendingWidth_ != width || pendingSegments_ > kMaxBatchSegments)) flush();
+  pending_ = true;
+  pendingColor_ = color;
+  pendingWidth_ = width;
+  cairo_move_to(cr_, points[0].x, points[0].y);
+  if (points.size() == 1) cairo_line_to(cr_, points[0].x, points[0].y);  // a dot
+  for (std::size_t i = 1; i < points.size(); ++i) cairo_line_to(cr_, points[i].x, points[i].y);
+  if (closed) cairo_close_path(cr_);
+  pendingSegments_ += points.size();
+}
+
+void CairoCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
+  flush();
+  AddRings(cr_, rings);
+  cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_EVEN_ODD);
+  setColor(color);
+  cairo_fill(cr_);
+}
+
+void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
+  if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
+  flush();
+  cairo_save(cr_);
+  cairo_set_antialias(cr_, CAIRO_ANTIALIAS_DEFAULT);
+  cairo_set_font_face(cr_, run.face);
+  cairo_matrix_t m;
+  FontMatrix(run, m);
+  cairo_set_font_matrix(cr_, &m);
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  cairo_set_font_options(cr_, options);
+  cairo_font_options_destroy(options);
+  setColor(run.color);
+  const int count = static_cast<int>(run.glyphs.size());
+  if (asOutlines) {
+    cairo_glyph_path(cr_, run.glyphs.data(), count);
+    cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_WINDING);
+    cairo_fill(cr_);
+  } else if (!run.clusters.empty()) {
+    cairo_show_text_glyphs(cr_, run.utf8.data(), static_cast<int>(run.utf8.size()), run.glyphs.data(), count,
+                           run.clusters.data(), static_cast<int>(run.clusters.size()), cairo_text_cluster_flags_t{});
+  } else {
+    cairo_show_glyphs(cr_, run.glyphs.data(), count);
+  }
+  cairo_restore(cr_);
+}
+
+void CairoCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) {
+  if (!picture) return;
+  cairo_matrix_t inverse = pixelToPage;
+  if (cairo_matrix_invert(&inverse) != CAIRO_STATUS_SUCCESS) return;
+  flush();
+  cairo_save(cr_);
+  cairo_transform(cr_, &pixelToPage);
+  cairo_set_source_surface(cr_, picture, 0, 0);
+  cairo_pattern_set_filter(cairo_get_source(cr_), CAIRO_FILTER_GOOD);
+  cairo_rectangle(cr_, 0, 0, cairo_image_surface_get_width(picture), cairo_image_surface_get_height(picture));
+  cairo_fill(cr_);
+  cairo_restore(cr_);
+}
+
+void CairoCanvas::pushClip(const Polyline2d& polygon) {
+  flush();
+  cairo_save(cr_);
+  AddRings(cr_, {polygon});
+  cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_EVEN_ODD);
+  cairo_clip(cr_);
+}
+
+void CairoCanvas::popClip() {
+  flush();
+  cairo_restore(cr_);
+}
+
+bool CairoCanvas::finish(std::string& error) {
+  flush();
+  cairo_surface_t* surface = cairo_get_target(cr_);
+  if (cairo_surface_get_type(surface) == CAIRO_SURFACE_TYPE_IMAGE) {
+    cairo_surface_flush(surface);  // the pixels are written out by the caller
+  } else {
+    cairo_show_page(cr_);
+    cairo_surface_finish(surface);
+  }
+  const cairo_status_t status = cairo_surface_status(surface);
+  if (status != CAIRO_STATUS_SUCCESS) {
+    error = cairo_status_to_string(status);
+    return false;
+  }
+  return true;
+}
+
+std::vector<Polyline2d> GlyphOutlines(const GlyphRun& run, double toleranceMm) {
+  std::vector<Polyline2d> rings;
+  if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return rings;
+  cairo_surface_t* scratch = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+  cairo_t* cr = cairo_create(scratch);
+  cairo_set_tolerance(cr, toleranceMm > 0 ? toleranceMm : 0.02);
+  cairo_set_font_face(cr, run.face);
+  cairo_matrix_t m;
+  FontMatrix(run, m);
+  cairo_set_font_matrix(cr, &m);
+  cairo_glyph_path(cr, run.glyphs.data(), static_cast<int>(run.glyphs.size()));
+  cairo_path_t* path = cairo_copy_path_flat(cr);
+  if (path && path->status == CAIRO_STATUS_SUCCESS) {
+    for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+      const cairo_path_data_t& d = path->data[i];
+      switch (d.header.type) {
+        case CAIRO_PATH_MOVE_TO: rings.push_back({{path->data[i + 1].point.x, path->data[i + 1].point.y}}); break;
+        case CAIRO_PATH_LINE_TO:
+          if (rings.empty()) rings.emplace_back();
+          rings.back().push_back({path->data[i + 1].point.x, path->data[i + 1].point.y});
+          break;
+        default: break;  // closing is implied by filling; curves do not occur in a flat path
+      }
+    }
+  }
+  cairo_path_destroy(path);
+  cairo_destroy(cr);
+  cairo_surface_destroy(scratch);
+  std::erase_if(rings, [](const Polyline2d& r) { return r.size() < 3; });
+  return rings;
+}
+
+}  // namespace tv::render

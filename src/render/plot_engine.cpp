@@ -1,0 +1,196 @@
+#include "render/plot_engine.h"
+
+#include <cairo-pdf.h>
+#include <cairo-ps.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <memory>
+
+#include "cad/entity_geometry.h"
+#include "render/canvas_cairo.h"
+#include "render/hpgl_canvas.h"
+#include "render/plot_drawing_internal.h"
+#include "render/raster_jpeg.h"
+
+namespace tv::render {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kPointsPerMm = 72.0 / 25.4;
+// Rasters larger than this many pixels are refused rather than exhausting memory.
+constexpr double kMaxPixels = 400e6;
+
+std::string WriteFailed(const std::string& path) { return "文件\n\n" + path + "\n\n写入操作有误!"; }
+
+bool Finite(double v) { return std::isfinite(v); }
+
+struct SurfaceDeleter {
+  void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
+};
+using SurfacePtr = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+
+// A temporary name in the same folder, so that the final rename never crosses file systems.
+std::string TemporaryName(const std::string& path) {
+  const fs::path p(path);
+  return (p.parent_path() / ("." + p.filename().string() + ".part" + std::to_string(::getpid()))).string();
+}
+
+// The extents of a space, for a request without a window.
+std::optional<cad::Extents3d> SpaceExtents(const cad::Database& db, const cad::BlockRecord& space) {
+  cad::ExtentsCache cache;
+  cad::Extents3d all;
+  db.forEachEntity(space, [&](const cad::Entity& e) {
+    if (!e.isVisible() || e.type() == cad::ObjectType::Viewport) return;
+    if (auto ext = cache.entityExtents(e, db)) all.add(*ext);
+  });
+  if (all.isEmpty()) return std::nullopt;
+  return all;
+}
+
+}  // namespace
+
+std::optional<PageLayout> LayOutPage(const PlotRequest& request, cad::Point2d windowMin, cad::Point2d windowMax,
+                                     std::string& message) {
+  const PlotMedium& m = request.medium;
+  if (!(m.widthMm > 0) || !(m.heightMm > 0) || !Finite(m.widthMm) || !Finite(m.heightMm)) {
+    message = "图纸尺寸有误, 无法打印 !";
+    return std::nullopt;
+  }
+  PageLayout page;
+  double llx = m.printableLlx, lly = m.printableLly, urx = m.printableUrx, ury = m.printableUry;
+  if (!(urx > llx) || !(ury > lly) || !Finite(llx + lly + urx + ury)) llx = 0, lly = 0, urx = m.widthMm, ury = m.heightMm;
+  llx = std::max(llx, 0.0), lly = std::max(lly, 0.0), urx = std::min(urx, m.widthMm), ury = std::min(ury, m.heightMm);
+  if (m.turned) {
+    // The paper turned a quarter counter-clockwise: (x, y) of the medium lands at (H - y, x).
+    page.widthMm = m.heightMm;
+    page.heightMm = m.widthMm;
+    page.printLlx = m.heightMm - ury, page.printUrx = m.heightMm - lly;
+    page.printLly = llx, page.printUry = urx;
+  } else {
+    page.widthMm = m.widthMm, page.heightMm = m.heightMm;
+    page.printLlx = llx, page.printLly = lly, page.printUrx = urx, page.printUry = ury;
+  }
+  const double ww = windowMax.x - windowMin.x, wh = windowMax.y - windowMin.y;
+  if (!Finite(ww) || !Finite(wh) || !(ww > 0) || !(wh > 0)) {
+    message = "打印窗口有误, 无法打印 !";
+    return std::nullopt;
+  }
+  const double pw = page.printUrx - page.printLlx, ph = page.printUry - page.printLly;
+  page.scale = request.fitToPrintable ? std::min(pw / ww, ph / wh) : request.scale;
+  if (!(page.scale > 0) || !Finite(page.scale)) {
+    message = "打印比例有误, 无法打印 !";
+    return std::nullopt;
+  }
+  double ox = page.printLlx, oy = page.printLly;
+  if (request.centered) {
+    ox = (page.printLlx + page.printUrx) / 2 - ww * page.scale / 2;
+    oy = (page.printLly + page.printUry) / 2 - wh * page.scale / 2;
+  }
+  page.spaceToPage = cad::Matrix3d::translation({ox, oy, 0}) * cad::Matrix3d::scaling(page.scale, page.scale, page.scale) *
+                     cad::Matrix3d::translation({-windowMin.x, -windowMin.y, 0});
+  return page;
+}
+
+PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request) {
+  PlotResult result;
+  if (request.outputPath.empty()) {
+    result.message = "未指定打印输出文件 !";
+    return result;
+  }
+  const cad::BlockRecord* space =
+      request.spaceBlock.isNull() ? db.modelSpace() : db.objectAs<cad::BlockRecord>(request.spaceBlock);
+  if (!space) {
+    result.message = "要打印的空间不存在 !";
+    return result;
+  }
+  cad::Point2d wmin = request.windowMin, wmax = request.windowMax;
+  if (wmin == wmax) {
+    const auto ext = SpaceExtents(db, *space);
+    if (!ext) {
+      result.message = "打印窗口内没有图形 !";
+      return result;
+    }
+    wmin = ext->min.to2d(), wmax = ext->max.to2d();
+  }
+  std::string message;
+  const auto page = LayOutPage(request, wmin, wmax, message);
+  if (!page) {
+    result.message = message;
+    return result;
+  }
+
+  const std::string temp = TemporaryName(request.outputPath);
+  std::error_code ec;
+  const auto fail = [&](const std::string& why) {
+    fs::remove(temp, ec);
+    result.ok = false;
+    result.message = why;
+    return result;
+  };
+
+  // The surface of the format.
+  SurfacePtr surface;
+  std::unique_ptr<PlotCanvas> canvas;
+  double unitsPerMm = kPointsPerMm;
+  const bool raster = request.format == PlotFormat::Png || request.format == PlotFormat::Jpg;
+  double minPenMm = 0.1;
+  switch (request.format) {
+    case PlotFormat::Pdf:
+      surface.reset(cairo_pdf_surface_create(temp.c_str(), page->widthMm * kPointsPerMm, page->heightMm * kPointsPerMm));
+      break;
+    case PlotFormat::Eps:
+      surface.reset(cairo_ps_surface_create(temp.c_str(), page->widthMm * kPointsPerMm, page->heightMm * kPointsPerMm));
+      if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS) cairo_ps_surface_set_eps(surface.get(), 1);
+      break;
+    case PlotFormat::Png:
+    case PlotFormat::Jpg: {
+      const double enlarge = request.enlarge > 0 && Finite(request.enlarge) ? request.enlarge : 1.0;
+      const double dpi = request.rasterDpi > 0 && Finite(request.rasterDpi) ? request.rasterDpi : 150.0;
+      unitsPerMm = dpi / 25.4 * enlarge;
+      const double w = std::round(page->widthMm * unitsPerMm), h = std::round(page->heightMm * unitsPerMm);
+      if (!(w >= 1) || !(h >= 1) || w * h > kMaxPixels || w > 32767 || h > 32767) return fail("图纸像素尺寸过大, 无法打印 !");
+      result.widthPx = static_cast<int>(w), result.heightPx = static_cast<int>(h);
+      surface.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, result.widthPx, result.heightPx));
+      minPenMm = 1.0 / unitsPerMm;  // one pixel
+      break;
+    }
+    case PlotFormat::Plt: canvas = std::make_unique<HpglCanvas>(temp, page->widthMm, page->heightMm); break;
+  }
+  if (!canvas) {
+    if (!surface || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return fail(WriteFailed(request.outputPath));
+    auto cairoCanvas = std::make_unique<CairoCanvas>(surface.get(), unitsPerMm, page->heightMm, raster ? minPenMm : 0.0, raster);
+    if (raster) cairoCanvas->paintBackground(request.background);
+    canvas = std::move(cairoCanvas);
+  }
+
+  {
+    plot_internal::DrawingPlotter plotter(db, *canvas, request, result);
+    // Only the window reaches the paper.
+    const auto corner = [&](double x, double y) {
+      const cad::Point3d p = page->spaceToPage.transform(cad::Point3d{x, y, 0});
+      return cad::Point2d{p.x, p.y};
+    };
+    canvas->pushClip({corner(wmin.x, wmin.y), corner(wmax.x, wmin.y), corner(wmax.x, wmax.y), corner(wmin.x, wmax.y)});
+    plotter.drawSpace(*space, page->spaceToPage);
+    canvas->popClip();
+  }
+  std::string error;
+  if (!canvas->finish(error)) return fail(WriteFailed(request.outputPath));
+  if (request.format == PlotFormat::Png) {
+    if (cairo_surface_write_to_png(surface.get(), temp.c_str()) != CAIRO_STATUS_SUCCESS) return fail(WriteFailed(request.outputPath));
+  } else if (request.format == PlotFormat::Jpg) {
+    if (!WriteJpeg(surface.get(), temp, request.jpegQuality, error)) return fail(WriteFailed(request.outputPath));
+  }
+  canvas.reset();
+  surface.reset();
+  fs::rename(temp, request.outputPath, ec);
+  if (ec) return fail(WriteFailed(request.outputPath));
+  result.ok = true;
+  return result;
+}
+
+}  // namespace tv::render

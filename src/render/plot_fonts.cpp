@@ -1,0 +1,101 @@
+#include "render/plot_fonts.h"
+
+#include <cairo-ft.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_ADVANCES_H
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "cad/entity_geometry.h"
+#include "cad/utf8.h"
+#include "render/font_metrics.h"
+
+namespace tv::render {
+
+namespace {
+
+struct Face {
+  FT_Face ft = nullptr;
+  cairo_font_face_t* cairo = nullptr;
+};
+
+const cairo_user_data_key_t kFaceKey{};
+
+void DoneFace(void* face) { FT_Done_Face(static_cast<FT_Face>(face)); }
+
+// Faces are kept for the life of the process: cairo's own caches hold them to its end anyway.
+class FaceCache {
+ public:
+  static FaceCache& instance() {
+    static FaceCache* cache = new FaceCache;  // reachable to the end, never torn down under cairo
+    return *cache;
+  }
+
+  // nullptr faces when the file cannot be loaded.
+  Face get(const ResolvedFont& font) {
+    if (font.file.empty() || !library_) return {};
+    const auto key = std::make_pair(font.file, font.faceIndex);
+    if (auto it = faces_.find(key); it != faces_.end()) return it->second;
+    Face face;
+    if (FT_New_Face(library_, font.file.c_str(), font.faceIndex, &face.ft) == 0) {
+      face.cairo = cairo_ft_font_face_create_for_ft_face(face.ft, FT_LOAD_NO_HINTING);
+      if (cairo_font_face_set_user_data(face.cairo, &kFaceKey, face.ft, DoneFace) != CAIRO_STATUS_SUCCESS) {
+        cairo_font_face_destroy(face.cairo);
+        FT_Done_Face(face.ft);
+        face = {};
+      }
+    } else {
+      face = {};
+    }
+    faces_.emplace(key, face);
+    return face;
+  }
+
+  std::mutex mutex;
+
+ private:
+  FaceCache() {
+    if (FT_Init_FreeType(&library_) != 0) library_ = nullptr;
+  }
+  FT_Library library_ = nullptr;
+  std::map<std::pair<std::string, int>, Face> faces_;
+};
+
+double Advance(const Face& face, FT_UInt glyph) {
+  FT_Fixed advance = 0;
+  if (FT_Get_Advance(face.ft, glyph, FT_LOAD_NO_SCALE, &advance) != 0 || face.ft->units_per_EM == 0) return 0;
+  return static_cast<double>(advance) / face.ft->units_per_EM;
+}
+
+}  // namespace
+
+std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* style) {
+  FaceCache& cache = FaceCache::instance();
+  std::lock_guard lock(cache.mutex);
+  const Face primary = cache.get(ResolveFont(style));
+  const Face cjk = cache.get(ResolveFont(nullptr));
+  std::vector<ShapedGlyph> out;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const std::size_t at = i;
+    const char32_t cp = cad::NextCodePoint(utf8, i);
+    ShapedGlyph g;
+    g.utf8 = std::string(utf8.substr(at, i - at));
+    for (const Face* face : {&primary, &cjk}) {
+      if (!face->ft) continue;
+      const FT_UInt index = FT_Get_Char_Index(face->ft, cp);
+      if (index == 0) continue;
+      g.face = face->cairo;
+      g.index = index;
+      g.advance = Advance(*face, index);
+      break;
+    }
+    if (!g.face) g.advance = cad::ApproximateTextMeasurer().advance(g.utf8, style);
+    out.push_back(std::move(g));
+  }
+  return out;
+}
+
+}  // namespace tv::render

@@ -1,0 +1,157 @@
+// File names: the serial, the cleaning that keeps every name inside its folder, and the names of
+// the generic batch built from prefix, serial, suffix and the sheet's paper.
+#include "titleblock/file_naming.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "host/null_editor.h"
+#include "titleblock/tk_library.h"
+
+namespace tv::titleblock {
+namespace {
+
+// ---- serial numbers ------------------------------------------------------------------------------------
+
+TEST(SerialText, PadsToTheDigitsAndNeverCuts) {
+  EXPECT_EQ(SerialText(5, 3), "005");
+  EXPECT_EQ(SerialText(42, 2), "42");
+  EXPECT_EQ(SerialText(123, 2), "123");
+  EXPECT_EQ(SerialText(0, 0), "0");
+  EXPECT_EQ(SerialText(7, 1), "7");
+  EXPECT_EQ(SerialText(-3, 3), "0-3");  // zeros go in front of whatever the number reads
+}
+
+// ---- cleaning ---------------------------------------------------------------------------------------------
+
+TEST(CleanFileName, RemovesWhatWindowsForbidsAndKeepsTheLookOfASlash) {
+  EXPECT_EQ(CleanFileName("a<b>c\\d|e", true), "abcde");
+  EXPECT_EQ(CleanFileName("1/2", true), "1\u22152");
+  EXPECT_EQ(CleanFileName("a*b\"c?d:e", true), "abcde");
+  EXPECT_EQ(CleanFileName("a:b", true), "ab");
+  EXPECT_EQ(CleanFileName("a/b", true), "a\u2215b");
+  EXPECT_EQ(CleanFileName("建施03_一层平面图[++}二层", true), "建施03_一层平面图[++}二层");
+  EXPECT_EQ(CleanFileName("", true), "");
+}
+
+TEST(CleanFileName, ControlCharactersGoLineBreaksOnlyWhenStrict) {
+  const std::string text = std::string("a\tb\x01") + "c\nd\re" + std::string(1, '\0') + "f\x1f" + "g\x7f";
+  EXPECT_EQ(CleanFileName(text, true), "abcdefg");
+  EXPECT_EQ(CleanFileName(text, false), "abc\nd\refg");
+}
+
+TEST(CleanFileName, NothingLeavesItsFolder) {
+  EXPECT_EQ(CleanFileName("../x", true), "..\u2215x");
+  EXPECT_EQ(CleanFileName("..\\..\\x", true), "....x");
+  EXPECT_EQ(CleanFileName("..", true), "_..");
+  EXPECT_EQ(CleanFileName(".", true), "_.");
+  EXPECT_EQ(CleanFileName("./", true), ".\u2215");
+  EXPECT_EQ(CleanFileName("/etc/passwd", true), "\u2215etc\u2215passwd");
+  EXPECT_EQ(CleanFileName("a.b", true), "a.b");
+
+  const std::vector<std::string> hostile{"../../x", "a/../../b", "\\\\server\\share", "C:\\Windows", "..", "...",
+                                         "a\0b", "/", "x/\n/y"};
+  for (const std::string& name : hostile) {
+    const std::string clean = CleanFileName(name, true);
+    EXPECT_EQ(clean.find('/'), std::string::npos) << name;
+    EXPECT_EQ(clean.find('\\'), std::string::npos) << name;
+    EXPECT_NE(clean, ".");
+    EXPECT_NE(clean, "..");
+    for (char c : clean) EXPECT_GE(static_cast<unsigned char>(c), 32) << name;
+  }
+}
+
+TEST(CleanFileName, DeviceNamesGetAMarkInFront) {
+  EXPECT_EQ(CleanFileName("CON", true), "_CON");
+  EXPECT_EQ(CleanFileName("con", true), "_con");
+  EXPECT_EQ(CleanFileName("Nul.txt", true), "_Nul.txt");
+  EXPECT_EQ(CleanFileName("CON .pdf", true), "_CON .pdf");
+  EXPECT_EQ(CleanFileName("COM1", true), "_COM1");
+  EXPECT_EQ(CleanFileName("lpt9", true), "_lpt9");
+  EXPECT_EQ(CleanFileName("AUX", true), "_AUX");
+  EXPECT_EQ(CleanFileName("PRN", true), "_PRN");
+  EXPECT_EQ(CleanFileName("C:ON", true), "_CON");  // what cleaning leaves counts
+  // Names that merely begin like one are fine.
+  EXPECT_EQ(CleanFileName("CONTENT", true), "CONTENT");
+  EXPECT_EQ(CleanFileName("COM", true), "COM");
+  EXPECT_EQ(CleanFileName("COM10", true), "COM10");
+  EXPECT_EQ(CleanFileName("A-CON", true), "A-CON");
+}
+
+// ---- names of the generic batch ---------------------------------------------------------------------------
+
+class DocumentEditor final : public host::NullEditor {
+ public:
+  DocumentEditor() { host::SetEditor(this); }
+  ~DocumentEditor() override { host::SetEditor(nullptr); }
+  std::string documentPath() override { return document; }
+  std::string document = "/work/plans/一层平面.dxf";
+};
+
+class GenericNameTest : public ::testing::Test {
+ protected:
+  GenericNameTest() {
+    savedStyle_ = GlobalTkLibrary().PaperNameStyle;
+    GlobalTkLibrary().PaperNameStyle = 0;
+    bool added = false;
+    paper::AddPaper(papers, 841, 594, added);
+    paper::AddPaper(papers, 733, 512, added);
+    sheet.paperName = "TV_A1";
+  }
+  ~GenericNameTest() override { GlobalTkLibrary().PaperNameStyle = savedStyle_; }
+
+  DocumentEditor editor;
+  settings::PlotSettingRec setting;
+  paper::PaperList papers;
+  recognition::Plot_Drawing1 sheet;
+
+ private:
+  std::int32_t savedStyle_ = 0;
+};
+
+TEST_F(GenericNameTest, DrawingNamePrefixFollowsTheDocument) {
+  setting.name_prefix = "???";
+  setting.name_start = 1;
+  setting.name_digits = 2;
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "一层平面01");
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 9), "一层平面10");
+  editor.document = "/work/plans/other.plan.dxf";
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "other.plan01");
+}
+
+TEST_F(GenericNameTest, CallersPrefixWinsAndSerialRunsFromTheStart) {
+  setting.name_prefix = "ignored";
+  setting.name_start = 7;
+  setting.name_digits = 3;
+  setting.name_suffix = "_final";
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 2, "建施-"), "建施-009_final");
+}
+
+TEST_F(GenericNameTest, PaperWordsBecomeTheSheetsPaper) {
+  setting.name_prefix = "纸张尺寸_";
+  setting.name_suffix = "_纸张";
+  setting.name_digits = 1;
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "A1(841x594)_1_A1");
+  sheet.rotated = true;  // an upright sheet names its sides the other way round
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "A1(594x841)_1_A1");
+
+  sheet.paperName = "TV_733x512";
+  sheet.rotated = false;
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "733x512_1_733x512");
+
+  sheet.paperName = "TV_A0";  // not in the job's list: the words stay
+  EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "纸张尺寸_1_纸张");
+}
+
+TEST_F(GenericNameTest, NameIsCleanedAndStoredInTheSheet) {
+  setting.name_prefix = "a/b:";
+  setting.name_suffix = "?";
+  setting.name_digits = 2;
+  ExpandGenericName(setting, sheet, papers, 4);
+  EXPECT_EQ(sheet.fileName, "a\u2215b05");
+}
+
+}  // namespace
+}  // namespace tv::titleblock
