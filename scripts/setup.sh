@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  libfreetype-dev libfontconfig-dev libcairo2-dev libjpeg-dev zlib1g-dev fonts-wqy-microhei fonts-dejavu-core
+  libfreetype-dev libfontconfig-dev libcairo2-dev libjpeg-dev zlib1g-dev libqpdf-dev fonts-wqy-microhei fonts-dejavu-core
 )
 missing=()
 for p in "${packages[@]}"; do

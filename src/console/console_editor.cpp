@@ -114,11 +114,13 @@ ConsoleEditor::ConsoleEditor(cad::Database& db, std::string path, const SessionO
       err_(options.err),
       progressEnabled_(options.progress && options.err),
       terminalEchoes_(options.terminalEchoes),
+      yesNoAnswer_(options.yesNoAnswer),
       answers_(options.answers, options.terminal),
       variables_(db, path_, Point2d{options.screenWidth, options.screenHeight}),
       hostFolders_(CurrentHostFolders()) {
   for (auto& [name, value] : HostFolderPreferences(hostFolders_)) env_[name] = value;
   addHostCommand("-PLOTSTAMP", [this](const std::vector<std::string>& args) { return plotStampCommand(args); });
+  addHostCommand("-PLOT", [this](const std::vector<std::string>& args) { return plotCommand(args); });
   addHostCommand("CLOSE", [this](const std::vector<std::string>&) {
     requestClose();
     return RTNORM;
@@ -259,6 +261,10 @@ host::MessageAnswer ConsoleEditor::messageBox(std::string_view text, std::string
   }
   const bool yesNo = buttons != MessageButtons::OkCancel;
   const bool canCancel = buttons != MessageButtons::YesNo;
+  if (yesNo && yesNoAnswer_) {
+    print(std::string(prompt) + (*yesNoAnswer_ ? "Y" : "N"));
+    return *yesNoAnswer_ ? MessageAnswer::Yes : MessageAnswer::No;
+  }
   while (true) {
     auto reply = ask(prompt);
     if (!reply) return MessageAnswer::Cancel;

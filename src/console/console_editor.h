@@ -114,6 +114,14 @@ class ConsoleEditor final : public host::Editor {
   // The last "-plotstamp" setting (off until one is given).
   bool plotStamp() const { return plotStamp_; }
 
+  // One "-plot" that got as far as plotting: the file asked for, and whether it was written.
+  struct PlotRecord {
+    std::string path;
+    bool ok = false;
+    std::string message;  // why not
+  };
+  const std::vector<PlotRecord>& plots() const { return plots_; }
+
  private:
   // Prints `prompt` and takes the next answer, echoing it when it did not come from the terminal.
   // nullopt on a cancel answer and when nothing is left to answer with.
@@ -121,6 +129,7 @@ class ConsoleEditor final : public host::Editor {
   int selectInteractively(const std::vector<std::string>& prompts, const EntityFilter& filter, ObjectIdArray& ids,
                           bool filterValid);
   int plotStampCommand(const std::vector<std::string>& args);
+  int plotCommand(const std::vector<std::string>& args);
   void reapViewers();
 
   cad::Database& db_;
@@ -129,6 +138,7 @@ class ConsoleEditor final : public host::Editor {
   std::ostream* err_;
   bool progressEnabled_;
   bool terminalEchoes_;
+  std::optional<bool> yesNoAnswer_;
   AnswerSource answers_;
   SystemVariables variables_;
   HostFolders hostFolders_;
@@ -141,6 +151,7 @@ class ConsoleEditor final : public host::Editor {
   bool closeRequested_ = false;
   bool modified_ = false;
   bool plotStamp_ = false;
+  std::vector<PlotRecord> plots_;
   std::unique_ptr<ProgressLine> progress_;
   int progressRange_ = 0;
   std::vector<pid_t> viewers_;  // xdg-open processes started and not yet reaped

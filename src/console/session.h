@@ -29,6 +29,8 @@ struct SessionOptions {
   // The terminal shows what is typed (a real terminal rather than a pipe), so answers read from
   // it are not echoed again.
   bool terminalEchoes = false;
+  // Answers every Yes/No question (true Yes, false No) without taking one of `answers`.
+  std::optional<bool> yesNoAnswer;
   // Screen of the console, for SCREENSIZE and the view proportion.
   double screenWidth = 1600, screenHeight = 900;
 };

@@ -5,7 +5,7 @@
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
-#include "plot/generic_review.h"
+#include "plot/plot_job.h"
 #include "settings/setting_form.h"
 
 namespace tv::host {
@@ -30,7 +30,7 @@ void Guarded(int number) {
 void TV_BatchPlot_1() { Guarded(1); }
 void TV_BatchPlot_2() {
   CommandScope scope;
-  plot::GenericBatchCommand();
+  plot::GenericPlotCommand();
 }
 void TV_BatchPlot_3() { NotOffered(3); }
 void TV_BatchPlot_4() { Guarded(4); }
@@ -56,13 +56,19 @@ void singledwg_plot() {
 
 // The plot steps below are sent by the review forms and the single plot to themselves; with no
 // run waiting they have nothing to do.
-void Plot_Temp1() {}
+void Plot_Temp1() {
+  CommandScope scope;
+  plot::Plot_Temp1();
+}
 void Plot_Temp2() {}
 void Plot_Temp3() {}
 void SinglePlot_SelectP() {}
 void SinglePlot_SelectW() {}
 void SinglePlot_Plot_Standby() {}
-void Plot_BaseFun1_Standby() {}
+void Plot_BaseFun1_Standby() {
+  CommandScope scope;
+  plot::StandbyGeneric();
+}
 void Plot_BaseFun2_Standby() {}
 
 }  // namespace tv::host

@@ -37,6 +37,10 @@ inline constexpr int kRotation270 = 3;
 std::vector<std::string> PlotDeviceList();
 // The plot style tables of the host's plot style folders (".ctb" and ".stb"), each name once.
 std::vector<std::string> PlotStyleSheetList();
+// Where the files of a listed device and of a listed plot style table are; empty when the name
+// isn't listed. Only a host's own plot engine needs them.
+std::string PlotDeviceFile(const std::string& device);
+std::string PlotStyleSheetFile(const std::string& name);
 
 // The plot settings of one layout. A handle: it names the layout and every call reads or writes
 // the layout's settings at once, so no layout stays open across a prompt or a plot.

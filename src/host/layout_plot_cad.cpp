@@ -124,6 +124,18 @@ std::vector<std::string> PlotStyleSheetList() {
   return out;
 }
 
+std::string PlotDeviceFile(const std::string& device) {
+  if (device.empty() || device == kNoPlotDevice) return {};
+  const std::optional<FolderFile> file = FindListed(DeviceFiles(), device);
+  return file ? file->path : std::string{};
+}
+
+std::string PlotStyleSheetFile(const std::string& name) {
+  if (name.empty()) return {};
+  const std::optional<FolderFile> file = FindListed(FilesOf(settings::PrinterStyleFolders(), {"ctb", "stb"}), name);
+  return file ? file->path : std::string{};
+}
+
 LayoutPlotSettings LayoutPlotSettings::Current() {
   const ObjectId id = Working().currentLayout;
   return LayoutPlotSettings(LayoutOf(id) ? id : ObjectId{});

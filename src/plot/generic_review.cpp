@@ -11,6 +11,7 @@
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_traversal.h"
 #include "settings/config.h"
+#include "titleblock/file_naming.h"
 
 namespace tv::plot {
 
@@ -113,6 +114,9 @@ void RecomputeAll(Dlg_BPlot1& form, double scale) {
     }
     row.scaleText = paper::ScaleText(row.sheet->scale);
   }
+  // Names may hold the paper, so they follow it.
+  for (std::size_t i = 0; i < form.rows.size(); ++i)
+    titleblock::ExpandGenericName(form.setting, *form.rows[i].sheet, form.job.paperList, static_cast<std::int32_t>(i));
 }
 
 std::vector<std::string> BPlot1Columns() { return {"序 号", "纸张尺寸", "打印比例", "图面尺寸", "备 注"}; }
@@ -125,13 +129,6 @@ std::vector<std::vector<std::string>> BPlot1Cells(const Dlg_BPlot1& form) {
     cells.push_back({RowNumber(i), row.paperText, row.scaleText, row.sizeText, row.note});
   }
   return cells;
-}
-
-void GenericBatchCommand() {
-  Dlg_BPlot1* form = RecogniseGenericBatch(true, std::nullopt);
-  if (!form) return;
-  host::RegenDrawing();
-  host::CurrentEditor().showList(kBPlot1Title, BPlot1Columns(), BPlot1Cells(*form));
 }
 
 }  // namespace tv::plot

@@ -32,6 +32,9 @@ struct Dlg_BPlot1 {
   settings::PlotSettingRec setting;  // the form's copy of the drawing's settings
   double scale = 100.0;              // the scale the papers were worked out at
   std::vector<BPlot1Row> rows;       // in the order of job.keptSheets
+  std::int32_t styleIndex = 0;       // "打印样式": an index into the layout's style list
+  bool plot_started = false;         // a run has left the form for the private command
+  bool cancel_requested = false;     // "中 断 打 印" was pressed
 };
 
 // The live form, or null; a new one replaces every earlier review.
@@ -54,8 +57,5 @@ void RecomputeAll(Dlg_BPlot1& form, double scale);
 // Column titles and the cells of each row, as the list shows them.
 std::vector<std::string> BPlot1Columns();
 std::vector<std::vector<std::string>> BPlot1Cells(const Dlg_BPlot1& form);
-
-// The batch command up to the review list, which it shows.
-void GenericBatchCommand();
 
 }  // namespace tv::plot

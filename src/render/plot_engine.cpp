@@ -90,8 +90,11 @@ std::optional<PageLayout> LayOutPage(const PlotRequest& request, cad::Point2d wi
     ox = (page.printLlx + page.printUrx) / 2 - ww * page.scale / 2;
     oy = (page.printLly + page.printUry) / 2 - wh * page.scale / 2;
   }
-  page.spaceToPage = cad::Matrix3d::translation({ox, oy, 0}) * cad::Matrix3d::scaling(page.scale, page.scale, page.scale) *
-                     cad::Matrix3d::translation({-windowMin.x, -windowMin.y, 0});
+  page.viewToPage = cad::Matrix3d::translation({ox, oy, 0}) * cad::Matrix3d::scaling(page.scale, page.scale, page.scale) *
+                    cad::Matrix3d::translation({-windowMin.x, -windowMin.y, 0});
+  page.spaceToPage = request.viewTwist == 0 || !Finite(request.viewTwist)
+                         ? page.viewToPage
+                         : page.viewToPage * cad::Matrix3d::rotation(-request.viewTwist);
   return page;
 }
 
@@ -114,7 +117,12 @@ PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request) {
       result.message = "打印窗口内没有图形 !";
       return result;
     }
-    wmin = ext->min.to2d(), wmax = ext->max.to2d();
+    // The extents as the twisted view frames them.
+    const cad::Matrix3d toView = cad::Matrix3d::rotation(Finite(request.viewTwist) ? -request.viewTwist : 0.0);
+    cad::Extents3d view;
+    for (const cad::Point3d& c : {ext->min, cad::Point3d{ext->max.x, ext->min.y, 0}, ext->max, cad::Point3d{ext->min.x, ext->max.y, 0}})
+      view.add(toView.transform(cad::Point3d{c.x, c.y, 0}));
+    wmin = view.min.to2d(), wmax = view.max.to2d();
   }
   std::string message;
   const auto page = LayOutPage(request, wmin, wmax, message);
@@ -171,7 +179,7 @@ PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request) {
     plot_internal::DrawingPlotter plotter(db, *canvas, request, result);
     // Only the window reaches the paper.
     const auto corner = [&](double x, double y) {
-      const cad::Point3d p = page->spaceToPage.transform(cad::Point3d{x, y, 0});
+      const cad::Point3d p = page->viewToPage.transform(cad::Point3d{x, y, 0});
       return cad::Point2d{p.x, p.y};
     };
     canvas->pushClip({corner(wmin.x, wmin.y), corner(wmax.x, wmin.y), corner(wmax.x, wmax.y), corner(wmin.x, wmax.y)});

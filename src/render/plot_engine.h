@@ -15,7 +15,8 @@ PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request);
 struct PageLayout {
   double widthMm = 0, heightMm = 0;
   double printLlx = 0, printLly = 0, printUrx = 0, printUry = 0;
-  cad::Matrix3d spaceToPage;
+  cad::Matrix3d viewToPage;   // from the window's coordinates
+  cad::Matrix3d spaceToPage;  // from the space's coordinates: the view twist, then viewToPage
   double scale = 1;  // page mm per drawing unit
 };
 // nullopt with the message when the medium or the window cannot make a page.

@@ -55,8 +55,10 @@ PlotStyle PlotStyleFromTable(const PlotStyleTable& table);
 struct PlotRequest {
   // The space to plot: model space, or the paper space block of a layout. A null id plots model space.
   cad::ObjectId spaceBlock;
-  // The window in that space's coordinates; an empty window (min == max) plots the space's extents.
+  // The window in view coordinates: the space's coordinates turned by -viewTwist (radians), as a
+  // plan view twisted on screen shows them. An empty window (min == max) plots the space's extents.
   cad::Point2d windowMin, windowMax;
+  double viewTwist = 0;
   PlotMedium medium;
   bool fitToPrintable = true;   // else `scale` paper mm per drawing unit
   double scale = 1;

@@ -1,0 +1,311 @@
+#include "plot/plot_job.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+#include "host/editor.h"
+#include "host/pdf_files.h"
+#include "host/wrappers.h"
+#include "paper/ctb_writer.h"
+#include "paper/layout_plot_setting.h"
+#include "paper/plotter_writer.h"
+#include "paper/saved_plotter.h"
+#include "paper/scale_fitting.h"
+#include "plot/output_paths.h"
+#include "plot/review_forms.h"
+#include "settings/config.h"
+#include "settings/folders.h"
+
+namespace tv::plot {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Hosts before this version may return from a model-space plot before the file is there.
+constexpr double kSynchronousPlotVersion = 20.1;
+
+settings::PlotSettingRec& ActiveSetting() {
+  return Job().ActivePlotSetting ? *Job().ActivePlotSetting : settings::CurrentPlotSetting();
+}
+
+void Message(std::string_view text) { host::CurrentEditor().messageBox(text, kPlotCaption, host::MessageButtons::Ok); }
+
+// The plotter files follow the papers of the list: the private device is written again and the
+// current layout takes it.
+void RefreshPrivatePlotter(const paper::PaperList& papers) {
+  if (!paper::WritePrivatePlotter(papers)) return;
+  paper::LayoutPlotSetting layout(Job().ActivePlotSetting);
+  layout.SetDevice(paper::PrivatePlotterName(ActiveSetting().format));
+}
+
+// The plot settings of the current layout for one sheet, after switching to the sheet's layout.
+// Returns whether paper space is current.
+bool PrepareSheet(const recognition::Plot_Drawing1& sheet, const settings::PlotSettingRec& setting) {
+  if (!sheet.spaceId.isNull()) host::ActivateLayoutOf(sheet.spaceId);
+  const bool inLayout = host::IsPaperSpace();
+  paper::LayoutPlotSetting layout(&setting);
+  layout.ReadStyleList();
+  layout.ReadMediaList();
+  layout.SetDevice(paper::PrivatePlotterName(setting.format));
+  layout.SetPaper(sheet.paperName, sheet.rotated);
+  layout.SetPlotStyle(Job().PlotStyleIndex);
+  layout.SetWindow({sheet.minX, sheet.minY}, {sheet.maxX, sheet.maxY}, sheet.scale);
+  layout.SetRotation(sheet.rotated);
+  return inLayout;
+}
+
+// The index of a style name in the list a form offers; 0 when it isn't there.
+std::int32_t StyleIndexOf(const std::string& name) {
+  paper::LayoutPlotSetting layout;
+  const auto it = std::find(layout.styleList.begin(), layout.styleList.end(), name);
+  return it == layout.styleList.end() ? 0 : static_cast<std::int32_t>(it - layout.styleList.begin());
+}
+
+void EmptyFolder(const std::string& folder) {
+  std::error_code ec;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, ec))
+    if (entry.is_regular_file(ec)) fs::remove(entry.path(), ec);
+}
+
+// The end of a run that has no sheet left to retry.
+void EndRun(Dlg_BPlot1& form, ObjectId home) {
+  host::Editor& editor = host::CurrentEditor();
+  editor.progressEnd();
+  FinishBatch(form);
+  host::ActivateLayoutOf(home);
+  host::SetVar("FILEDIA", std::int32_t{1});
+}
+
+}  // namespace
+
+JobState& Job() {
+  static JobState state;
+  return state;
+}
+
+std::vector<std::string> PlotAnswers(std::int32_t format, bool inLayout, const std::string& path) {
+  std::vector<std::string> a{"-plot", "y", "", "", "", "M", "", "N", "W", "", "", "F", "C", "Y", "", ""};
+  if (inLayout) a.insert(a.end(), {"N", "N", "N"});
+  else a.emplace_back("A");
+  if (format == settings::kFormatPlt || format == settings::kFormatEps) a.emplace_back("Y");
+  a.push_back(path);
+  a.insert(a.end(), {"N", "Y"});
+  return a;
+}
+
+std::vector<std::string> PaperAnswers(bool inLayout, bool rotated, const std::string& path) {
+  std::vector<std::string> a{"-plot", "y", "", "", "", "", rotated ? "P" : "L", "N", "W", "", "", "F", "C", "Y", "", ""};
+  if (inLayout) a.insert(a.end(), {"N", "N", "N"});
+  else a.emplace_back("A");
+  if (path.empty()) {
+    a.emplace_back("N");
+  } else {
+    a.emplace_back("Y");
+    a.push_back(path);
+  }
+  a.insert(a.end(), {"N", "Y"});
+  return a;
+}
+
+void EnterPlotCommand() {
+  host::Editor& editor = host::CurrentEditor();
+  if (!host::IsPaperSpace()) editor.setCurrentUcs(Matrix3d::identity());
+  host::SetVar("PDFSHX", std::int32_t{0});
+  host::SetVar("EPDFSHX", std::int32_t{0});
+  host::SetVar("BACKGROUNDPLOT", std::int32_t{0});
+  editor.setEnv("AutomaticPlotLog", "0");
+  host::ReadLayerStates();
+  paper::EnsurePlotStyleTables();
+  paper::LayoutPlotSetting::SavePlotter(paper::GlobalSavedPlotter());
+  paper::SetPlotterRefresh(RefreshPrivatePlotter);
+  DestroyReviewForms();
+  Job() = JobState{};
+  settings::LoadDwgPlotSetting(settings::CurrentPlotSetting());
+}
+
+bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool rotated) {
+  CheckOutputPathLength(path);
+  JobState& job = Job();
+  job.PlotSignaturesVisible = plotSignatures;
+  job.InPlot = true;
+  const std::int32_t format = ActiveSetting().format;
+  host::CurrentEditor().command(PlotAnswers(format, inLayout, path));
+  bool done = true;
+  if (!inLayout && settings::HostVersion() < kSynchronousPlotVersion) {
+    std::error_code ec;
+    done = fs::exists(path, ec);
+  }
+  job.InPlot = false;
+  job.PlotSignaturesVisible = true;
+  if (!done) return false;
+
+  const settings::Config& config = settings::GlobalConfig();
+  if (format == settings::kFormatPdf && config.pdf_orientation != 0) {
+    const bool turn = (rotated && config.pdf_orientation == 1) || (!rotated && config.pdf_orientation == 2);
+    if (turn) host::RotatePdfPages(path, config.pdf_rotate_side == 0 ? 90 : 270);
+  }
+  return true;
+}
+
+bool PlotSheets(std::string folderOut, std::int32_t count) {
+  Dlg_BPlot1* form = GenericReview();
+  if (!form) return false;
+  JobState& job = Job();
+  const settings::PlotSettingRec setting = form->setting;
+  const bool merging = !job.MergedPdfPath.empty();
+  if (folderOut.empty())
+    folderOut = merging ? TempFolder() : OutputFolder(setting.path_mode, setting.format, form->setting.custom_path);
+  std::error_code ec;
+  fs::create_directories(folderOut, ec);  // a folder that can't be made shows when the first file fails
+  if (merging) EmptyFolder(folderOut);
+  job.LastFolder = folderOut;
+
+  host::Editor& editor = host::CurrentEditor();
+  host::SetVar("FILEDIA", std::int32_t{0});
+  const ObjectId home = host::OpenCurrentSpace();
+  editor.progressBegin("正在打印", count);
+
+  std::vector<std::int32_t> retry;
+  const std::int32_t rows = std::min<std::int32_t>(count, static_cast<std::int32_t>(form->job.keptSheets.size()));
+  for (std::int32_t i = 0; i < rows; ++i) {
+    if (form->cancel_requested) {
+      form->cancel_requested = false;
+      if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
+        EndRun(*form, home);
+        return false;
+      }
+    }
+    editor.progressSet(i + 1);
+    const recognition::Plot_Drawing1& sheet = *form->job.keptSheets[static_cast<std::size_t>(i)];
+    const bool inLayout = PrepareSheet(sheet, setting);
+    const std::string path =
+        merging ? MergeSheetPath(folderOut, i + 1) : SheetPath(folderOut, sheet.fileName, setting.format);
+    DeleteOldOutput(path);
+    if (!PlotOne(inLayout, path, setting.plot_signatures != 0, sheet.rotated)) retry.push_back(i);
+  }
+
+  if (!retry.empty()) {
+    job.RetryFolder = folderOut;
+    job.RetryLayoutId = home;
+    job.RetryIndices = std::move(retry);
+    editor.sendStringToExecute("\x03\x03");
+    editor.sendStringToExecute("Plot_BaseFun1_Standby\n");
+    host::SetVar("FILEDIA", std::int32_t{1});
+    return true;
+  }
+  EndRun(*form, home);
+  return true;
+}
+
+void StandbyGeneric() {
+  JobState& job = Job();
+  Dlg_BPlot1* form = GenericReview();
+  if (!form || job.RetryIndices.empty()) return;
+  host::Editor& editor = host::CurrentEditor();
+  host::SetVar("FILEDIA", std::int32_t{0});
+  const settings::PlotSettingRec setting = form->setting;
+  const bool merging = !job.MergedPdfPath.empty();
+  editor.progressBegin("正在打印", static_cast<int>(job.RetryIndices.size()));
+  std::int32_t running = 0;
+  for (const std::int32_t i : job.RetryIndices) {
+    ++running;
+    editor.progressSet(running);
+    if (i < 0 || static_cast<std::size_t>(i) >= form->job.keptSheets.size()) continue;
+    const recognition::Plot_Drawing1& sheet = *form->job.keptSheets[static_cast<std::size_t>(i)];
+    PrepareSheet(sheet, setting);
+    const std::string path = merging ? MergeSheetPath(job.RetryFolder, running)
+                                     : SheetPath(job.RetryFolder, sheet.fileName, setting.format);
+    DeleteOldOutput(path);
+    // A second miss goes unreported: the sheet has had its two tries.
+    PlotOne(true, path, setting.plot_signatures != 0, sheet.rotated);
+  }
+  job.RetryIndices.clear();
+  EndRun(*form, job.RetryLayoutId);
+}
+
+bool RunBatch(Dlg_BPlot1& form) {
+  host::Editor& editor = host::CurrentEditor();
+  settings::PlotSettingRec& setting = form.setting;
+  if (!paper::CheckPaperSizes(form.job.keptSheets, form.job.paperList, setting.format)) return false;
+  if (setting.format == settings::kFormatDwg) {
+    Message("本版本暂不能把图纸分割输出为 DWG 文件。");
+    return false;
+  }
+  if (setting.format == settings::kFormatDwf) {
+    Message("本版本暂不能输出 DWF 文件。");
+    return false;
+  }
+
+  JobState& job = Job();
+  job.ActivePlotSetting = &form.setting;
+  job.ActiveSheetJob = &form;
+  job.PlotStyleIndex = form.styleIndex;
+  {
+    paper::LayoutPlotSetting layout(&form.setting);
+    settings::GlobalConfig().last_plot_style = layout.StyleNameAt(form.styleIndex);
+  }
+  job.MergedPdfPath.clear();
+  if (setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0)
+    editor.print("\n本版本暂不能合并PDF，各图纸分别输出。");
+
+  editor.sendStringToExecute("\x03\x03");
+  editor.sendStringToExecute("Plot_Temp1\n");
+
+  paper::WriteScInfor(form.job.keptSheets);
+  settings::CurrentPlotSetting() = setting;
+  settings::SaveCurrentPlotSetting();
+  // The plotter files carry the margin and the background: written with the settings of the run.
+  paper::WritePrivatePlotter(form.job.paperList);
+  for (recognition::Plot_Drawing1* sheet : form.job.keptSheets) {
+    if (sheet->markerId.isNull()) continue;
+    host::EraseEntity(sheet->markerId);
+    sheet->markerId = ObjectId{};
+  }
+  form.plot_started = true;
+  return true;
+}
+
+void FinishBatch(Dlg_BPlot1& form) {
+  if (!form.plot_started) return;
+  paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
+  form.plot_started = false;
+  JobState& job = Job();
+  job.ActivePlotSetting = nullptr;
+  job.ActiveSheetJob = nullptr;
+  DestroyGenericReview();
+}
+
+void Plot_Temp1() {
+  Dlg_BPlot1* form = GenericReview();
+  if (!form || !form->plot_started) return;  // nothing waits to be plotted
+  const auto count = static_cast<std::int32_t>(form->job.keptSheets.size());
+  const bool merging = !Job().MergedPdfPath.empty();
+  const bool done = PlotSheets({}, count);
+  if (done && !merging && settings::GlobalConfig().open_folder_after != 0)
+    host::CurrentEditor().shellOpen(Job().LastFolder);
+  host::CurrentEditor().sendStringToExecute("TV_BatchPlot_2\n\x03\x03");
+}
+
+void GenericPlotCommand() {
+  EnterPlotCommand();
+  Dlg_BPlot1* form = RecogniseGenericBatch(true, std::nullopt);
+  if (!form) return;
+  form->styleIndex = StyleIndexOf(settings::GlobalConfig().last_plot_style);
+  host::RegenDrawing();
+  host::Editor& editor = host::CurrentEditor();
+  while (true) {
+    editor.showList(kBPlot1Title, BPlot1Columns(), BPlot1Cells(*form));
+    std::string answer;
+    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
+    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) {
+      DestroyGenericReview();
+      return;
+    }
+    if (RunBatch(*form)) return;
+  }
+}
+
+}  // namespace tv::plot
