@@ -13,6 +13,7 @@
 #include "console/console_command.h"
 #include "console/info_command.h"
 #include "console/paper_command.h"
+#include "console/plot_command.h"
 #include "console/run_command.h"
 #include "console/sheets_command.h"
 #include "console/subcommand.h"
@@ -32,6 +33,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &RunSubcommand,
     &PaperSubcommand,
     &SheetsSubcommand,
+    &PlotSubcommand,
     &TkSubcommand,
     &ConfigSubcommand,
 };

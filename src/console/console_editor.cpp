@@ -251,6 +251,7 @@ host::MessageAnswer ConsoleEditor::messageBox(std::string_view text, std::string
   }
   shown += text;
   print(shown);
+  messages_.emplace_back(text);
   if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
 
   std::string_view prompt;
@@ -344,6 +345,7 @@ void ConsoleEditor::reapViewers() {
 
 void ConsoleEditor::showList(std::string_view title, const std::vector<std::string>& columns,
                              const std::vector<std::vector<std::string>>& rows) {
+  lastListRows_ = static_cast<int>(rows.size());
   TextTable table;
   table.addRow(columns);
   for (const auto& row : rows) {

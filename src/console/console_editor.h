@@ -121,6 +121,10 @@ class ConsoleEditor final : public host::Editor {
     std::string message;  // why not
   };
   const std::vector<PlotRecord>& plots() const { return plots_; }
+  // The texts of the message boxes shown, oldest first.
+  const std::vector<std::string>& messages() const { return messages_; }
+  // Rows of the last review list shown; -1 before any.
+  int lastListRows() const { return lastListRows_; }
 
  private:
   // Prints `prompt` and takes the next answer, echoing it when it did not come from the terminal.
@@ -152,6 +156,8 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
+  std::vector<std::string> messages_;
+  int lastListRows_ = -1;
   std::unique_ptr<ProgressLine> progress_;
   int progressRange_ = 0;
   std::vector<pid_t> viewers_;  // xdg-open processes started and not yet reaped

@@ -22,13 +22,6 @@ constexpr std::string_view kUsage =
     "  显示图纸的版本、单位、各空间的实体数、图层、布局、块、词典和读取警告。\n"
     "  --json  以一个 JSON 对象输出\n";
 
-// Reader messages may carry line breaks; the command promises one line.
-std::string OneLine(std::string message) {
-  for (char& c : message)
-    if (c == '\n' || c == '\r') c = ' ';
-  return Printable(message);
-}
-
 int Fail(CliStreams& io, const std::string& message) {
   io.err << OneLine(message) << '\n';
   return kExitUnreadable;

@@ -1,300 +1,325 @@
-// The console host's "-plot": the host's command-line plot. It walks the prompts of a detailed
-// plot configuration, takes each answer from the command's arguments and then from the session,
-// and plots the chosen layout through the plot engine with what the layout's plot settings hold:
-// an empty answer accepts the layout's value, as the system's answer lists expect.
+#include "console/plot_command.h"
+
+#include <unistd.h>
+
+#include <charconv>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <optional>
+#include <sstream>
 #include <string>
 
+#include "console/args.h"
 #include "console/console_editor.h"
-#include "console/text_match.h"
-#include "host/cad_binding.h"
+#include "console/session.h"
+#include "console/session_launch.h"
+#include "console/text_table.h"
+#include "host/command_prologue.h"
 #include "host/layout_plot.h"
-#include "render/plot_engine.h"
-#include "render/plotter_files.h"
+#include "host/module_entry.h"
+#include "host/wrappers.h"
+#include "plot/output_paths.h"
+#include "plot/plot_job.h"
+#include "settings/config.h"
+#include "settings/folders.h"
+#include "settings/plot_setting.h"
 
 namespace tv::console {
 
 namespace {
 
 namespace fs = std::filesystem;
-using host::RTCAN;
-using host::RTERROR;
-using host::RTNORM;
 
-// Bits of the layout flags (group 70).
-constexpr std::int16_t kFlagPlotCentered = 4;
-constexpr std::int16_t kFlagUseStandardScale = 16;
-constexpr std::int16_t kFlagPlotPlotStyles = 32;
-constexpr std::int16_t kFlagPrintLineweights = 128;
+constexpr std::string_view kUsage =
+    "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt] [--out 文件夹 | --path-mode 0|1|2]\n"
+    "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
+    "                  [--range 范围] [--yes | --no] [--timings] [--verbose]\n"
+    "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n"
+    "  --format F       输出格式，默认取图纸的打印设置（tvplot config show）\n"
+    "  --out 文件夹     输出到该文件夹（不存在时创建）\n"
+    "  --path-mode N    0 图纸所在文件夹，1 图纸所在文件夹下按格式命名的子文件夹，2 设置中的自选文件夹\n"
+    "  --style S        打印样式：黑白、彩色、蓝白，或一个 .ctb 样式表文件\n"
+    "  --margin M       周边留白（毫米，-100 到 100）：正数加大纸张，负数缩小可打印区域\n"
+    "  --scale S        所有图框按 1:S 确定纸张（默认按多数图框推断）\n"
+    "  --order N        打印顺序 1 到 9（同 tvplot sheets）\n"
+    "  --range R        model、layouts、all（默认）或 current\n"
+    "  --yes / --no     对打印过程中的是/否提问一律回答“是”（默认）或“否”\n"
+    "  --timings        显示各阶段耗时\n"
+    "  --verbose        显示命令行的全部过程\n"
+    "  选项只用于本次打印，不改变用户配置；图纸文件本身不会被改写。\n"
+    "  退出码：0 全部图纸已输出，1 用法错误，2 图纸无法读取，4 未找到图框，5 有图纸未能输出\n";
 
-bool IsYes(std::string_view answer) {
-  const std::string a = AsciiUpper(TrimBlanks(answer));
-  return a == "Y" || a == "YES" || a == "是";
+constexpr int kExitNoSheets = 4;
+constexpr int kExitNotAllWritten = 5;
+
+struct Options {
+  std::string range = "all";
+  std::optional<std::int32_t> format;
+  std::optional<std::string> out;
+  std::optional<std::int32_t> pathMode;
+  std::optional<std::string> style;
+  std::optional<std::int32_t> margin;
+  std::optional<double> scale;
+  std::optional<std::int32_t> order;
+  bool no = false;
+  bool timings = false;
+  bool verbose = false;
+};
+
+std::optional<double> ParseNumber(std::string_view text) {
+  if (text.empty()) return std::nullopt;
+  double value = 0.0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+  return value;
 }
-bool IsNo(std::string_view answer) {
-  const std::string a = AsciiUpper(TrimBlanks(answer));
-  return a == "N" || a == "NO" || a == "否";
+
+std::optional<std::int32_t> ParseWhole(std::string_view text, std::int32_t low, std::int32_t high) {
+  const auto n = ParseNumber(text);
+  if (!n || *n != std::floor(*n) || *n < low || *n > high) return std::nullopt;
+  return static_cast<std::int32_t>(*n);
 }
 
-std::optional<Point2d> ParsePoint(std::string_view text) {
-  const std::string t(TrimBlanks(text));
-  const std::size_t comma = t.find(',');
-  if (comma == std::string::npos) return std::nullopt;
-  try {
-    std::size_t used = 0;
-    const double x = std::stod(t.substr(0, comma), &used);
-    if (used != comma) return std::nullopt;
-    const std::string rest = t.substr(comma + 1);
-    const double y = std::stod(rest, &used);
-    if (used != rest.size() || !std::isfinite(x) || !std::isfinite(y)) return std::nullopt;
-    return Point2d{x, y};
-  } catch (...) {
-    return std::nullopt;
+std::optional<std::int32_t> FormatCode(std::string_view name) {
+  static constexpr std::pair<std::string_view, std::int32_t> kFormats[] = {
+      {"pdf", settings::kFormatPdf}, {"jpg", settings::kFormatJpg}, {"png", settings::kFormatPng},
+      {"plt", settings::kFormatPlt}, {"eps", settings::kFormatEps}};
+  for (const auto& [n, code] : kFormats)
+    if (n == name) return code;
+  return std::nullopt;
+}
+
+int Usage(CliStreams& io, const std::string& message) {
+  io.err << "tvplot plot: " << message << '\n' << kUsage;
+  return kExitUsage;
+}
+
+std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
+  if (auto v = args.value("--range")) {
+    if (*v != "model" && *v != "layouts" && *v != "all" && *v != "current")
+      return "范围 " + Printable(*v) + " 无效，应为 model、layouts、all 或 current";
+    options.range = *v;
   }
-}
-
-// "1=100" or "1:100": plotted millimetres per drawing unit.
-std::optional<double> ParseScale(std::string_view text) {
-  std::string t(TrimBlanks(text));
-  const std::size_t sep = t.find_first_of("=:");
-  if (sep == std::string::npos) return std::nullopt;
-  try {
-    const double mm = std::stod(t.substr(0, sep));
-    const double units = std::stod(t.substr(sep + 1));
-    if (!(mm > 0) || !(units > 0) || !std::isfinite(mm / units)) return std::nullopt;
-    return mm / units;
-  } catch (...) {
-    return std::nullopt;
+  if (auto v = args.value("--format")) {
+    if (*v == "dwf" || *v == "dwg") return "本版本暂不能输出 " + *v + " 格式";
+    options.format = FormatCode(*v);
+    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、png、jpg、eps 或 plt";
   }
+  if (auto v = args.value("--out")) {
+    if (v->empty()) return "输出文件夹不能为空";
+    options.out = *v;
+  }
+  if (auto v = args.value("--path-mode")) {
+    options.pathMode = ParseWhole(*v, 0, 2);
+    if (!options.pathMode) return "存储路径 " + Printable(*v) + " 无效，应为 0、1 或 2";
+  }
+  if (options.out && options.pathMode) return "--out 与 --path-mode 只能选一个";
+  if (auto v = args.value("--style")) {
+    if (v->empty()) return "打印样式不能为空";
+    options.style = *v;
+  }
+  if (auto v = args.value("--margin")) {
+    options.margin = ParseWhole(*v, -100, 100);
+    if (!options.margin) return "周边留白 " + Printable(*v) + " 无效，应为 -100 到 100 的整数（毫米）";
+  }
+  if (auto v = args.value("--scale")) {
+    options.scale = ParseNumber(*v);
+    if (!options.scale || !(*options.scale > 0.0)) return "比例 " + Printable(*v) + " 无效，应为大于 0 的数";
+  }
+  if (auto v = args.value("--order")) {
+    options.order = ParseWhole(*v, 1, 9);
+    if (!options.order) return "打印顺序 " + Printable(*v) + " 无效，应为 1 到 9 的整数";
+  }
+  if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
+  options.no = args.has("--no");
+  options.timings = args.has("--timings");
+  options.verbose = args.has("--verbose");
+  return std::nullopt;
 }
 
-std::string PointText(Point2d p) {
-  char text[96];
-  std::snprintf(text, sizeof text, "%.4f,%.4f", p.x, p.y);
+// Proves by writing that files can be made in `folder`, creating it first.
+bool FolderTakesFiles(const std::string& folder, std::string& why) {
+  std::error_code ec;
+  fs::create_directories(folder, ec);
+  if (!fs::is_directory(folder, ec)) {
+    why = "输出文件夹 " + folder + " 无法创建";
+    return false;
+  }
+  const fs::path probe = fs::path(folder) / (".tvplot-probe-" + std::to_string(::getpid()));
+  {
+    std::ofstream file(probe);
+    file << "probe";
+    if (!file.good()) {
+      why = "输出文件夹 " + folder + " 无法写入";
+      fs::remove(probe, ec);
+      return false;
+    }
+  }
+  fs::remove(probe, ec);
+  return true;
+}
+
+// The style table chosen: one of the system's own by its word, a table of the host's style
+// folders by name, or a table file brought into the first style folder. Empty name on failure.
+std::string StyleTableName(const std::string& style, std::string& why) {
+  for (std::string_view word : {"黑白", "彩色", "蓝白"})
+    if (style == word) return style + ".ctb";
+  const fs::path given(style);
+  std::error_code ec;
+  if (!fs::is_regular_file(given, ec)) {
+    // A table the host already has.
+    for (const std::string& name : host::PlotStyleSheetList())
+      if (name == style) return name;
+    why = "打印样式表 " + style + " 不存在";
+    return {};
+  }
+  if (given.extension() != ".ctb") {
+    why = "打印样式表 " + style + " 不是 .ctb 文件";
+    return {};
+  }
+  const std::string folder = settings::FirstUsableFolder(settings::PrinterStyleFolders());
+  const fs::path target = fs::path(folder) / given.filename();
+  if (fs::exists(target, ec)) {
+    if (fs::equivalent(target, given, ec)) return given.filename().string();
+    std::ifstream a(target, std::ios::binary), b(given, std::ios::binary);
+    std::ostringstream ta, tb;
+    ta << a.rdbuf();
+    tb << b.rdbuf();
+    if (ta.str() != tb.str()) {
+      why = "打印样式文件夹中已有另一个同名的样式表 " + target.string();
+      return {};
+    }
+    return given.filename().string();
+  }
+  fs::copy_file(given, target, ec);
+  if (ec) {
+    why = "打印样式表无法复制到 " + folder;
+    return {};
+  }
+  return given.filename().string();
+}
+
+std::string Seconds(double s) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f", s);
   return text;
 }
 
-std::optional<render::PlotFormat> FormatOf(int code) {
-  switch (code) {
-    case 0: return render::PlotFormat::Pdf;
-    case 2: return render::PlotFormat::Jpg;
-    case 3: return render::PlotFormat::Png;
-    case 4: return render::PlotFormat::Plt;
-    case 5: return render::PlotFormat::Eps;
-    default: return std::nullopt;
+int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
+  ArgParseResult parsed = ParseArgs(
+      args, {.flags = {"--yes", "--no", "--timings", "--verbose"},
+             .valueOptions = {"--format", "--out", "--path-mode", "--style", "--margin", "--scale", "--order", "--range"}});
+  if (!parsed.args) return Usage(io, parsed.error);
+  if (parsed.args->positional.empty()) return Usage(io, "缺少图纸文件");
+  if (parsed.args->positional.size() > 1) return Usage(io, "多余的参数 " + Printable(parsed.args->positional[1]));
+  Options options;
+  if (auto error = ReadOptions(*parsed.args, options)) return Usage(io, *error);
+
+  const std::string& path = parsed.args->positional.front();
+  auto db = LoadDrawing(path, io);
+  if (!db) return kExitUnreadable;
+
+  const auto started = std::chrono::steady_clock::now();
+  std::ostringstream transcript;
+  SessionOptions sessionOptions;
+  sessionOptions.out = &transcript;
+  sessionOptions.err = &io.err;
+  sessionOptions.progress = io.errIsTerminal;
+  sessionOptions.yesNoAnswer = !options.no;
+  Session session(std::move(*db), path, std::move(sessionOptions));
+  host::OnLoad();
+  const settings::Config userConfig = settings::GlobalConfig();
+  const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
+  // The options steer this run only: what the run stores is put back before unload saves it.
+  const auto restore = [&] {
+    host::ShowTimings = false;
+    plot::FixedListScale().reset();
+    settings::GlobalConfig() = userConfig;
+    settings::CurrentPlotSetting() = drawingSetting;
+    host::OnUnload();
+  };
+
+  settings::PlotSettingRec rec = drawingSetting;
+  settings::Config& config = settings::GlobalConfig();
+  config.open_folder_after = 0;  // the summary names the folder; no file manager pops up
+  if (options.format) rec.format = *options.format;
+  if (options.margin) rec.margin = *options.margin;
+  if (options.order) rec.sort_style = *options.order;
+  if (options.pathMode) rec.path_mode = *options.pathMode;
+  if (options.out) {
+    rec.path_mode = plot::kPathCustom;
+    std::error_code ec;
+    rec.custom_path = fs::absolute(*options.out, ec).lexically_normal().string();
   }
-}
+  if (options.scale) plot::FixedListScale() = *options.scale;
+  if (rec.format == settings::kFormatDwf || rec.format == settings::kFormatDwg) {
+    io.err << "tvplot plot: 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
+           << " 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
+    restore();
+    return kExitUsage;
+  }
+  if (options.style) {
+    std::string why;
+    const std::string name = StyleTableName(*options.style, why);
+    if (name.empty()) {
+      io.err << "tvplot plot: " << why << '\n';
+      restore();
+      return kExitUsage;
+    }
+    config.last_plot_style = name;
+  }
+  std::string folderCustom = rec.custom_path;
+  const std::string folder = options.out ? rec.custom_path : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
+  if (std::string why; !FolderTakesFiles(folder, why)) {
+    io.err << "tvplot plot: " << why << "，未打印\n";
+    restore();
+    return kExitNotAllWritten;
+  }
+  settings::SaveDwgPlotSetting(rec);
+  host::ShowTimings = options.timings;
 
-// Devices of codes 0 to 3 write files only; the others could drive a plotter and ask first.
-bool FileOnly(int code) { return code >= 0 && code <= 3; }
+  // The range, the review list's OK, and Esc for the list the command shows again at the end.
+  ConsoleEditor& editor = session.editor();
+  std::vector<std::string> answers = RangeAnswers(options.range, host::IsPaperSpace());
+  answers.emplace_back("");
+  answers.emplace_back("^C");
+  editor.answers().pushFront(answers);
+  session.runCommandLine("TV_BatchPlot_2");
+  const int listed = editor.lastListRows();
+  restore();
 
-const render::PlotterMedium* FindMedium(const render::PlotterConfig& config, std::string_view name) {
-  for (const render::PlotterMedium& m : config.media)
-    if (m.name == name) return &m;
-  for (const render::PlotterMedium& m : config.media)
-    if (m.localeName == name) return &m;
-  return nullptr;
+  if (options.verbose || options.timings) io.err << transcript.str() << '\n';
+  if (listed <= 0) {
+    io.err << "tvplot plot: 未找到图框\n";
+    return kExitNoSheets;
+  }
+  std::size_t written = 0;
+  for (const ConsoleEditor::PlotRecord& p : editor.plots()) {
+    if (p.ok) {
+      ++written;
+      io.out << p.path << '\n';
+    } else {
+      io.err << "未输出 " << (p.path.empty() ? std::string("（无文件名）") : p.path) << "：" << OneLine(p.message) << '\n';
+    }
+  }
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  io.out << "共 " << listed << " 张图纸，已输出 " << written << " 个文件到 " << folder << "，用时 " << Seconds(seconds)
+         << " 秒\n";
+  io.out.flush();
+  if (written == static_cast<std::size_t>(listed)) return kExitOk;
+  if (editor.plots().empty())
+    for (const std::string& m : editor.messages()) io.err << "tvplot plot: " << OneLine(m) << '\n';
+  return kExitNotAllWritten;
 }
 
 }  // namespace
 
-int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
-  std::size_t next = 1;
-  // The next answer: an argument of the call, else one of the session.
-  const auto take = [&](std::string_view prompt) -> std::optional<std::string> {
-    if (next < args.size()) {
-      print(prompt);
-      const std::string& a = args[next++];
-      print(a);
-      return a;
-    }
-    return ask(prompt);
-  };
-
-  cad::Layout* layout = db_.objectAs<cad::Layout>(host::Working().currentLayout);
-  if (!layout) {
-    print("\n没有可打印的布局。");
-    return RTERROR;
-  }
-
-  auto reply = take("\n是否需要详细打印配置？[是(Y)/否(N)] <否>: ");
-  if (!reply) return RTCAN;
-  const bool detailed = IsYes(*reply);
-
-  reply = take("\n输入布局名或 [?] <" + layout->name + ">: ");
-  if (!reply) return RTCAN;
-  if (!TrimBlanks(*reply).empty()) {
-    cad::Layout* named = nullptr;
-    for (cad::Layout* l : db_.layoutsInTabOrder())
-      if (EqualsNoCase(l->name, TrimBlanks(*reply))) named = l;
-    if (!named) {
-      print("\n未找到布局“" + std::string(TrimBlanks(*reply)) + "”。");
-      return RTERROR;
-    }
-    layout = named;
-  }
-  cad::PlotSettings plot = layout->plot;  // what this plot uses; the layout keeps its own
-
-  reply = take("\n输入输出设备的名称或 [?] <" + plot.plotterName + ">: ");
-  if (!reply) return RTCAN;
-  if (!TrimBlanks(*reply).empty()) plot.plotterName = std::string(TrimBlanks(*reply));
-  const std::string deviceFile = host::PlotDeviceFile(plot.plotterName);
-  std::string error;
-  std::optional<render::PlotterConfig> device;
-  if (!deviceFile.empty()) device = render::ReadPlotterConfig(deviceFile, &error);
-  const int code = device ? device->format : -1;
-
-  bool turned = plot.rotation == 1 || plot.rotation == 3;
-  bool toFile = true;
-  std::string path;
-  if (detailed) {
-    reply = take("\n输入图纸尺寸或 [?] <" + plot.paperSize + ">: ");
-    if (!reply) return RTCAN;
-    if (!TrimBlanks(*reply).empty()) plot.paperSize = std::string(TrimBlanks(*reply));
-    if (!take("\n输入图纸单位 [英寸(I)/毫米(M)/像素(P)] <毫米>: ")) return RTCAN;
-    reply = take(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ");
-    if (!reply) return RTCAN;
-    const std::string o = AsciiUpper(TrimBlanks(*reply));
-    if (o == "P" || o == "纵向") turned = true;
-    if (o == "L" || o == "横向") turned = false;
-    if (!take("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
-    reply = take("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ");
-    if (!reply) return RTCAN;
-    const std::string area = AsciiUpper(TrimBlanks(*reply));
-    if (area == "E" || area == "D") plot.plotType = host::kPlotExtents;
-    if (area == "W" || area.empty()) {
-      plot.plotType = host::kPlotWindow;
-      for (Point2d* corner : {&plot.windowMin, &plot.windowMax}) {
-        reply = take(std::string(corner == &plot.windowMin ? "\n输入窗口的左下角" : "\n输入窗口的右上角") + " <" +
-                     PointText(*corner) + ">: ");
-        if (!reply) return RTCAN;
-        if (TrimBlanks(*reply).empty()) continue;
-        const auto p = ParsePoint(*reply);
-        if (!p) {
-          print("\n需要点坐标。");
-          return RTERROR;
-        }
-        *corner = *p;
-      }
-    }
-    reply = take("\n输入打印比例 (打印的 毫米=图形单位) 或 [布满(F)] <布满>: ");
-    if (!reply) return RTCAN;
-    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "F" || s == "布满") {
-      plot.layoutFlags |= kFlagUseStandardScale;
-      plot.standardScaleType = host::kScaleToFit;
-    } else if (!s.empty()) {
-      const auto scale = ParseScale(s);
-      if (!scale) {
-        print("\n无效的打印比例。");
-        return RTERROR;
-      }
-      plot.layoutFlags &= ~kFlagUseStandardScale;
-      plot.customScaleNumerator = *scale, plot.customScaleDenominator = 1;
-    }
-    reply = take("\n输入打印偏移 (x,y) 或 [居中打印(C)] <居中>: ");
-    if (!reply) return RTCAN;
-    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "C" || s == "居中打印") plot.layoutFlags |= kFlagPlotCentered;
-    else if (!s.empty()) plot.layoutFlags &= ~kFlagPlotCentered;
-    reply = take("\n是否按样式打印？[是(Y)/否(N)] <是>: ");
-    if (!reply) return RTCAN;
-    if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPlotPlotStyles;
-    else if (IsYes(*reply)) plot.layoutFlags |= kFlagPlotPlotStyles;
-    reply = take("\n输入打印样式表名称或 [?] (输入 . 表示无) <" + plot.styleSheet + ">: ");
-    if (!reply) return RTCAN;
-    if (TrimBlanks(*reply) == ".") plot.styleSheet.clear();
-    else if (!TrimBlanks(*reply).empty()) plot.styleSheet = std::string(TrimBlanks(*reply));
-    reply = take("\n是否打印线宽？[是(Y)/否(N)] <是>: ");
-    if (!reply) return RTCAN;
-    if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPrintLineweights;
-    else if (IsYes(*reply)) plot.layoutFlags |= kFlagPrintLineweights;
-    if (layout->isModel()) {
-      if (!take("\n输入着色打印设置 [按显示(A)/线框(W)/消隐(H)/视觉样式(V)/渲染(R)] <按显示>: ")) return RTCAN;
-    } else {
-      for (const char* prompt : {"\n是否按打印比例缩放线宽？[是(Y)/否(N)] <否>: ", "\n是否先打印图纸空间？[是(Y)/否(N)] <否>: ",
-                                 "\n是否隐藏图纸空间对象？[是(Y)/否(N)] <否>: "})
-        if (!take(prompt)) return RTCAN;
-    }
-  }
-  if (!FileOnly(code)) {
-    reply = take("\n是否打印到文件 [是(Y)/否(N)] <否>: ");
-    if (!reply) return RTCAN;
-    toFile = IsYes(*reply);
-  }
-  if (toFile) {
-    const std::string offered = fs::path(path_).stem().string() + "-" + layout->name;
-    reply = take("\n输入文件名 <" + offered + ">: ");
-    if (!reply) return RTCAN;
-    path = std::string(TrimBlanks(*reply));
-    if (path.empty()) path = (fs::path(path_).parent_path() / offered).string();
-  }
-  if (detailed && !take("\n是否保存对页面设置的修改 [是(Y)/否(N)]? <否>: ")) return RTCAN;
-  reply = take("\n是否继续打印？[是(Y)/否(N)] <是>: ");
-  if (!reply) return RTCAN;
-  if (IsNo(*reply)) return RTCAN;
-
-  PlotRecord record{path, false, {}};
-  const auto refuse = [&](std::string message) {
-    print("\n" + message);
-    record.message = std::move(message);
-    plots_.push_back(std::move(record));
-    return RTERROR;
-  };
-  if (!device) {
-    return refuse("打印设备“" + plot.plotterName + "”无法使用" + (error.empty() ? std::string() : "：" + error) +
-                  "，未打印。");
-  }
-  if (code == 1) return refuse("本版本暂不能输出 DWF 文件，未打印。");
-  const std::optional<render::PlotFormat> format = FormatOf(code);
-  if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
-  if (!toFile) return refuse("本版本只能打印到文件，未打印。");
-  const render::PlotterMedium* medium = FindMedium(*device, plot.paperSize);
-  if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
-
-  render::PlotRequest request;
-  request.spaceBlock = layout->isModel() ? cad::ObjectId{} : layout->blockRecord;
-  if (plot.plotType == host::kPlotWindow) {
-    // The window is stored relative to the view target, in display coordinates.
-    const Point3d target = host::AsPoint(getVar("TARGET")).value_or(Point3d{});
-    request.windowMin = {plot.windowMin.x + target.x, plot.windowMin.y + target.y};
-    request.windowMax = {plot.windowMax.x + target.x, plot.windowMax.y + target.y};
-    if (layout->isModel()) request.viewTwist = host::AsReal(getVar("VIEWTWIST")).value_or(0.0);
-  }
-  request.medium = {medium->widthMm,      medium->heightMm,     medium->printableLlx, medium->printableLly,
-                    medium->printableUrx, medium->printableUry, turned};
-  const bool fit = (plot.layoutFlags & kFlagUseStandardScale) && plot.standardScaleType == host::kScaleToFit;
-  request.fitToPrintable = fit;
-  if (!fit && plot.customScaleDenominator > 0) request.scale = plot.customScaleNumerator / plot.customScaleDenominator;
-  request.centered = (plot.layoutFlags & kFlagPlotCentered) != 0;
-  request.format = *format;
-  // Raster media are measured in pixels: one pixel for each unit of the medium.
-  request.rasterDpi = 25.4;
-  request.enlarge = 1;
-  const std::uint32_t bgr = device->backgroundBgr;
-  request.background = {static_cast<std::uint8_t>(bgr & 0xFF), static_cast<std::uint8_t>((bgr >> 8) & 0xFF),
-                        static_cast<std::uint8_t>((bgr >> 16) & 0xFF)};
-  request.style = render::PlotStyle::objectColors();
-  if ((plot.layoutFlags & kFlagPlotPlotStyles) && !plot.styleSheet.empty()) {
-    const std::string styleFile = host::PlotStyleSheetFile(plot.styleSheet);
-    std::string styleError;
-    std::optional<render::PlotStyleTable> table;
-    if (!styleFile.empty()) table = render::ReadPlotStyleTable(styleFile, &styleError);
-    if (table) request.style = render::PlotStyleFromTable(*table);
-    else print("\n打印样式表“" + plot.styleSheet + "”无法读取，按对象颜色打印。");
-  }
-  request.lineweights = (plot.layoutFlags & kFlagPrintLineweights) != 0;
-  request.textAsGeometry = device->textAsGraphics;
-  request.outputPath = path;
-  request.drawingFolder = fs::path(path_).parent_path().string();
-
-  const render::PlotResult result = render::PlotWindow(db_, request);
-  for (const std::string& note : result.notes) print("\n" + note);
-  if (!result.ok) return refuse(result.message);
-  print("\n已打印到文件 " + path);
-  record.ok = true;
-  plots_.push_back(std::move(record));
-  return RTNORM;
+const Subcommand& PlotSubcommand() {
+  static const Subcommand kPlot{"plot", "识别图框并批量打印到文件", kUsage, &RunPlot};
+  return kPlot;
 }
 
 }  // namespace tv::console

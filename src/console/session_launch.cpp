@@ -11,16 +11,6 @@
 
 namespace tv::console {
 
-namespace {
-
-std::string OneLine(std::string message) {
-  for (char& c : message)
-    if (c == '\n' || c == '\r') c = ' ';
-  return Printable(message);
-}
-
-}  // namespace
-
 std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::string_view usage,
                                          const std::vector<std::string>& args, std::size_t positionalCount,
                                          CliStreams& io, int& exitCode) {
@@ -69,6 +59,14 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
     request.answers.insert(request.answers.end(), lines->begin(), lines->end());
   }
   return request;
+}
+
+std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout) {
+  int item = 2;
+  if (range == "model") item = 0;
+  else if (range == "layouts") item = 1;
+  else if (range == "current") item = inLayout ? 3 : 0;
+  return {"", std::to_string(item + 1)};
 }
 
 std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io) {

@@ -24,6 +24,10 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
                                          const std::vector<std::string>& args, std::size_t positionalCount,
                                          CliStreams& io, int& exitCode);
 
+// The answers that make the range prompt of the batch commands walk the spaces of `range`
+// ("model", "layouts", "all", "current"): Enter, then the item of "自动遍历".
+std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout);
+
 // Reads the drawing; nullopt after printing why on io.err.
 std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io);
 

@@ -128,15 +128,6 @@ void ApplySettings(const Options& options) {
   if (options.order) rec.sort_style = *options.order;
 }
 
-// The answers that make the prompt walk the spaces of `range`: Enter, then the item of "自动遍历".
-std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout) {
-  int item = 2;
-  if (range == "model") item = 0;
-  else if (range == "layouts") item = 1;
-  else if (range == "current") item = inLayout ? 3 : 0;
-  return {"", std::to_string(item + 1)};
-}
-
 std::map<ObjectId, std::string> LayoutNames() {
   std::map<ObjectId, std::string> names;
   for (const host::LayoutFacts& l : host::ListLayouts())

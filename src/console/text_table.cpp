@@ -47,4 +47,10 @@ void TextTable::print(std::ostream& out, std::string_view indent) const {
   }
 }
 
+std::string OneLine(std::string message) {
+  for (char& c : message)
+    if (c == '\n' || c == '\r') c = ' ';
+  return Printable(message);
+}
+
 }  // namespace tv::console

@@ -13,6 +13,8 @@ std::size_t DisplayWidth(std::string_view utf8);
 
 // Text safe to print on one terminal line: control characters become '?'.
 std::string Printable(std::string_view text);
+// The same for a message that may span lines: its line breaks become blanks.
+std::string OneLine(std::string message);
 
 class TextTable {
  public:

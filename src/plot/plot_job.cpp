@@ -15,6 +15,7 @@
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/review_forms.h"
+#include "recognition/sheet_traversal.h"
 #include "settings/config.h"
 #include "settings/folders.h"
 
@@ -81,6 +82,11 @@ void EndRun(Dlg_BPlot1& form, ObjectId home) {
 
 }  // namespace
 
+std::optional<double>& FixedListScale() {
+  static std::optional<double> scale;
+  return scale;
+}
+
 JobState& Job() {
   static JobState state;
   return state;
@@ -112,7 +118,9 @@ std::vector<std::string> PaperAnswers(bool inLayout, bool rotated, const std::st
 
 void EnterPlotCommand() {
   host::Editor& editor = host::CurrentEditor();
-  if (!host::IsPaperSpace()) editor.setCurrentUcs(Matrix3d::identity());
+  // Sheets are found and plotted in the working coordinates of the current UCS, with the view
+  // turned to its plan, so that frames drawn in a turned UCS plot upright.
+  recognition::RefreshUcs(true);
   host::SetVar("PDFSHX", std::int32_t{0});
   host::SetVar("EPDFSHX", std::int32_t{0});
   host::SetVar("BACKGROUNDPLOT", std::int32_t{0});
@@ -291,7 +299,7 @@ void Plot_Temp1() {
 
 void GenericPlotCommand() {
   EnterPlotCommand();
-  Dlg_BPlot1* form = RecogniseGenericBatch(true, std::nullopt);
+  Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
   if (!form) return;
   form->styleIndex = StyleIndexOf(settings::GlobalConfig().last_plot_style);
   host::RegenDrawing();

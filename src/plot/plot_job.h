@@ -4,6 +4,7 @@
 // plots, and at its end the batch command is posted again. The answers of `-plot` accept what the
 // layout's plot settings hold, which the driver sets before each sheet.
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +42,7 @@ std::vector<std::string> PlotAnswers(std::int32_t format, bool inLayout, const s
 // The answers of the paper batch: orientation by `rotated`; a file when `path` isn't empty.
 std::vector<std::string> PaperAnswers(bool inLayout, bool rotated, const std::string& path);
 
-// Steps 2 to 7 of every plotting command before recognition: world UCS in model space, the plot
+// Steps 2 to 7 of every plotting command before recognition: the working coordinates, the plot
 // variables, the layer states, the colour tables, the user's plotter saved, the drawing's
 // settings read.
 void EnterPlotCommand();
@@ -63,6 +64,10 @@ void FinishBatch(Dlg_BPlot1& form);
 // The private commands of the generic family.
 void Plot_Temp1();
 void StandbyGeneric();
+
+// A scale the user fixed for the review list (the scale form with "自动识别" off); unset, the list
+// takes the scale most sheets have.
+std::optional<double>& FixedListScale();
 
 // The generic batch command: recognition, the review list and, on its OK, the run.
 void GenericPlotCommand();

@@ -1,0 +1,316 @@
+// The console host's "-plot": the host's command-line plot. It walks the prompts of a detailed
+// plot configuration, takes each answer from the command's arguments and then from the session,
+// and plots the chosen layout through the plot engine with what the layout's plot settings hold:
+// an empty answer accepts the layout's value, as the system's answer lists expect.
+#include <cmath>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "console/console_editor.h"
+#include "console/text_match.h"
+#include "host/cad_binding.h"
+#include "host/layout_plot.h"
+#include "render/plot_engine.h"
+#include "render/plotter_files.h"
+
+namespace tv::console {
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::RTCAN;
+using host::RTERROR;
+using host::RTNORM;
+
+// Bits of the layout flags (group 70).
+constexpr std::int16_t kFlagPlotCentered = 4;
+constexpr std::int16_t kFlagUseStandardScale = 16;
+constexpr std::int16_t kFlagPlotPlotStyles = 32;
+constexpr std::int16_t kFlagPrintLineweights = 128;
+
+bool IsYes(std::string_view answer) {
+  const std::string a = AsciiUpper(TrimBlanks(answer));
+  return a == "Y" || a == "YES" || a == "是";
+}
+bool IsNo(std::string_view answer) {
+  const std::string a = AsciiUpper(TrimBlanks(answer));
+  return a == "N" || a == "NO" || a == "否";
+}
+
+std::optional<Point2d> ParsePoint(std::string_view text) {
+  const std::string t(TrimBlanks(text));
+  const std::size_t comma = t.find(',');
+  if (comma == std::string::npos) return std::nullopt;
+  try {
+    std::size_t used = 0;
+    const double x = std::stod(t.substr(0, comma), &used);
+    if (used != comma) return std::nullopt;
+    const std::string rest = t.substr(comma + 1);
+    const double y = std::stod(rest, &used);
+    if (used != rest.size() || !std::isfinite(x) || !std::isfinite(y)) return std::nullopt;
+    return Point2d{x, y};
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
+// "1=100" or "1:100": plotted millimetres per drawing unit.
+std::optional<double> ParseScale(std::string_view text) {
+  std::string t(TrimBlanks(text));
+  const std::size_t sep = t.find_first_of("=:");
+  if (sep == std::string::npos) return std::nullopt;
+  try {
+    const double mm = std::stod(t.substr(0, sep));
+    const double units = std::stod(t.substr(sep + 1));
+    if (!(mm > 0) || !(units > 0) || !std::isfinite(mm / units)) return std::nullopt;
+    return mm / units;
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
+std::string PointText(Point2d p) {
+  char text[96];
+  std::snprintf(text, sizeof text, "%.4f,%.4f", p.x, p.y);
+  return text;
+}
+
+std::optional<render::PlotFormat> FormatOf(int code) {
+  switch (code) {
+    case 0: return render::PlotFormat::Pdf;
+    case 2: return render::PlotFormat::Jpg;
+    case 3: return render::PlotFormat::Png;
+    case 4: return render::PlotFormat::Plt;
+    case 5: return render::PlotFormat::Eps;
+    default: return std::nullopt;
+  }
+}
+
+// Devices of codes 0 to 3 write files only; the others could drive a plotter and ask first.
+bool FileOnly(int code) { return code >= 0 && code <= 3; }
+
+const render::PlotterMedium* FindMedium(const render::PlotterConfig& config, std::string_view name) {
+  for (const render::PlotterMedium& m : config.media)
+    if (m.name == name) return &m;
+  for (const render::PlotterMedium& m : config.media)
+    if (m.localeName == name) return &m;
+  return nullptr;
+}
+
+}  // namespace
+
+int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
+  std::size_t next = 1;
+  // The next answer: an argument of the call, else one of the session.
+  const auto take = [&](std::string_view prompt) -> std::optional<std::string> {
+    if (next < args.size()) {
+      print(prompt);
+      const std::string& a = args[next++];
+      print(a);
+      return a;
+    }
+    return ask(prompt);
+  };
+
+  cad::Layout* layout = db_.objectAs<cad::Layout>(host::Working().currentLayout);
+  if (!layout) {
+    print("\n没有可打印的布局。");
+    return RTERROR;
+  }
+
+  auto reply = take("\n是否需要详细打印配置？[是(Y)/否(N)] <否>: ");
+  if (!reply) return RTCAN;
+  const bool detailed = IsYes(*reply);
+
+  reply = take("\n输入布局名或 [?] <" + layout->name + ">: ");
+  if (!reply) return RTCAN;
+  if (!TrimBlanks(*reply).empty()) {
+    cad::Layout* named = nullptr;
+    for (cad::Layout* l : db_.layoutsInTabOrder())
+      if (EqualsNoCase(l->name, TrimBlanks(*reply))) named = l;
+    if (!named) {
+      print("\n未找到布局“" + std::string(TrimBlanks(*reply)) + "”。");
+      return RTERROR;
+    }
+    layout = named;
+  }
+  cad::PlotSettings plot = layout->plot;  // what this plot uses; the layout keeps its own
+
+  reply = take("\n输入输出设备的名称或 [?] <" + plot.plotterName + ">: ");
+  if (!reply) return RTCAN;
+  if (!TrimBlanks(*reply).empty()) plot.plotterName = std::string(TrimBlanks(*reply));
+  const std::string deviceFile = host::PlotDeviceFile(plot.plotterName);
+  std::string error;
+  std::optional<render::PlotterConfig> device;
+  if (!deviceFile.empty()) device = render::ReadPlotterConfig(deviceFile, &error);
+  const int code = device ? device->format : -1;
+
+  bool turned = plot.rotation == 1 || plot.rotation == 3;
+  bool toFile = true;
+  std::string path;
+  if (detailed) {
+    reply = take("\n输入图纸尺寸或 [?] <" + plot.paperSize + ">: ");
+    if (!reply) return RTCAN;
+    if (!TrimBlanks(*reply).empty()) plot.paperSize = std::string(TrimBlanks(*reply));
+    if (!take("\n输入图纸单位 [英寸(I)/毫米(M)/像素(P)] <毫米>: ")) return RTCAN;
+    reply = take(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ");
+    if (!reply) return RTCAN;
+    const std::string o = AsciiUpper(TrimBlanks(*reply));
+    if (o == "P" || o == "纵向") turned = true;
+    if (o == "L" || o == "横向") turned = false;
+    if (!take("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
+    reply = take("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ");
+    if (!reply) return RTCAN;
+    const std::string area = AsciiUpper(TrimBlanks(*reply));
+    if (area == "E" || area == "D") plot.plotType = host::kPlotExtents;
+    if (area == "W" || area.empty()) {
+      plot.plotType = host::kPlotWindow;
+      for (Point2d* corner : {&plot.windowMin, &plot.windowMax}) {
+        reply = take(std::string(corner == &plot.windowMin ? "\n输入窗口的左下角" : "\n输入窗口的右上角") + " <" +
+                     PointText(*corner) + ">: ");
+        if (!reply) return RTCAN;
+        if (TrimBlanks(*reply).empty()) continue;
+        const auto p = ParsePoint(*reply);
+        if (!p) {
+          print("\n需要点坐标。");
+          return RTERROR;
+        }
+        *corner = *p;
+      }
+    }
+    reply = take("\n输入打印比例 (打印的 毫米=图形单位) 或 [布满(F)] <布满>: ");
+    if (!reply) return RTCAN;
+    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "F" || s == "布满") {
+      plot.layoutFlags |= kFlagUseStandardScale;
+      plot.standardScaleType = host::kScaleToFit;
+    } else if (!s.empty()) {
+      const auto scale = ParseScale(s);
+      if (!scale) {
+        print("\n无效的打印比例。");
+        return RTERROR;
+      }
+      plot.layoutFlags &= ~kFlagUseStandardScale;
+      plot.customScaleNumerator = *scale, plot.customScaleDenominator = 1;
+    }
+    reply = take("\n输入打印偏移 (x,y) 或 [居中打印(C)] <居中>: ");
+    if (!reply) return RTCAN;
+    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "C" || s == "居中打印") plot.layoutFlags |= kFlagPlotCentered;
+    else if (!s.empty()) plot.layoutFlags &= ~kFlagPlotCentered;
+    reply = take("\n是否按样式打印？[是(Y)/否(N)] <是>: ");
+    if (!reply) return RTCAN;
+    if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPlotPlotStyles;
+    else if (IsYes(*reply)) plot.layoutFlags |= kFlagPlotPlotStyles;
+    reply = take("\n输入打印样式表名称或 [?] (输入 . 表示无) <" + plot.styleSheet + ">: ");
+    if (!reply) return RTCAN;
+    if (TrimBlanks(*reply) == ".") plot.styleSheet.clear();
+    else if (!TrimBlanks(*reply).empty()) plot.styleSheet = std::string(TrimBlanks(*reply));
+    reply = take("\n是否打印线宽？[是(Y)/否(N)] <是>: ");
+    if (!reply) return RTCAN;
+    if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPrintLineweights;
+    else if (IsYes(*reply)) plot.layoutFlags |= kFlagPrintLineweights;
+    if (layout->isModel()) {
+      if (!take("\n输入着色打印设置 [按显示(A)/线框(W)/消隐(H)/视觉样式(V)/渲染(R)] <按显示>: ")) return RTCAN;
+    } else {
+      for (const char* prompt : {"\n是否按打印比例缩放线宽？[是(Y)/否(N)] <否>: ", "\n是否先打印图纸空间？[是(Y)/否(N)] <否>: ",
+                                 "\n是否隐藏图纸空间对象？[是(Y)/否(N)] <否>: "})
+        if (!take(prompt)) return RTCAN;
+    }
+  }
+  if (!FileOnly(code)) {
+    reply = take("\n是否打印到文件 [是(Y)/否(N)] <否>: ");
+    if (!reply) return RTCAN;
+    toFile = IsYes(*reply);
+  }
+  if (toFile) {
+    const std::string offered = fs::path(path_).stem().string() + "-" + layout->name;
+    reply = take("\n输入文件名 <" + offered + ">: ");
+    if (!reply) return RTCAN;
+    path = std::string(TrimBlanks(*reply));
+    if (path.empty()) path = (fs::path(path_).parent_path() / offered).string();
+  }
+  if (detailed && !take("\n是否保存对页面设置的修改 [是(Y)/否(N)]? <否>: ")) return RTCAN;
+  reply = take("\n是否继续打印？[是(Y)/否(N)] <是>: ");
+  if (!reply) return RTCAN;
+  if (IsNo(*reply)) return RTCAN;
+
+  PlotRecord record{path, false, {}};
+  const auto refuse = [&](std::string message) {
+    print("\n" + message);
+    record.message = std::move(message);
+    plots_.push_back(std::move(record));
+    return RTERROR;
+  };
+  if (!device) {
+    return refuse("打印设备“" + plot.plotterName + "”无法使用" + (error.empty() ? std::string() : "：" + error) +
+                  "，未打印。");
+  }
+  if (code == 1) return refuse("本版本暂不能输出 DWF 文件，未打印。");
+  const std::optional<render::PlotFormat> format = FormatOf(code);
+  if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
+  if (!toFile) return refuse("本版本只能打印到文件，未打印。");
+  const render::PlotterMedium* medium = FindMedium(*device, plot.paperSize);
+  if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
+
+  render::PlotRequest request;
+  request.spaceBlock = layout->isModel() ? cad::ObjectId{} : layout->blockRecord;
+  if (plot.plotType == host::kPlotWindow) {
+    // The window is stored relative to the view target, in display coordinates. The batch turns
+    // the view to the plan of the current UCS, so in model space these are UCS coordinates; the
+    // engine's view coordinates are world ones turned by the UCS angle, which shifts the window by
+    // the UCS origin turned back.
+    const Point3d target = host::AsPoint(getVar("TARGET")).value_or(Point3d{});
+    Point2d shift{target.x, target.y};
+    if (layout->isModel()) {
+      const Matrix3d ucs = currentUcs();
+      const Point3d origin = ucs.transform(Point3d{0, 0, 0});
+      const Point3d xEnd = ucs.transform(Point3d{1, 0, 0});
+      const double angle = std::atan2(xEnd.y - origin.y, xEnd.x - origin.x);
+      if (std::isfinite(angle) && angle != 0.0) {
+        request.viewTwist = angle;
+        const Point3d back = Matrix3d::rotation(-angle).transform(Point3d{origin.x, origin.y, 0});
+        shift.x += back.x, shift.y += back.y;
+      } else {
+        shift.x += origin.x, shift.y += origin.y;
+      }
+    }
+    request.windowMin = {plot.windowMin.x + shift.x, plot.windowMin.y + shift.y};
+    request.windowMax = {plot.windowMax.x + shift.x, plot.windowMax.y + shift.y};
+  }
+  request.medium = {medium->widthMm,      medium->heightMm,     medium->printableLlx, medium->printableLly,
+                    medium->printableUrx, medium->printableUry, turned};
+  const bool fit = (plot.layoutFlags & kFlagUseStandardScale) && plot.standardScaleType == host::kScaleToFit;
+  request.fitToPrintable = fit;
+  if (!fit && plot.customScaleDenominator > 0) request.scale = plot.customScaleNumerator / plot.customScaleDenominator;
+  request.centered = (plot.layoutFlags & kFlagPlotCentered) != 0;
+  request.format = *format;
+  // Raster media are measured in pixels: one pixel for each unit of the medium.
+  request.rasterDpi = 25.4;
+  request.enlarge = 1;
+  const std::uint32_t bgr = device->backgroundBgr;
+  request.background = {static_cast<std::uint8_t>(bgr & 0xFF), static_cast<std::uint8_t>((bgr >> 8) & 0xFF),
+                        static_cast<std::uint8_t>((bgr >> 16) & 0xFF)};
+  request.style = render::PlotStyle::objectColors();
+  if ((plot.layoutFlags & kFlagPlotPlotStyles) && !plot.styleSheet.empty()) {
+    const std::string styleFile = host::PlotStyleSheetFile(plot.styleSheet);
+    std::string styleError;
+    std::optional<render::PlotStyleTable> table;
+    if (!styleFile.empty()) table = render::ReadPlotStyleTable(styleFile, &styleError);
+    if (table) request.style = render::PlotStyleFromTable(*table);
+    else print("\n打印样式表“" + plot.styleSheet + "”无法读取，按对象颜色打印。");
+  }
+  request.lineweights = (plot.layoutFlags & kFlagPrintLineweights) != 0;
+  request.textAsGeometry = device->textAsGraphics;
+  request.outputPath = path;
+  request.drawingFolder = fs::path(path_).parent_path().string();
+
+  const render::PlotResult result = render::PlotWindow(db_, request);
+  for (const std::string& note : result.notes) print("\n" + note);
+  if (!result.ok) return refuse(result.message);
+  print("\n已打印到文件 " + path);
+  record.ok = true;
+  plots_.push_back(std::move(record));
+  return RTNORM;
+}
+
+}  // namespace tv::console
