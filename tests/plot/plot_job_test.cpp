@@ -1,0 +1,225 @@
+// The plot job driver in a console session: the answers of -plot, the run from the review list
+// through the private command to files, the cancel question, names that stay in their folder, and
+// the PDF direction option.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "../support/run_program.h"
+#include "../support/scoped_env.h"
+#include "cad/database.h"
+#include "console/console_editor.h"
+#include "console/session.h"
+#include "host/cad_binding.h"
+#include "host/module_entry.h"
+#include "host/wrappers.h"
+#include "plot/generic_review.h"
+#include "plot/output_paths.h"
+#include "plot/plot_job.h"
+#include "recognition/working_coordinates.h"
+#include "settings/config.h"
+#include "settings/plot_setting.h"
+
+namespace tv::plot {
+namespace {
+
+namespace fs = std::filesystem;
+using test_support::ReadFile;
+using test_support::TempDir;
+
+TEST(PlotAnswers, FileBatchesAcceptTheLayoutAndNameTheFile) {
+  const std::vector<std::string> head{"-plot", "y", "", "", "", "M", "", "N", "W", "", "", "F", "C", "Y", "", ""};
+  std::vector<std::string> model = head;
+  model.insert(model.end(), {"A", "/out/1.pdf", "N", "Y"});
+  EXPECT_EQ(PlotAnswers(settings::kFormatPdf, false, "/out/1.pdf"), model);
+  // PLT and EPS devices could drive a plotter: they are told to write a file first.
+  std::vector<std::string> eps = head;
+  eps.insert(eps.end(), {"N", "N", "N", "Y", "/out/1.eps", "N", "Y"});
+  EXPECT_EQ(PlotAnswers(settings::kFormatEps, true, "/out/1.eps"), eps);
+
+  const auto paper = PaperAnswers(false, true, "");
+  EXPECT_EQ(paper[5], "");
+  EXPECT_EQ(paper[6], "P");
+  EXPECT_EQ(std::vector<std::string>(paper.end() - 4, paper.end()), (std::vector<std::string>{"A", "N", "N", "Y"}));
+  const auto toFile = PaperAnswers(true, false, "/out/a.plt");
+  EXPECT_EQ(toFile[6], "L");
+  EXPECT_EQ(std::vector<std::string>(toFile.end() - 7, toFile.end()),
+            (std::vector<std::string>{"N", "N", "N", "Y", "/out/a.plt", "N", "Y"}));
+}
+
+// A drawing with two A3 frames at 1:100 in model space (one upright) and an A4 frame in a layout.
+cad::Database PlanWithSheets() {
+  cad::Database db = cad::Database::createDefault();
+  cad::BlockRecord& model = *db.modelSpace();
+  const auto frame = [&](cad::BlockRecord& space, Point2d lo, double w, double h) {
+    auto pl = std::make_unique<cad::LwPolyline>();
+    pl->points = {lo, {lo.x + w, lo.y}, {lo.x + w, lo.y + h}, {lo.x, lo.y + h}};
+    pl->polyFlags = cad::LwPolyline::kClosed;
+    db.append(space, std::move(pl));
+    auto line = std::make_unique<cad::Line>();
+    line->start = {lo.x + w * 0.2, lo.y + h * 0.5, 0};
+    line->end = {lo.x + w * 0.8, lo.y + h * 0.5, 0};
+    db.append(space, std::move(line));
+  };
+  frame(model, {0, 0}, 42000, 29700);
+  frame(model, {50000, 0}, 29700, 42000);
+  cad::Layout* layout = nullptr;
+  for (cad::Layout* l : db.layoutsInTabOrder())
+    if (!l->isModel()) layout = l;
+  if (layout)
+    if (cad::BlockRecord* paper = db.blockOf(*layout)) frame(*paper, {0, 0}, 210, 297);
+  return db;
+}
+
+class PlotJobTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(dir_.path().empty());
+    recognition::ResetUcs();
+    console::SessionOptions options;
+    options.out = &out_;
+    session_ = std::make_unique<console::Session>(PlanWithSheets(), (dir_ / "plan.dxf").string(), options);
+    host::OnLoad();
+    settings::Config& config = settings::GlobalConfig();
+    config.open_folder_after = 0;
+    settings::PlotSettingRec rec = settings::CurrentPlotSetting();
+    rec.path_mode = kPathCustom;
+    rec.custom_path = Folder();
+    settings::SaveDwgPlotSetting(rec);
+    fs::create_directories(Folder());
+  }
+  void TearDown() override {
+    host::OnUnload();
+    session_.reset();
+    settings::GlobalConfig() = settings::Config{};
+    settings::CurrentPlotSetting() = settings::PlotSettingRec{};
+    recognition::ResetUcs();
+  }
+  std::string Folder() const { return (dir_ / "out").string(); }
+  std::vector<std::string> Written() const {
+    std::vector<std::string> names;
+    std::error_code ec;
+    for (const auto& e : fs::directory_iterator(Folder(), ec)) names.push_back(e.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  console::ConsoleEditor& editor() { return session_->editor(); }
+
+  TempDir dir_{"tv_plot_job"};
+  // Settings of a data folder of its own: what one run keeps must not reach the next test.
+  test_support::ScopedEnv data_{"XDG_DATA_HOME", (dir_ / "data").string()};
+  std::ostringstream out_;
+  std::unique_ptr<console::Session> session_;
+};
+
+TEST_F(PlotJobTest, ReviewListRunsThroughThePrivateCommandToOneFilePerSheet) {
+  const ObjectId layoutBefore = host::Working().currentLayout;
+  // Range: every space; OK at the list; Esc when the command comes back to show the list again.
+  editor().answers().pushFront({"", "3", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  EXPECT_EQ(Written(), (std::vector<std::string>{"plan01.pdf", "plan02.pdf", "plan03.pdf"})) << out_.str();
+  ASSERT_EQ(editor().plots().size(), 3u);
+  for (const auto& p : editor().plots()) EXPECT_TRUE(p.ok) << p.message;
+
+  // Each page is its sheet's paper: A3 across, A3 upright, A4 from the layout.
+  const std::regex box(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])");
+  const auto pageMm = [&](const std::string& name) {
+    std::smatch m;
+    const std::string pdf = ReadFile(fs::path(Folder()) / name);
+    EXPECT_TRUE(std::regex_search(pdf, m, box)) << name;
+    return std::pair<double, double>{std::stod(m[1]) * 25.4 / 72, std::stod(m[2]) * 25.4 / 72};
+  };
+  EXPECT_NEAR(pageMm("plan01.pdf").first, 420, 0.01);
+  EXPECT_NEAR(pageMm("plan02.pdf").second, 420, 0.01);
+  EXPECT_NEAR(pageMm("plan03.pdf").first, 210, 0.01);
+  EXPECT_NEAR(pageMm("plan03.pdf").second, 297, 0.01);
+
+  // The run ended cleanly: the form is gone, the layout is back, the settings went into the drawing.
+  EXPECT_EQ(GenericReview(), nullptr);
+  EXPECT_EQ(host::Working().currentLayout, layoutBefore);
+  EXPECT_EQ(host::GetIntVar("FILEDIA"), 1);
+  EXPECT_NE(out_.str().find("命令: Plot_Temp1"), std::string::npos);
+}
+
+TEST_F(PlotJobTest, CancelQuestionNoGoesOnYesStops) {
+  // The run posted by the list's OK, taken from the queue by hand so the flag can be set first.
+  const auto startRun = [&] {
+    editor().answers().pushFront({"", "1", ""});
+    GenericPlotCommand();
+    editor().clearQueued();
+    Dlg_BPlot1* form = GenericReview();
+    EXPECT_TRUE(form && form->plot_started);
+    if (form) form->cancel_requested = true;
+  };
+  startRun();
+  editor().answers().pushFront({"N"});
+  EXPECT_TRUE(PlotSheets({}, 2));
+  EXPECT_EQ(Written().size(), 2u) << out_.str();
+  EXPECT_NE(out_.str().find(std::string(kCancelQuestion)), std::string::npos);
+
+  for (const std::string& name : Written()) fs::remove(fs::path(Folder()) / name);
+  startRun();
+  editor().answers().pushFront({"Y"});
+  EXPECT_FALSE(PlotSheets({}, 2));
+  EXPECT_TRUE(Written().empty());
+  EXPECT_EQ(GenericReview(), nullptr) << "a stopped run finishes its form";
+  EXPECT_EQ(host::GetIntVar("FILEDIA"), 1);
+}
+
+TEST_F(PlotJobTest, NamesFromTheSettingsStayInTheOutputFolder) {
+  settings::PlotSettingRec rec;
+  settings::LoadDwgPlotSetting(rec);
+  rec.name_prefix = "../../escape/";
+  rec.name_suffix = ":*?";
+  settings::SaveDwgPlotSetting(rec);
+  editor().answers().pushFront({"", "1", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  const auto names = Written();
+  ASSERT_EQ(names.size(), 2u) << out_.str();
+  for (const std::string& n : names) {
+    EXPECT_EQ(n.find('/'), std::string::npos);
+    EXPECT_EQ(n.find(':'), std::string::npos);
+  }
+  EXPECT_FALSE(fs::exists(dir_ / "escape"));
+  EXPECT_FALSE(fs::exists(fs::path(Folder()).parent_path().parent_path() / "escape"));
+}
+
+TEST_F(PlotJobTest, PdfDirectionOptionTurnsUprightPages) {
+  settings::GlobalConfig().pdf_orientation = 1;  // "全部转为横放"
+  settings::GlobalConfig().pdf_rotate_side = 0;
+  editor().answers().pushFront({"", "1", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  ASSERT_EQ(Written().size(), 2u) << out_.str();
+  const std::string across = ReadFile(fs::path(Folder()) / "plan01.pdf");
+  const std::string upright = ReadFile(fs::path(Folder()) / "plan02.pdf");
+  EXPECT_EQ(across.find("/Rotate 90"), std::string::npos);
+  EXPECT_NE(upright.find("/Rotate 90"), std::string::npos);
+}
+
+TEST_F(PlotJobTest, AnOversizedSheetStopsTheRunBeforeAnyFile) {
+  // At 1:1 a strip of no standard proportion needs 90 m of paper: the ceiling stops the run, the
+  // list stays open.
+  auto pl = std::make_unique<cad::LwPolyline>();
+  pl->points = {{0, 100000}, {90000, 100000}, {90000, 110000}, {0, 110000}};
+  pl->polyFlags = cad::LwPolyline::kClosed;
+  session_->database().append(*session_->database().modelSpace(), std::move(pl));
+  auto line = std::make_unique<cad::Line>();
+  line->start = {10000, 105000, 0};
+  line->end = {80000, 105000, 0};
+  session_->database().append(*session_->database().modelSpace(), std::move(line));
+  FixedListScale() = 1.0;
+  editor().answers().pushFront({"", "1", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  FixedListScale().reset();
+  EXPECT_TRUE(Written().empty());
+  EXPECT_TRUE(editor().plots().empty());
+  EXPECT_NE(out_.str().find("5080"), std::string::npos) << out_.str();
+  EXPECT_EQ(GenericReview(), nullptr) << "Esc at the list closes it";
+}
+
+}  // namespace
+}  // namespace tv::plot
