@@ -1,7 +1,4 @@
-// Sheet recognition on the frame set: A1 frames at 1:100 in rows of ten, a third each closed
-// polylines, inserts of one frame block and four loose lines, 2000 entities of content in each
-// (the sample builder's frames.dxf, written once per size to the temp folder and kept between runs;
-// delete it to regenerate).
+// Sheet recognition on the frame set of bench/frame_set.h (the sample builder's frames.dxf).
 //
 // BM_LoadFrameSet/N        reads the DXF file of N frames.
 // BM_RecogniseFrameSet/N   the generic batch's road over model space on the loaded drawing in a
@@ -21,10 +18,8 @@
 #include <sstream>
 #include <string>
 
-#include "cad/dxf_reader.h"
-#include "cad/dxf_writer.h"
+#include "bench/frame_set.h"
 #include "console/session.h"
-#include "examples/sample_drawing.h"
 #include "host/wrappers.h"
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_records.h"
@@ -33,41 +28,9 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kContentPerFrame = 2000;
-// Part of the cached file's name: raise it when the frame set or the writer's output changes.
-constexpr int kFrameFileRevision = 1;
-
-fs::path FrameFilePath(std::size_t frames) {
-  return fs::temp_directory_path() / "tarvex-bench" /
-         ("frames-" + std::to_string(frames) + "x" + std::to_string(kContentPerFrame) + "-r" +
-          std::to_string(kFrameFileRevision) + ".dxf");
-}
-
-bool EnsureFrameFile(std::size_t frames, const fs::path& path) {
-  std::error_code ec;
-  if (fs::exists(path, ec) && fs::file_size(path, ec) > 0) return true;
-  fs::create_directories(path.parent_path(), ec);
-  std::fprintf(stderr, "writing %s (%zu frames) …\n", path.c_str(), frames);
-  // WriteDxf renames a finished temporary file into place: an interrupted run leaves no cache.
-  tv::cad::Status st = tv::cad::WriteDxf(tv::samples::BuildFrameSet(frames, kContentPerFrame), path.string());
-  if (!st) std::fprintf(stderr, "%s\n", st.message.c_str());
-  return st.ok;
-}
-
-std::optional<tv::cad::Database> LoadFrameSet(benchmark::State& state, std::size_t frames) {
-  const fs::path path = FrameFilePath(frames);
-  if (!EnsureFrameFile(frames, path)) {
-    state.SkipWithError("could not write the frame set");
-    return std::nullopt;
-  }
-  tv::cad::DxfReadResult r = tv::cad::ReadDxf(path.string());
-  if (!r.ok()) {
-    state.SkipWithError(r.error.c_str());
-    return std::nullopt;
-  }
-  return std::move(r.db);
-}
+using tv::bench::EnsureFrameFile;
+using tv::bench::FrameFilePath;
+using tv::bench::LoadFrameSet;
 
 std::size_t ModelEntities(const tv::cad::Database& db) {
   std::size_t n = 0;

@@ -10,3 +10,7 @@ cmake --build build -j"$(nproc)"
 # The sheets the generic batch finds, in model space and both layouts, as its review list shows them.
 ./build/tvplot sheets out/samples/sample.dxf
 ./build/tvplot sheets out/samples/sample_ucs.dxf --range model
+# The main job: every sheet of the sample drawing plotted, to PDF and to PNG.
+./build/tvplot plot out/samples/sample.dxf --out out/plots/pdf
+./build/tvplot plot out/samples/sample.dxf --out out/plots/png --format png --style 彩色
+./build/tvplot plot out/samples/sample_ucs.dxf --range model --out out/plots/ucs

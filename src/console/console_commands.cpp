@@ -49,6 +49,8 @@ const ConsoleEditor::RegisteredCommand* ConsoleEditor::findCommand(std::string_v
 
 void ConsoleEditor::runCommandBody(const RegisteredCommand& command) {
   if (!command.body) return;
+  // What an earlier command measured may have been edited since.
+  plotIndexes_.clear();
   try {
     command.body();
   } catch (const std::exception& e) {

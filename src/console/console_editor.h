@@ -21,6 +21,7 @@
 #include "console/progress_line.h"
 #include "console/session.h"
 #include "console/system_variables.h"
+#include "render/space_index.h"
 #include "host/editor.h"
 
 namespace tv::console {
@@ -156,6 +157,9 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
+  // Indexes of the spaces plotted by the command running now; a command that plots many windows
+  // of one space measures it once. Dropped when the next command starts.
+  std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;
   std::vector<std::string> messages_;
   int lastListRows_ = -1;
   std::unique_ptr<ProgressLine> progress_;

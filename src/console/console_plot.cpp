@@ -302,6 +302,12 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   request.lineweights = (plot.layoutFlags & kFlagPrintLineweights) != 0;
   request.textAsGeometry = device->textAsGraphics;
   request.outputPath = path;
+  if (const cad::BlockRecord* space = request.spaceBlock.isNull() ? db_.modelSpace()
+                                                                   : db_.objectAs<cad::BlockRecord>(request.spaceBlock)) {
+    std::unique_ptr<render::SpaceIndex>& index = plotIndexes_[space->id];
+    if (!index || !index->describes(*space)) index = std::make_unique<render::SpaceIndex>(db_, *space);
+    request.index = index.get();
+  }
   request.drawingFolder = fs::path(path_).parent_path().string();
 
   const render::PlotResult result = render::PlotWindow(db_, request);

@@ -49,8 +49,9 @@ class DrawingPlotter {
   DrawingPlotter(const cad::Database& db, PlotCanvas& canvas, const PlotRequest& request, PlotResult& result);
   ~DrawingPlotter();
 
-  // Draws the entities of a space (model space or a layout's paper space).
-  void drawSpace(const cad::BlockRecord& space, const Matrix3d& toPage);
+  // Draws the entities of a space (model space or a layout's paper space), or only `only` of them.
+  void drawSpace(const cad::BlockRecord& space, const Matrix3d& toPage,
+                 const std::vector<const cad::Entity*>* only = nullptr);
 
   static double MeanScale(const Matrix3d& m);
 

@@ -13,6 +13,7 @@
 #include "render/hpgl_canvas.h"
 #include "render/plot_drawing_internal.h"
 #include "render/raster_jpeg.h"
+#include "render/space_index.h"
 
 namespace tv::render {
 
@@ -183,7 +184,19 @@ PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request) {
       return cad::Point2d{p.x, p.y};
     };
     canvas->pushClip({corner(wmin.x, wmin.y), corner(wmax.x, wmin.y), corner(wmax.x, wmax.y), corner(wmin.x, wmax.y)});
-    plotter.drawSpace(*space, page->spaceToPage);
+    if (request.index && request.index->describes(*space)) {
+      // The window's box in the space's coordinates, a little larger for rounding.
+      const cad::Matrix3d toSpace = cad::Matrix3d::rotation(Finite(request.viewTwist) ? request.viewTwist : 0.0);
+      cad::Extents3d box;
+      for (const cad::Point2d& c : {wmin, cad::Point2d{wmax.x, wmin.y}, wmax, cad::Point2d{wmin.x, wmax.y}})
+        box.add(toSpace.transform(cad::Point3d{c.x, c.y, 0}));
+      const double pad = 1e-6 * std::max(box.max.x - box.min.x, box.max.y - box.min.y);
+      std::vector<const cad::Entity*> only;
+      request.index->query({box.min.x - pad, box.min.y - pad}, {box.max.x + pad, box.max.y + pad}, only);
+      plotter.drawSpace(*space, page->spaceToPage, &only);
+    } else {
+      plotter.drawSpace(*space, page->spaceToPage);
+    }
     canvas->popClip();
   }
   std::string error;

@@ -14,6 +14,7 @@
 namespace tv::render {
 
 struct PlotStyleTable;
+class SpaceIndex;
 
 enum class PlotFormat { Pdf, Png, Jpg, Eps, Plt };
 
@@ -73,6 +74,9 @@ struct PlotRequest {
   int jpegQuality = 90;
   std::string outputPath;
   std::string drawingFolder;    // where image files named without a usable path are looked for
+  // Where the space's entities lie, when the caller keeps one for many windows of the space; an
+  // index that no longer describes the space is ignored.
+  const SpaceIndex* index = nullptr;
 };
 
 struct PlotResult {

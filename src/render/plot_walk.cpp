@@ -43,11 +43,17 @@ double DrawingPlotter::MeanScale(const Matrix3d& m) {
   return std::isfinite(s) && s > 0 ? s : 1.0;
 }
 
-void DrawingPlotter::drawSpace(const cad::BlockRecord& space, const Matrix3d& toPage) {
+void DrawingPlotter::drawSpace(const cad::BlockRecord& space, const Matrix3d& toPage,
+                               const std::vector<const cad::Entity*>* only) {
   DrawContext ctx;
   ctx.toPage = toPage;
   ctx.mmPerUnit = MeanScale(toPage);
-  drawBlockEntities(space, ctx);
+  if (!only) {
+    drawBlockEntities(space, ctx);
+    return;
+  }
+  for (const cad::Entity* e : *only)
+    if (!e->isErased() && work_++ < kMaxWork) drawEntity(*e, ctx);
 }
 
 void DrawingPlotter::drawBlockEntities(const cad::BlockRecord& block, const DrawContext& ctx) {
