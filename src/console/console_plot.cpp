@@ -4,6 +4,7 @@
 // an empty answer accepts the layout's value, as the system's answer lists expect.
 #include <cmath>
 #include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <string>
 
@@ -112,6 +113,22 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     }
     return ask(prompt);
   };
+  // A keyword answer, or Enter. Anything else is refused and the next answer taken, as the host
+  // does: a list of answers that has slipped out of step is used up rather than mistaken for a
+  // file name.
+  const auto choose = [&](const std::string& prompt,
+                          std::initializer_list<std::string_view> keywords) -> std::optional<std::string> {
+    while (true) {
+      auto answer = take(prompt);
+      if (!answer) return std::nullopt;
+      const std::string a = AsciiUpper(TrimBlanks(*answer));
+      if (a.empty()) return a;
+      for (std::string_view k : keywords)
+        if (a == k) return a;
+      print("\n无效的选项关键字。");
+    }
+  };
+  const auto yesNo = [&](const std::string& prompt) { return choose(prompt, {"Y", "YES", "是", "N", "NO", "否"}); };
 
   cad::Layout* layout = db_.objectAs<cad::Layout>(host::Working().currentLayout);
   if (!layout) {
@@ -119,7 +136,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     return RTERROR;
   }
 
-  auto reply = take("\n是否需要详细打印配置？[是(Y)/否(N)] <否>: ");
+  auto reply = yesNo("\n是否需要详细打印配置？[是(Y)/否(N)] <否>: ");
   if (!reply) return RTCAN;
   const bool detailed = IsYes(*reply);
 
@@ -153,14 +170,14 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     reply = take("\n输入图纸尺寸或 [?] <" + plot.paperSize + ">: ");
     if (!reply) return RTCAN;
     if (!TrimBlanks(*reply).empty()) plot.paperSize = std::string(TrimBlanks(*reply));
-    if (!take("\n输入图纸单位 [英寸(I)/毫米(M)/像素(P)] <毫米>: ")) return RTCAN;
-    reply = take(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ");
+    if (!choose("\n输入图纸单位 [英寸(I)/毫米(M)/像素(P)] <毫米>: ", {"I", "M", "P", "英寸", "毫米", "像素"})) return RTCAN;
+    reply = choose(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ", {"P", "L", "纵向", "横向"});
     if (!reply) return RTCAN;
     const std::string o = AsciiUpper(TrimBlanks(*reply));
     if (o == "P" || o == "纵向") turned = true;
     if (o == "L" || o == "横向") turned = false;
-    if (!take("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
-    reply = take("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ");
+    if (!yesNo("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
+    reply = choose("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ", {"D", "E", "L", "V", "W"});
     if (!reply) return RTCAN;
     const std::string area = AsciiUpper(TrimBlanks(*reply));
     if (area == "E" || area == "D") plot.plotType = host::kPlotExtents;
@@ -195,9 +212,16 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     }
     reply = take("\n输入打印偏移 (x,y) 或 [居中打印(C)] <居中>: ");
     if (!reply) return RTCAN;
-    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "C" || s == "居中打印") plot.layoutFlags |= kFlagPlotCentered;
-    else if (!s.empty()) plot.layoutFlags &= ~kFlagPlotCentered;
-    reply = take("\n是否按样式打印？[是(Y)/否(N)] <是>: ");
+    if (const std::string s = AsciiUpper(TrimBlanks(*reply)); s == "C" || s == "居中打印") {
+      plot.layoutFlags |= kFlagPlotCentered;
+    } else if (!s.empty()) {
+      if (!ParsePoint(s)) {
+        print("\n需要点坐标或选项关键字。");
+        return RTERROR;
+      }
+      plot.layoutFlags &= ~kFlagPlotCentered;
+    }
+    reply = yesNo("\n是否按样式打印？[是(Y)/否(N)] <是>: ");
     if (!reply) return RTCAN;
     if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPlotPlotStyles;
     else if (IsYes(*reply)) plot.layoutFlags |= kFlagPlotPlotStyles;
@@ -205,20 +229,20 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     if (!reply) return RTCAN;
     if (TrimBlanks(*reply) == ".") plot.styleSheet.clear();
     else if (!TrimBlanks(*reply).empty()) plot.styleSheet = std::string(TrimBlanks(*reply));
-    reply = take("\n是否打印线宽？[是(Y)/否(N)] <是>: ");
+    reply = yesNo("\n是否打印线宽？[是(Y)/否(N)] <是>: ");
     if (!reply) return RTCAN;
     if (IsNo(*reply)) plot.layoutFlags &= ~kFlagPrintLineweights;
     else if (IsYes(*reply)) plot.layoutFlags |= kFlagPrintLineweights;
     if (layout->isModel()) {
-      if (!take("\n输入着色打印设置 [按显示(A)/线框(W)/消隐(H)/视觉样式(V)/渲染(R)] <按显示>: ")) return RTCAN;
+      if (!choose("\n输入着色打印设置 [按显示(A)/线框(W)/消隐(H)/视觉样式(V)/渲染(R)] <按显示>: ", {"A", "W", "H", "V", "R"})) return RTCAN;
     } else {
-      for (const char* prompt : {"\n是否按打印比例缩放线宽？[是(Y)/否(N)] <否>: ", "\n是否先打印图纸空间？[是(Y)/否(N)] <否>: ",
+      for (std::string prompt : {"\n是否按打印比例缩放线宽？[是(Y)/否(N)] <否>: ", "\n是否先打印图纸空间？[是(Y)/否(N)] <否>: ",
                                  "\n是否隐藏图纸空间对象？[是(Y)/否(N)] <否>: "})
-        if (!take(prompt)) return RTCAN;
+        if (!yesNo(prompt)) return RTCAN;
     }
   }
   if (!FileOnly(code)) {
-    reply = take("\n是否打印到文件 [是(Y)/否(N)] <否>: ");
+    reply = yesNo("\n是否打印到文件 [是(Y)/否(N)] <否>: ");
     if (!reply) return RTCAN;
     toFile = IsYes(*reply);
   }
@@ -227,10 +251,12 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     reply = take("\n输入文件名 <" + offered + ">: ");
     if (!reply) return RTCAN;
     path = std::string(TrimBlanks(*reply));
-    if (path.empty()) path = (fs::path(path_).parent_path() / offered).string();
+    if (path.empty()) path = offered;
+    // A bare name goes beside the drawing, as the host's default folder would take it.
+    if (fs::path(path).is_relative()) path = (fs::absolute(fs::path(path_)).parent_path() / path).string();
   }
-  if (detailed && !take("\n是否保存对页面设置的修改 [是(Y)/否(N)]? <否>: ")) return RTCAN;
-  reply = take("\n是否继续打印？[是(Y)/否(N)] <是>: ");
+  if (detailed && !yesNo("\n是否保存对页面设置的修改 [是(Y)/否(N)]? <否>: ")) return RTCAN;
+  reply = yesNo("\n是否继续打印？[是(Y)/否(N)] <是>: ");
   if (!reply) return RTCAN;
   if (IsNo(*reply)) return RTCAN;
 

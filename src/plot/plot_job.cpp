@@ -15,6 +15,7 @@
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/review_forms.h"
+#include "plot/sheet_loop.h"
 #include "recognition/sheet_traversal.h"
 #include "settings/config.h"
 #include "settings/folders.h"
@@ -42,22 +43,6 @@ void RefreshPrivatePlotter(const paper::PaperList& papers) {
   layout.SetDevice(paper::PrivatePlotterName(ActiveSetting().format));
 }
 
-// The plot settings of the current layout for one sheet, after switching to the sheet's layout.
-// Returns whether paper space is current.
-bool PrepareSheet(const recognition::Plot_Drawing1& sheet, const settings::PlotSettingRec& setting) {
-  if (!sheet.spaceId.isNull()) host::ActivateLayoutOf(sheet.spaceId);
-  const bool inLayout = host::IsPaperSpace();
-  paper::LayoutPlotSetting layout(&setting);
-  layout.ReadStyleList();
-  layout.ReadMediaList();
-  layout.SetDevice(paper::PrivatePlotterName(setting.format));
-  layout.SetPaper(sheet.paperName, sheet.rotated);
-  layout.SetPlotStyle(Job().PlotStyleIndex);
-  layout.SetWindow({sheet.minX, sheet.minY}, {sheet.maxX, sheet.maxY}, sheet.scale);
-  layout.SetRotation(sheet.rotated);
-  return inLayout;
-}
-
 // The index of a style name in the list a form offers; 0 when it isn't there.
 std::int32_t StyleIndexOf(const std::string& name) {
   paper::LayoutPlotSetting layout;
@@ -65,19 +50,17 @@ std::int32_t StyleIndexOf(const std::string& name) {
   return it == layout.styleList.end() ? 0 : static_cast<std::int32_t>(it - layout.styleList.begin());
 }
 
-void EmptyFolder(const std::string& folder) {
-  std::error_code ec;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, ec))
-    if (entry.is_regular_file(ec)) fs::remove(entry.path(), ec);
-}
-
-// The end of a run that has no sheet left to retry.
-void EndRun(Dlg_BPlot1& form, ObjectId home) {
-  host::Editor& editor = host::CurrentEditor();
-  editor.progressEnd();
-  FinishBatch(form);
-  host::ActivateLayoutOf(home);
-  host::SetVar("FILEDIA", std::int32_t{1});
+// The generic form's rows as the sheet loop takes them.
+SheetLoop GenericLoop(Dlg_BPlot1& form) {
+  SheetLoop loop;
+  loop.setting = form.setting;
+  loop.cancelRequested = &form.cancel_requested;
+  loop.finish = [&form] { FinishBatch(form); };
+  loop.standbyCommand = "Plot_BaseFun1_Standby\n";
+  for (const recognition::Plot_Drawing1* sheet : form.job.keptSheets)
+    loop.rows.push_back({sheet->spaceId, sheet->paperName, sheet->rotated, {sheet->minX, sheet->minY},
+                         {sheet->maxX, sheet->maxY}, sheet->scale, sheet->fileName});
+  return loop;
 }
 
 }  // namespace
@@ -161,77 +144,19 @@ bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool r
 bool PlotSheets(std::string folderOut, std::int32_t count) {
   Dlg_BPlot1* form = GenericReview();
   if (!form) return false;
-  JobState& job = Job();
-  const settings::PlotSettingRec setting = form->setting;
-  const bool merging = !job.MergedPdfPath.empty();
-  if (folderOut.empty())
-    folderOut = merging ? TempFolder() : OutputFolder(setting.path_mode, setting.format, form->setting.custom_path);
-  std::error_code ec;
-  fs::create_directories(folderOut, ec);  // a folder that can't be made shows when the first file fails
-  if (merging) EmptyFolder(folderOut);
-  job.LastFolder = folderOut;
-
-  host::Editor& editor = host::CurrentEditor();
-  host::SetVar("FILEDIA", std::int32_t{0});
-  const ObjectId home = host::OpenCurrentSpace();
-  editor.progressBegin("正在打印", count);
-
-  std::vector<std::int32_t> retry;
-  const std::int32_t rows = std::min<std::int32_t>(count, static_cast<std::int32_t>(form->job.keptSheets.size()));
-  for (std::int32_t i = 0; i < rows; ++i) {
-    if (form->cancel_requested) {
-      form->cancel_requested = false;
-      if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
-        EndRun(*form, home);
-        return false;
-      }
-    }
-    editor.progressSet(i + 1);
-    const recognition::Plot_Drawing1& sheet = *form->job.keptSheets[static_cast<std::size_t>(i)];
-    const bool inLayout = PrepareSheet(sheet, setting);
-    const std::string path =
-        merging ? MergeSheetPath(folderOut, i + 1) : SheetPath(folderOut, sheet.fileName, setting.format);
-    DeleteOldOutput(path);
-    if (!PlotOne(inLayout, path, setting.plot_signatures != 0, sheet.rotated)) retry.push_back(i);
-  }
-
-  if (!retry.empty()) {
-    job.RetryFolder = folderOut;
-    job.RetryLayoutId = home;
-    job.RetryIndices = std::move(retry);
-    editor.sendStringToExecute("\x03\x03");
-    editor.sendStringToExecute("Plot_BaseFun1_Standby\n");
-    host::SetVar("FILEDIA", std::int32_t{1});
-    return true;
-  }
-  EndRun(*form, home);
-  return true;
+  SheetLoop loop = GenericLoop(*form);
+  if (count >= 0 && static_cast<std::size_t>(count) < loop.rows.size()) loop.rows.resize(static_cast<std::size_t>(count));
+  const bool done = RunSheetLoop(loop, std::move(folderOut));
+  // A custom folder that was gone fell back to the drawing's; the form shows that next time.
+  if (Dlg_BPlot1* still = GenericReview()) still->setting.custom_path = loop.setting.custom_path;
+  return done;
 }
 
 void StandbyGeneric() {
-  JobState& job = Job();
   Dlg_BPlot1* form = GenericReview();
-  if (!form || job.RetryIndices.empty()) return;
-  host::Editor& editor = host::CurrentEditor();
-  host::SetVar("FILEDIA", std::int32_t{0});
-  const settings::PlotSettingRec setting = form->setting;
-  const bool merging = !job.MergedPdfPath.empty();
-  editor.progressBegin("正在打印", static_cast<int>(job.RetryIndices.size()));
-  std::int32_t running = 0;
-  for (const std::int32_t i : job.RetryIndices) {
-    ++running;
-    editor.progressSet(running);
-    if (i < 0 || static_cast<std::size_t>(i) >= form->job.keptSheets.size()) continue;
-    const recognition::Plot_Drawing1& sheet = *form->job.keptSheets[static_cast<std::size_t>(i)];
-    PrepareSheet(sheet, setting);
-    const std::string path = merging ? MergeSheetPath(job.RetryFolder, running)
-                                     : SheetPath(job.RetryFolder, sheet.fileName, setting.format);
-    DeleteOldOutput(path);
-    // A second miss goes unreported: the sheet has had its two tries.
-    PlotOne(true, path, setting.plot_signatures != 0, sheet.rotated);
-  }
-  job.RetryIndices.clear();
-  EndRun(*form, job.RetryLayoutId);
+  if (!form) return;
+  SheetLoop loop = GenericLoop(*form);
+  RunStandbyLoop(loop);
 }
 
 bool RunBatch(Dlg_BPlot1& form) {

@@ -100,13 +100,14 @@ class PlotJobTest : public ::testing::Test {
     recognition::ResetUcs();
   }
   std::string Folder() const { return (dir_ / "out").string(); }
-  std::vector<std::string> Written() const {
+  static std::vector<std::string> Names(const fs::path& folder) {
     std::vector<std::string> names;
     std::error_code ec;
-    for (const auto& e : fs::directory_iterator(Folder(), ec)) names.push_back(e.path().filename().string());
+    for (const auto& e : fs::directory_iterator(folder, ec)) names.push_back(e.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
   }
+  std::vector<std::string> Written() const { return Names(Folder()); }
   console::ConsoleEditor& editor() { return session_->editor(); }
 
   TempDir dir_{"tv_plot_job"};
@@ -167,6 +168,29 @@ TEST_F(PlotJobTest, CancelQuestionNoGoesOnYesStops) {
   EXPECT_FALSE(PlotSheets({}, 2));
   EXPECT_TRUE(Written().empty());
   EXPECT_EQ(GenericReview(), nullptr) << "a stopped run finishes its form";
+  EXPECT_EQ(host::GetIntVar("FILEDIA"), 1);
+}
+
+TEST_F(PlotJobTest, StandbyPassPlotsTheSheetsLeftForASecondTry) {
+  editor().answers().pushFront({"", "3", ""});
+  GenericPlotCommand();
+  editor().clearQueued();
+  ASSERT_NE(GenericReview(), nullptr);
+  // What the first pass leaves when an old host came back before the files of two sheets.
+  Job().RetryFolder = Folder();
+  Job().RetryIndices = {2, 0};
+  Job().RetryLayoutId = host::OpenCurrentSpace();
+  const fs::path cwd = fs::current_path();
+  fs::current_path(dir_.path());
+  ASSERT_TRUE(session_->runCommandLine("Plot_BaseFun1_Standby"));
+  fs::current_path(cwd);
+  // The stand-by pass answers as for a layout: the layout's sheet comes out; in model space the
+  // answers fall out of step with the prompts, are refused, and nothing is written anywhere.
+  EXPECT_EQ(Written(), std::vector<std::string>{"plan03.pdf"}) << out_.str();
+  EXPECT_EQ(Names(dir_.path()), (std::vector<std::string>{"data", "out"}));
+  EXPECT_NE(out_.str().find("无效的选项关键字"), std::string::npos);
+  EXPECT_TRUE(Job().RetryIndices.empty());
+  EXPECT_EQ(GenericReview(), nullptr);
   EXPECT_EQ(host::GetIntVar("FILEDIA"), 1);
 }
 

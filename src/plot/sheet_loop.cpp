@@ -1,0 +1,122 @@
+#include "plot/sheet_loop.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "host/editor.h"
+#include "host/wrappers.h"
+#include "paper/layout_plot_setting.h"
+#include "paper/plotter_writer.h"
+#include "plot/output_paths.h"
+#include "plot/plot_job.h"
+
+namespace tv::plot {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void EmptyFolder(const std::string& folder) {
+  std::error_code ec;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, ec))
+    if (entry.is_regular_file(ec)) fs::remove(entry.path(), ec);
+}
+
+void EndRun(SheetLoop& loop, ObjectId home) {
+  host::CurrentEditor().progressEnd();
+  if (loop.finish) loop.finish();
+  host::ActivateLayoutOf(home);
+  host::SetVar("FILEDIA", std::int32_t{1});
+}
+
+std::string PathOf(const SheetLoop& loop, const std::string& folder, std::size_t row, std::int32_t mergeNumber) {
+  if (!Job().MergedPdfPath.empty()) return MergeSheetPath(folder, mergeNumber);
+  return SheetPath(folder, loop.rows[row].fileName, loop.setting.format);
+}
+
+bool PlotRow(SheetLoop& loop, std::size_t row, const std::string& path, bool forceLayout) {
+  const bool inLayout = PrepareSheet(loop.rows[row], loop.setting, Job().PlotStyleIndex);
+  DeleteOldOutput(path);
+  if (loop.beforePlot) loop.beforePlot(row);
+  const bool done = PlotOne(forceLayout || inLayout, path, loop.setting.plot_signatures != 0, loop.rows[row].rotated);
+  if (loop.afterPlot) loop.afterPlot(row);
+  return done;
+}
+
+}  // namespace
+
+bool PrepareSheet(const SheetToPlot& row, const settings::PlotSettingRec& setting, std::int32_t styleIndex) {
+  if (!row.spaceId.isNull()) host::ActivateLayoutOf(row.spaceId);
+  const bool inLayout = host::IsPaperSpace();
+  paper::LayoutPlotSetting layout(&setting);
+  layout.ReadStyleList();
+  layout.ReadMediaList();
+  layout.SetDevice(paper::PrivatePlotterName(setting.format));
+  layout.SetPaper(row.paperName, row.rotated);
+  layout.SetPlotStyle(styleIndex);
+  layout.SetWindow(row.min, row.max, row.scale);
+  layout.SetRotation(row.rotated);
+  return inLayout;
+}
+
+bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
+  JobState& job = Job();
+  const bool merging = !job.MergedPdfPath.empty();
+  if (folderOut.empty())
+    folderOut = merging ? TempFolder() : OutputFolder(loop.setting.path_mode, loop.setting.format, loop.setting.custom_path);
+  std::error_code ec;
+  fs::create_directories(folderOut, ec);  // a folder that can't be made shows when the first file fails
+  if (merging) EmptyFolder(folderOut);
+  job.LastFolder = folderOut;
+
+  host::Editor& editor = host::CurrentEditor();
+  host::SetVar("FILEDIA", std::int32_t{0});
+  const ObjectId home = host::OpenCurrentSpace();
+  editor.progressBegin("正在打印", static_cast<int>(loop.rows.size()));
+
+  std::vector<std::int32_t> retry;
+  for (std::size_t i = 0; i < loop.rows.size(); ++i) {
+    if (loop.cancelRequested && *loop.cancelRequested) {
+      *loop.cancelRequested = false;
+      if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
+        EndRun(loop, home);
+        return false;
+      }
+    }
+    editor.progressSet(static_cast<int>(i) + 1);
+    if (!PlotRow(loop, i, PathOf(loop, folderOut, i, static_cast<std::int32_t>(i) + 1), false))
+      retry.push_back(static_cast<std::int32_t>(i));
+  }
+
+  if (!retry.empty()) {
+    job.RetryFolder = folderOut;
+    job.RetryLayoutId = home;
+    job.RetryIndices = std::move(retry);
+    editor.sendStringToExecute("\x03\x03");
+    editor.sendStringToExecute(loop.standbyCommand);
+    host::SetVar("FILEDIA", std::int32_t{1});
+    return true;
+  }
+  EndRun(loop, home);
+  return true;
+}
+
+void RunStandbyLoop(SheetLoop& loop) {
+  JobState& job = Job();
+  if (job.RetryIndices.empty()) return;
+  host::Editor& editor = host::CurrentEditor();
+  host::SetVar("FILEDIA", std::int32_t{0});
+  editor.progressBegin("正在打印", static_cast<int>(job.RetryIndices.size()));
+  std::int32_t running = 0;
+  for (const std::int32_t i : job.RetryIndices) {
+    ++running;
+    editor.progressSet(running);
+    if (i < 0 || static_cast<std::size_t>(i) >= loop.rows.size()) continue;
+    // Plotted as from a layout whatever the space, and not looked at: a sheet gets two tries.
+    PlotRow(loop, static_cast<std::size_t>(i), PathOf(loop, job.RetryFolder, static_cast<std::size_t>(i), running), true);
+  }
+  job.RetryIndices.clear();
+  EndRun(loop, job.RetryLayoutId);
+}
+
+}  // namespace tv::plot
