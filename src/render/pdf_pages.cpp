@@ -20,8 +20,7 @@ bool RotatePdfPages(const std::string& path, int degrees, std::string& error) {
     return false;
   }
   const fs::path target(path);
-  const std::string temp =
-      (target.parent_path() / ("." + target.filename().string() + ".rot" + std::to_string(::getpid()))).string();
+  const std::string temp = (target.parent_path() / (".tvplot-" + std::to_string(::getpid()) + ".rot")).string();
   try {
     QPDF pdf;
     pdf.processFile(path.c_str());

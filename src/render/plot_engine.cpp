@@ -34,10 +34,13 @@ struct SurfaceDeleter {
 };
 using SurfacePtr = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
 
-// A temporary name in the same folder, so that the final rename never crosses file systems.
+// A temporary name in the same folder, so that the final rename never crosses file systems. It
+// doesn't grow with the file's own name, which may already be as long as the folder allows.
 std::string TemporaryName(const std::string& path) {
+  static unsigned counter = 0;
   const fs::path p(path);
-  return (p.parent_path() / ("." + p.filename().string() + ".part" + std::to_string(::getpid()))).string();
+  return (p.parent_path() / (".tvplot-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".part"))
+      .string();
 }
 
 // The extents of a space, for a request without a window.

@@ -212,6 +212,31 @@ TEST_F(PlotJobTest, NamesFromTheSettingsStayInTheOutputFolder) {
   EXPECT_FALSE(fs::exists(fs::path(Folder()).parent_path().parent_path() / "escape"));
 }
 
+TEST_F(PlotJobTest, EdgesOfTheLoopNoSheetAndAPathOverTheHostLimit) {
+  // A run of no sheet ends normally, with its folder made.
+  editor().answers().pushFront({"", "1", ""});
+  GenericPlotCommand();
+  editor().clearQueued();
+  fs::remove_all(Folder());
+  settings::PlotSettingRec& form = GenericReview()->setting;
+  form.custom_path = Folder();
+  fs::create_directories(Folder());
+  EXPECT_TRUE(PlotSheets({}, 0));
+  EXPECT_TRUE(fs::is_directory(Folder()));
+  EXPECT_TRUE(Written().empty());
+  EXPECT_EQ(GenericReview(), nullptr);
+
+  // A path over 255 characters is reported, and the plot goes ahead all the same.
+  settings::PlotSettingRec rec;
+  settings::LoadDwgPlotSetting(rec);
+  rec.name_prefix = std::string(240, 'a');
+  settings::SaveDwgPlotSetting(rec);
+  editor().answers().pushFront({"", "1", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  EXPECT_NE(out_.str().find("输出文件的文件名长度（路径+文件名）超过了限值"), std::string::npos);
+  EXPECT_EQ(Written().size(), 2u);
+}
+
 TEST_F(PlotJobTest, PdfDirectionOptionTurnsUprightPages) {
   settings::GlobalConfig().pdf_orientation = 1;  // "全部转为横放"
   settings::GlobalConfig().pdf_rotate_side = 0;
