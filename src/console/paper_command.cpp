@@ -7,6 +7,7 @@
 
 #include "console/args.h"
 #include "console/json_writer.h"
+#include "console/option_values.h"
 #include "console/text_table.h"
 #include "paper/paper.h"
 #include "paper/scale_fitting.h"
@@ -26,14 +27,6 @@ constexpr std::string_view kUsage =
 struct Size {
   double length = 0.0, width = 0.0;
 };
-
-std::optional<double> ParseNumber(std::string_view text) {
-  if (text.empty()) return std::nullopt;
-  double value = 0.0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-  return value;
-}
 
 // "1051x594", "1051X594" or "1051*594"; both sides above 0.
 std::optional<Size> ParseSize(std::string_view text) {

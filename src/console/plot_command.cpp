@@ -14,6 +14,7 @@
 
 #include "console/args.h"
 #include "console/console_editor.h"
+#include "console/option_values.h"
 #include "console/session.h"
 #include "console/session_launch.h"
 #include "console/text_table.h"
@@ -55,33 +56,16 @@ constexpr std::string_view kUsage =
 constexpr int kExitNoSheets = 4;
 constexpr int kExitNotAllWritten = 5;
 
-struct Options {
-  std::string range = "all";
+struct Options : SheetOptions {
   std::optional<std::int32_t> format;
   std::optional<std::string> out;
   std::optional<std::int32_t> pathMode;
   std::optional<std::string> style;
   std::optional<std::int32_t> margin;
-  std::optional<double> scale;
-  std::optional<std::int32_t> order;
   bool no = false;
   bool timings = false;
   bool verbose = false;
 };
-
-std::optional<double> ParseNumber(std::string_view text) {
-  if (text.empty()) return std::nullopt;
-  double value = 0.0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-  return value;
-}
-
-std::optional<std::int32_t> ParseWhole(std::string_view text, std::int32_t low, std::int32_t high) {
-  const auto n = ParseNumber(text);
-  if (!n || *n != std::floor(*n) || *n < low || *n > high) return std::nullopt;
-  return static_cast<std::int32_t>(*n);
-}
 
 std::optional<std::int32_t> FormatCode(std::string_view name) {
   static constexpr std::pair<std::string_view, std::int32_t> kFormats[] = {
@@ -98,11 +82,7 @@ int Usage(CliStreams& io, const std::string& message) {
 }
 
 std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
-  if (auto v = args.value("--range")) {
-    if (*v != "model" && *v != "layouts" && *v != "all" && *v != "current")
-      return "范围 " + Printable(*v) + " 无效，应为 model、layouts、all 或 current";
-    options.range = *v;
-  }
+  if (auto error = ReadSheetOptions(args, options)) return error;
   if (auto v = args.value("--format")) {
     if (*v == "dwf" || *v == "dwg") return "本版本暂不能输出 " + *v + " 格式";
     options.format = FormatCode(*v);
@@ -124,14 +104,6 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
   if (auto v = args.value("--margin")) {
     options.margin = ParseWhole(*v, -100, 100);
     if (!options.margin) return "周边留白 " + Printable(*v) + " 无效，应为 -100 到 100 的整数（毫米）";
-  }
-  if (auto v = args.value("--scale")) {
-    options.scale = ParseNumber(*v);
-    if (!options.scale || !(*options.scale > 0.0)) return "比例 " + Printable(*v) + " 无效，应为大于 0 的数";
-  }
-  if (auto v = args.value("--order")) {
-    options.order = ParseWhole(*v, 1, 9);
-    if (!options.order) return "打印顺序 " + Printable(*v) + " 无效，应为 1 到 9 的整数";
   }
   if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
   options.no = args.has("--no");

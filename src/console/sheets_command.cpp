@@ -10,6 +10,7 @@
 #include "console/args.h"
 #include "console/console_editor.h"
 #include "console/json_writer.h"
+#include "console/option_values.h"
 #include "console/session.h"
 #include "console/session_launch.h"
 #include "console/text_table.h"
@@ -43,26 +44,15 @@ constexpr std::string_view kUsage =
 
 constexpr int kExitNoSheets = 4;
 
-struct Options {
-  std::string range = "all";
+struct Options : SheetOptions {
   // Unset: as the user's configuration and the drawing's plot settings say.
-  std::optional<std::int32_t> order;
   std::optional<double> filter;
-  std::optional<double> scale;
   std::optional<bool> looseLines;
   std::optional<std::string> blocks;
   std::optional<bool> skipBlank;
   bool json = false;
   bool timings = false;
 };
-
-std::optional<double> ParseNumber(std::string_view text) {
-  if (text.empty()) return std::nullopt;
-  double value = 0.0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-  return value;
-}
 
 std::optional<bool> ParseSwitch(std::string_view text) {
   if (text == "on") return true;
@@ -77,24 +67,11 @@ int Usage(CliStreams& io, const std::string& message) {
 
 // Fills `options` from the arguments; an error message when one is bad.
 std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
-  if (auto v = args.value("--range")) {
-    if (*v != "model" && *v != "layouts" && *v != "all" && *v != "current")
-      return "范围 " + Printable(*v) + " 无效，应为 model、layouts、all 或 current";
-    options.range = *v;
-  }
-  if (auto v = args.value("--order")) {
-    const auto n = ParseNumber(*v);
-    if (!n || *n < 1 || *n > 9 || *n != std::floor(*n)) return "打印顺序 " + Printable(*v) + " 无效，应为 1 到 9 的整数";
-    options.order = static_cast<std::int32_t>(*n);
-  }
+  if (auto error = ReadSheetOptions(args, options)) return error;
   if (auto v = args.value("--filter")) {
     const auto p = ParseNumber(*v);
     if (!p || *p < 0.0 || *p > 30.0) return "过滤比例应在 0 ~ 30 % 之间 !";
     options.filter = *p;
-  }
-  if (auto v = args.value("--scale")) {
-    options.scale = ParseNumber(*v);
-    if (!options.scale || !(*options.scale > 0.0)) return "比例 " + Printable(*v) + " 无效，应为大于 0 的数";
   }
   if (auto v = args.value("--blocks")) {
     if (*v != "all" && *v != "rect" && *v != "none") return "图块选项 " + Printable(*v) + " 无效，应为 all、rect 或 none";
