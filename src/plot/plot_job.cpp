@@ -1,7 +1,6 @@
 #include "plot/plot_job.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 

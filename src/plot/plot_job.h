@@ -17,8 +17,6 @@ namespace tv::plot {
 
 inline constexpr std::string_view kCancelQuestion = "是否中断打印 ？";
 inline constexpr std::string_view kPlotCaption = "Tarvex批打印";
-inline constexpr std::string_view kMergeTitle = "合并后的PDF文件保存为...";
-inline constexpr std::string_view kEmptyNameMessage = "第 %d 个文件的文件名为空，退出 !";
 
 // What a run leaves for the private commands; it dies with the run.
 struct JobState {
