@@ -3,6 +3,7 @@
 #include <array>
 
 #include "titleblock/file_naming.h"
+#include "titleblock/naming_internal.h"
 
 namespace tv::titleblock {
 
@@ -15,11 +16,6 @@ constexpr std::array<std::string_view, 6> kDeviceNames{"CON", "PRN", "AUX", "NUL
 
 void RemoveChars(std::string& text, std::string_view chars) {
   std::erase_if(text, [&](char c) { return chars.find(c) != std::string_view::npos; });
-}
-
-void ReplaceAll(std::string& text, std::string_view key, std::string_view by) {
-  for (std::size_t at = text.find(key); at != std::string::npos; at = text.find(key, at + by.size()))
-    text.replace(at, key.size(), by);
 }
 
 bool IsDeviceName(std::string_view name) {
@@ -43,7 +39,7 @@ std::string SerialText(std::int32_t number, std::int32_t digits) {
 std::string CleanFileName(std::string text, bool strict) {
   RemoveChars(text, "<>\\|");
   // A drawing number such as 1/2 keeps its look.
-  ReplaceAll(text, "/", kDivisionSlash);
+  internal::ReplaceAll(text, "/", kDivisionSlash);
   RemoveChars(text, "*\"?:");
   std::erase_if(text, [&](char c) {
     const auto code = static_cast<unsigned char>(c);

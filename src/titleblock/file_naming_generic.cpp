@@ -3,17 +3,9 @@
 
 #include "plot/output_paths.h"
 #include "titleblock/file_naming.h"
+#include "titleblock/naming_internal.h"
 
 namespace tv::titleblock {
-
-namespace {
-
-void ReplaceAll(std::string& text, std::string_view key, std::string_view by) {
-  for (std::size_t at = text.find(key); at != std::string::npos; at = text.find(key, at + by.size()))
-    text.replace(at, key.size(), by);
-}
-
-}  // namespace
 
 std::string GenericFileName(const settings::PlotSettingRec& setting, const recognition::Plot_Drawing1& sheet,
                             const paper::PaperList& papers, std::int32_t index, std::string_view prefix) {
@@ -27,11 +19,7 @@ std::string GenericFileName(const settings::PlotSettingRec& setting, const recog
     paperSizeText = paper::PaperDisplayName(*paper, true, sheet.rotated);
     std::erase(paperSizeText, ' ');
   }
-  // The long word first: it holds the short one.
-  for (std::string* part : {&head, &tail}) {
-    ReplaceAll(*part, kPaperSizeWord, paperSizeText);
-    ReplaceAll(*part, kPaperWord, paperText);
-  }
+  for (std::string* part : {&head, &tail}) internal::ReplacePaperWords(*part, paperText, paperSizeText);
 
   return CleanFileName(head + SerialText(setting.name_start + index, setting.name_digits) + tail, true);
 }

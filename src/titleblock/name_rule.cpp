@@ -3,10 +3,13 @@
 #include <cstddef>
 
 #include "titleblock/file_naming.h"
+#include "titleblock/naming_internal.h"
 
 namespace tv::titleblock {
 
 namespace {
+
+using internal::ReplaceAll;
 
 // The fields and the paper in the rule's letters, with the marks that stand for each while the
 // rule is worked on. The order is that of the replacing.
@@ -22,12 +25,6 @@ constexpr std::array<Letter, 7> kLetters{{
     {"FF", "1@9#56", "F", "QQ66QQ"},
     {"TT", "1@9#57", "T", "QQ77QQ"},
 }};
-
-void ReplaceAll(std::string& text, std::string_view key, std::string_view by) {
-  if (key.empty()) return;
-  for (std::size_t at = text.find(key); at != std::string::npos; at = text.find(key, at + by.size()))
-    text.replace(at, key.size(), by);
-}
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
@@ -63,10 +60,7 @@ constexpr std::array<AreaMessage, 6> kAreaMessages{{
 std::string SampleName(const Dlg_Name_Rule& form, std::int32_t serial, std::string_view paper,
                        std::string_view paperSize) {
   std::string head = form.prefix, tail = form.suffix;
-  for (std::string* part : {&head, &tail}) {
-    ReplaceAll(*part, kPaperSizeWord, paperSize);
-    ReplaceAll(*part, kPaperWord, paper);
-  }
+  for (std::string* part : {&head, &tail}) internal::ReplacePaperWords(*part, paper, paperSize);
   return head + SerialText(serial, form.digits) + tail;
 }
 
