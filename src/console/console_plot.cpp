@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "console/answer_parse.h"
 #include "console/console_editor.h"
 #include "console/text_match.h"
 #include "host/cad_binding.h"
@@ -39,36 +40,13 @@ bool IsNo(std::string_view answer) {
   return a == "N" || a == "NO" || a == "否";
 }
 
-std::optional<Point2d> ParsePoint(std::string_view text) {
-  const std::string t(TrimBlanks(text));
-  const std::size_t comma = t.find(',');
-  if (comma == std::string::npos) return std::nullopt;
-  try {
-    std::size_t used = 0;
-    const double x = std::stod(t.substr(0, comma), &used);
-    if (used != comma) return std::nullopt;
-    const std::string rest = t.substr(comma + 1);
-    const double y = std::stod(rest, &used);
-    if (used != rest.size() || !std::isfinite(x) || !std::isfinite(y)) return std::nullopt;
-    return Point2d{x, y};
-  } catch (...) {
-    return std::nullopt;
-  }
-}
-
 // "1=100" or "1:100": plotted millimetres per drawing unit.
 std::optional<double> ParseScale(std::string_view text) {
-  std::string t(TrimBlanks(text));
-  const std::size_t sep = t.find_first_of("=:");
-  if (sep == std::string::npos) return std::nullopt;
-  try {
-    const double mm = std::stod(t.substr(0, sep));
-    const double units = std::stod(t.substr(sep + 1));
-    if (!(mm > 0) || !(units > 0) || !std::isfinite(mm / units)) return std::nullopt;
-    return mm / units;
-  } catch (...) {
-    return std::nullopt;
-  }
+  const std::size_t sep = text.find_first_of("=:");
+  if (sep == std::string_view::npos) return std::nullopt;
+  const auto mm = ParseReal(text.substr(0, sep)), units = ParseReal(text.substr(sep + 1));
+  if (!mm || !units || !(*mm > 0) || !(*units > 0) || !std::isfinite(*mm / *units)) return std::nullopt;
+  return *mm / *units;
 }
 
 std::string PointText(Point2d p) {
@@ -193,7 +171,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
           print("\n需要点坐标。");
           return RTERROR;
         }
-        *corner = *p;
+        *corner = p->to2d();
       }
     }
     reply = take("\n输入打印比例 (打印的 毫米=图形单位) 或 [布满(F)] <布满>: ");
