@@ -1,5 +1,5 @@
 // make_samples OUTDIR [--big N] [--frames N]: writes the shipped sample drawing set (sample.dxf,
-// sample_ucs.dxf) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
+// sample_ucs.dxf, sample_titleblocks.dxf with its library sample_titleblocks.tk) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
 // with --frames also frames.dxf of N frames of 2000 entities each for recognition benchmarks.
 #include <charconv>
 #include <cstdio>
@@ -9,6 +9,8 @@
 
 #include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
+#include "titleblock/tk_library.h"
 
 namespace {
 
@@ -28,6 +30,18 @@ bool Write(const tv::cad::Database& db, const std::filesystem::path& path) {
   tv::cad::Status st = tv::cad::WriteDxf(db, path.string());
   if (!st) {
     std::fprintf(stderr, "%s\n", st.message.c_str());
+    return false;
+  }
+  std::printf("%s\n", path.string().c_str());
+  return true;
+}
+
+bool WriteLibrary(const tv::titleblock::TK_Library& library, const std::filesystem::path& path) {
+  // A file rewritten within the same second would look unchanged to the checked write.
+  std::error_code ec;
+  std::filesystem::remove(path, ec);
+  if (!tv::titleblock::SaveTkFileTo(library, path.string(), false)) {
+    std::fprintf(stderr, "无法写入 %s\n", path.string().c_str());
     return false;
   }
   std::printf("%s\n", path.string().c_str());
@@ -60,6 +74,8 @@ int main(int argc, char** argv) {
   }
   if (!Write(tv::samples::BuildSampleDrawing(), outDir / "sample.dxf")) return 2;
   if (!Write(tv::samples::BuildUcsDrawing(), outDir / "sample_ucs.dxf")) return 2;
+  if (!Write(tv::samples::BuildTitleBlockDrawing(), outDir / "sample_titleblocks.dxf")) return 2;
+  if (!WriteLibrary(tv::samples::BuildTitleBlockLibrary(), outDir / "sample_titleblocks.tk")) return 2;
   if (bigCount > 0 && !Write(tv::samples::BuildBigDrawing(bigCount), outDir / "big.dxf")) return 2;
   if (frameCount > 0 && !Write(tv::samples::BuildFrameSet(frameCount, kContentPerFrame), outDir / "frames.dxf")) return 2;
   return 0;

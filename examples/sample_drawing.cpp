@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -623,6 +624,56 @@ Database BuildSampleDrawing() {
 
   SetUpLayouts(s, title, a4Portrait);
   AddTarvexDictionary(db);
+  return db;
+}
+
+namespace {
+
+// The values of a plain frame, written over its title grid as an office would: `o` is the grid's
+// lower-left corner, `k` drawing units per mm.
+void WriteLooseTitle(Sample& s, Point2d o, double k, std::string number, std::string title, std::string date) {
+  auto P = [&](double x, double y) { return Point2d{o.x + x * k, o.y + y * k}; };
+  AddMText(s.db, s.ms, std::move(number), P(kCellDrawingNo.min.x + 6, kCellDrawingNo.max.y - 1), 3 * k, 50 * k, s.text, s.hz);
+  AddMText(s.db, s.ms, std::move(title), P(kCellTitle.min.x + 4, kCellTitle.max.y - 1), 3 * k, 76 * k, s.text, s.hz);
+  AddText(s.db, s.ms, std::move(date), P(kCellDate.min.x + 8, kCellDate.min.y + 3), s.text, s.hz, {.height = 3.5 * k});
+}
+
+}  // namespace
+
+Database BuildTitleBlockDrawing() {
+  Database db = Database::createDefault();
+  Sample s(db);
+  SetUpTables(s);
+  const FrameStyle style = s.frameStyle();
+  BlockRecord& a1 = MakeFrameBlock(db, style, kTitleFrameA1, kA1);
+  BlockRecord& a2 = MakePlainFrameBlock(db, style, kTitleFrameA2, kA2);
+
+  // Inserted twice at one place, as happens when a frame is pasted onto itself: one sheet.
+  const auto first = AttributeValues({"结施-01", "基础平面图", "1:100", "2026.11"});
+  AddInsert(db, s.ms, a1, {0, 0}, 100, s.frame, first);
+  AddInsert(db, s.ms, a1, {0, 0}, 100, s.frame, first);
+  DrawGridPlan(s, DrawingArea({0, 0}, kA1, 100), 6, 4, 100, "基础平面图  1:100");
+
+  // Drawn upright, then turned 90 degrees about the insertion point into place.
+  const std::size_t mark = s.ms.entities.size();
+  const Point2d turned{150000, 0};
+  AddInsert(db, s.ms, a1, turned, 100, s.frame, AttributeValues({"结施-02", "一层梁配筋图", "1:100", "2026.11"}));
+  DrawGridPlan(s, DrawingArea(turned, kA1, 100), 6, 4, 100, "一层梁配筋图  1:100");
+  ToWorldSince(db, s.ms, mark, Matrix3d::rotation(std::numbers::pi / 2, Vector3d::zAxis(), Point3d(turned)));
+
+  const Point2d plain{0, -60000};
+  AddInsert(db, s.ms, a2, plain, 100, s.frame);
+  WriteLooseTitle(s, plain + Vector2d{TitleGridOrigin(kA2).x * 100, TitleGridOrigin(kA2).y * 100}, 100, "建施\\P-03",
+                  "\\L一层平面图\\l\\P（局部）", "2026.11.25");
+  DrawGridPlan(s, DrawingArea(plain, kA2, 100), 5, 3, 100, "一层平面图  1:100");
+
+  const Point2d half{70000, -60000};
+  AddInsert(db, s.ms, a2, half, 50, s.frame);
+  WriteLooseTitle(s, half + Vector2d{TitleGridOrigin(kA2).x * 50, TitleGridOrigin(kA2).y * 50}, 50, "建施\\P-04",
+                  "{\\fSimHei|b1|i0;楼梯详图}", "2026.11.25");
+  DrawGridPlan(s, DrawingArea(half, kA2, 50), 3, 2, 50, "楼梯详图  1:50");
+
+  SetUpHeader(db, {0, -60000, 0}, {150000, 84100, 0});
   return db;
 }
 

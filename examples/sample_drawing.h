@@ -27,6 +27,16 @@ cad::Database BuildSampleDrawing();
 // World, with its drawing, which recognition in the turned UCS must pass over.
 cad::Database BuildUcsDrawing();
 
+// sample_titleblocks.dxf: sheets for the title-block batch, at 1:100 unless told. Two inserts of
+// the frame block 标准图框A1 (attributes 图号/图名/比例/日期; the revision "A" is a text of the
+// block) at one place; one insert of it turned 90 degrees; an insert of 标准图框A2 (no attributes)
+// with its values written over it as loose TEXT and MTEXT with formatting codes, the drawing
+// number in two lines and the title in two lines; and one of 标准图框A2 at 1:50. Each frame holds a
+// structural plan.
+inline constexpr const char* kTitleFrameA1 = "标准图框A1";
+inline constexpr const char* kTitleFrameA2 = "标准图框A2";
+cad::Database BuildTitleBlockDrawing();
+
 // big.dxf: about `entityCount` model space entities in the proportions of a real plan:
 // 40% LINE, 25% LWPOLYLINE of 4-8 vertices, 25% TEXT, 10% INSERT (some with an attribute).
 // The same count always gives the same drawing.

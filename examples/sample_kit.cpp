@@ -355,6 +355,13 @@ BlockRecord& MakeFrameBlock(Database& db, const FrameStyle& style, std::string n
   return block;
 }
 
+BlockRecord& MakePlainFrameBlock(Database& db, const FrameStyle& style, std::string name, const Sheet& sheet) {
+  BlockRecord& block = db.addBlock(std::move(name));
+  block.insertUnits = 4;
+  DrawTitleGrid(db, block, style, DrawBorder(db, block, style, {0, 0}, sheet, 1, false), 1);
+  return block;
+}
+
 BlockRecord& MakeTitleBlock(Database& db, const FrameStyle& style) {
   BlockRecord& block = db.addBlock("标题栏");
   block.insertUnits = 4;

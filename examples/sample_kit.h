@@ -93,6 +93,17 @@ struct Box {
   cad::Point2d at(double u, double v) const { return {min.x + u * width(), min.y + v * height()}; }
 };
 
+// Cells of the title grid that hold values, relative to the grid's lower-left corner (mm).
+inline constexpr Box kCellDrawingNo{{120, 30}, {180, 40}};
+inline constexpr Box kCellScale{{120, 20}, {180, 30}};
+inline constexpr Box kCellDate{{120, 10}, {180, 20}};
+inline constexpr Box kCellRevision{{120, 0}, {180, 10}};
+inline constexpr Box kCellTitle{{20, 10}, {100, 20}};
+// The lower-left corner of a sheet's title grid, in the sheet's own millimetres.
+constexpr cad::Point2d TitleGridOrigin(const Sheet& sheet) {
+  return {sheet.width - sheet.margin - kTitleWidth, sheet.margin};
+}
+
 // How a frame is drawn.
 enum class FrameKind { Polyline, Block, Lines };
 
@@ -109,6 +120,8 @@ void DrawFrame(cad::Database& db, cad::BlockRecord& block, const FrameStyle& sty
 // A whole sheet frame as a block in paper millimetres, base point at its lower-left corner, with
 // ATTDEFs 图号/图名/比例/日期 in the title block.
 cad::BlockRecord& MakeFrameBlock(cad::Database& db, const FrameStyle& style, std::string name, const Sheet& sheet);
+// The same frame without ATTDEFs: its values are written over it in the drawing.
+cad::BlockRecord& MakePlainFrameBlock(cad::Database& db, const FrameStyle& style, std::string name, const Sheet& sheet);
 // The title block alone, base point at its lower-right corner (the inner border's corner).
 cad::BlockRecord& MakeTitleBlock(cad::Database& db, const FrameStyle& style);
 std::vector<std::pair<std::string, std::string>> AttributeValues(const TitleValues& v);

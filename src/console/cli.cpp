@@ -18,6 +18,7 @@
 #include "console/sheets_command.h"
 #include "console/subcommand.h"
 #include "console/text_table.h"
+#include "console/titleblock_command.h"
 #include "console/tk_command.h"
 #include "host/version.h"
 
@@ -34,6 +35,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &PaperSubcommand,
     &SheetsSubcommand,
     &PlotSubcommand,
+    &TitleBlockSubcommand,
     &TkSubcommand,
     &ConfigSubcommand,
 };

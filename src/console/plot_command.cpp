@@ -76,8 +76,8 @@ std::optional<std::int32_t> FormatCode(std::string_view name) {
   return std::nullopt;
 }
 
-int Usage(CliStreams& io, const std::string& message) {
-  io.err << "tvplot plot: " << message << '\n' << kUsage;
+int Usage(CliStreams& io, const FileBatch& batch, const std::string& message) {
+  io.err << batch.program << ": " << message << '\n' << batch.usage;
   return kExitUsage;
 }
 
@@ -180,15 +180,18 @@ std::string Seconds(double s) {
   return text;
 }
 
-int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
+}  // namespace
+
+int RunFileBatch(const std::vector<std::string>& args, CliStreams& io, const FileBatch& batch) {
+  const std::string program(batch.program);
   ArgParseResult parsed = ParseArgs(
       args, {.flags = {"--yes", "--no", "--timings", "--verbose"},
              .valueOptions = {"--format", "--out", "--path-mode", "--style", "--margin", "--scale", "--order", "--range"}});
-  if (!parsed.args) return Usage(io, parsed.error);
-  if (parsed.args->positional.empty()) return Usage(io, "缺少图纸文件");
-  if (parsed.args->positional.size() > 1) return Usage(io, "多余的参数 " + Printable(parsed.args->positional[1]));
+  if (!parsed.args) return Usage(io, batch, parsed.error);
+  if (parsed.args->positional.empty()) return Usage(io, batch, "缺少图纸文件");
+  if (parsed.args->positional.size() > 1) return Usage(io, batch, "多余的参数 " + Printable(parsed.args->positional[1]));
   Options options;
-  if (auto error = ReadOptions(*parsed.args, options)) return Usage(io, *error);
+  if (auto error = ReadOptions(*parsed.args, options)) return Usage(io, batch, *error);
 
   const std::string& path = parsed.args->positional.front();
   auto db = LoadDrawing(path, io);
@@ -214,6 +217,14 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
     host::OnUnload();
   };
 
+  if (batch.prepare) {
+    if (std::optional<FileBatch::Refusal> refusal = batch.prepare()) {
+      io.err << program << ": " << refusal->message << '\n';
+      restore();
+      return refusal->exitCode;
+    }
+  }
+
   settings::PlotSettingRec rec = drawingSetting;
   settings::Config& config = settings::GlobalConfig();
   config.open_folder_after = 0;  // the summary names the folder; no file manager pops up
@@ -228,7 +239,7 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
   }
   if (options.scale) plot::FixedListScale() = *options.scale;
   if (rec.format == settings::kFormatDwf || rec.format == settings::kFormatDwg) {
-    io.err << "tvplot plot: 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
+    io.err << program << ": 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
            << " 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
     restore();
     return kExitUsage;
@@ -237,7 +248,7 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
     std::string why;
     const std::string name = StyleTableName(*options.style, why);
     if (name.empty()) {
-      io.err << "tvplot plot: " << why << '\n';
+      io.err << program << ": " << why << '\n';
       restore();
       return kExitUsage;
     }
@@ -246,7 +257,7 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
   std::string folderCustom = rec.custom_path;
   const std::string folder = options.out ? rec.custom_path : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
   if (std::string why; !FolderTakesFiles(folder, why)) {
-    io.err << "tvplot plot: " << why << "，未打印\n";
+    io.err << program << ": " << why << "，未打印\n";
     restore();
     return kExitNotAllWritten;
   }
@@ -259,13 +270,13 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
   answers.emplace_back("");
   answers.emplace_back("^C");
   editor.answers().pushFront(answers);
-  session.runCommandLine("TV_BatchPlot_2");
+  session.runCommandLine(std::string(batch.command));
   const int listed = editor.lastListRows();
   restore();
 
   if (options.verbose || options.timings) io.err << transcript.str() << '\n';
   if (listed <= 0) {
-    io.err << "tvplot plot: 未找到图框\n";
+    io.err << program << ": 未找到图框\n";
     return kExitNoSheets;
   }
   std::size_t written = 0;
@@ -283,8 +294,14 @@ int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
   io.out.flush();
   if (written == static_cast<std::size_t>(listed)) return kExitOk;
   if (editor.plots().empty())
-    for (const std::string& m : editor.messages()) io.err << "tvplot plot: " << OneLine(m) << '\n';
+    for (const std::string& m : editor.messages()) io.err << program << ": " << OneLine(m) << '\n';
   return kExitNotAllWritten;
+}
+
+namespace {
+
+int RunPlot(const std::vector<std::string>& args, CliStreams& io) {
+  return RunFileBatch(args, io, {"tvplot plot", kUsage, "TV_BatchPlot_2", {}});
 }
 
 }  // namespace

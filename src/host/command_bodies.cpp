@@ -33,7 +33,10 @@ void TV_BatchPlot_2() {
   plot::GenericPlotCommand();
 }
 void TV_BatchPlot_3() { NotOffered(3); }
-void TV_BatchPlot_4() { Guarded(4); }
+void TV_BatchPlot_4() {
+  CommandScope scope;
+  plot::TitlePlotCommand();
+}
 void TV_BatchPlot_5() { Guarded(5); }
 void TV_BatchPlot_6() { Guarded(6); }
 void TV_BatchPlot_7() { Guarded(7); }
@@ -60,7 +63,10 @@ void Plot_Temp1() {
   CommandScope scope;
   plot::Plot_Temp1();
 }
-void Plot_Temp2() {}
+void Plot_Temp2() {
+  CommandScope scope;
+  plot::Plot_Temp2();
+}
 void Plot_Temp3() {}
 void SinglePlot_SelectP() {}
 void SinglePlot_SelectW() {}
@@ -69,6 +75,9 @@ void Plot_BaseFun1_Standby() {
   CommandScope scope;
   plot::StandbyGeneric();
 }
-void Plot_BaseFun2_Standby() {}
+void Plot_BaseFun2_Standby() {
+  CommandScope scope;
+  plot::StandbyTitle();
+}
 
 }  // namespace tv::host

@@ -90,7 +90,11 @@ void RebuildPapers(SheetJob& job, double scale, bool rebuild, bool searchProport
     }
     RemoveDuplicatePapers(job.paperList);
   }
-  if (settings::CurrentPlotSetting().format != settings::kFormatDwg && Refresh()) Refresh()(job.paperList);
+  RefreshPlotterFiles(job.paperList);
+}
+
+void RefreshPlotterFiles(const PaperList& papers) {
+  if (settings::CurrentPlotSetting().format != settings::kFormatDwg && Refresh()) Refresh()(papers);
 }
 
 // ---- size limits -----------------------------------------------------------------------------------
@@ -125,10 +129,16 @@ bool CheckPaperSizes(const std::vector<Plot_Drawing1*>& sheets, const PaperList&
     if (answer != host::MessageAnswer::Yes) return false;
     break;  // asked once per run
   }
-  if (format == settings::kFormatDwf) return true;
-  for (const Plot_Drawing1* sheet : sheets) {
-    if (!sheet) continue;
-    const MyPaper* paper = FindPaperByName(papers, sheet->paperName);
+  std::vector<std::string> names;
+  for (const Plot_Drawing1* sheet : sheets)
+    if (sheet) names.push_back(sheet->paperName);
+  return CheckPaperCeiling(names, papers, format);
+}
+
+bool CheckPaperCeiling(const std::vector<std::string>& paperNames, const PaperList& papers, std::int32_t format) {
+  if (format == settings::kFormatDwg || format == settings::kFormatDwf) return true;
+  for (const std::string& name : paperNames) {
+    const MyPaper* paper = FindPaperByName(papers, name);
     if (!paper || !IsTooBig(*paper)) continue;
     if (host::HasEditor()) host::CurrentEditor().messageBox(kTooBig, internal::kCaption, host::MessageButtons::Ok);
     return false;

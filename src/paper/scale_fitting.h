@@ -48,6 +48,8 @@ void SetPlotterRefresh(PlotterRefresh refresh);
 // (a sheet whose paper cannot be found keeps its name). Then, unless the output is DWG, the
 // plotter refresh runs, with or without `rebuild`.
 void RebuildPapers(SheetJob& job, double scale, bool rebuild, bool searchProportion);
+// The plotter refresh alone, for a list of papers built elsewhere.
+void RefreshPlotterFiles(const PaperList& papers);
 
 // ---- size limits -----------------------------------------------------------------------------------
 
@@ -64,6 +66,8 @@ PaperNote PaperSizeNote(const MyPaper& paper, std::int32_t format);
 // The checks at the start of a run over every sheet whose paper is in `papers`. A paper side
 // under 50 mm asks whether to go on (once); one above 5080 mm stops the run. False ends the run.
 bool CheckPaperSizes(const std::vector<Plot_Drawing1*>& sheets, const PaperList& papers, std::int32_t format);
+// Only the second check, for papers named by their internal names (the title-block run).
+bool CheckPaperCeiling(const std::vector<std::string>& paperNames, const PaperList& papers, std::int32_t format);
 
 // ---- choices remembered in the drawing ---------------------------------------------------------------
 

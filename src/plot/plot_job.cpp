@@ -15,6 +15,7 @@
 #include "plot/output_paths.h"
 #include "plot/review_forms.h"
 #include "plot/sheet_loop.h"
+#include "recognition/sheet_geometry.h"
 #include "recognition/sheet_traversal.h"
 #include "settings/config.h"
 #include "settings/folders.h"
@@ -42,13 +43,6 @@ void RefreshPrivatePlotter(const paper::PaperList& papers) {
   layout.SetDevice(paper::PrivatePlotterName(ActiveSetting().format));
 }
 
-// The index of a style name in the list a form offers; 0 when it isn't there.
-std::int32_t StyleIndexOf(const std::string& name) {
-  paper::LayoutPlotSetting layout;
-  const auto it = std::find(layout.styleList.begin(), layout.styleList.end(), name);
-  return it == layout.styleList.end() ? 0 : static_cast<std::int32_t>(it - layout.styleList.begin());
-}
-
 // The generic form's rows as the sheet loop takes them.
 SheetLoop GenericLoop(Dlg_BPlot1& form) {
   SheetLoop loop;
@@ -63,6 +57,13 @@ SheetLoop GenericLoop(Dlg_BPlot1& form) {
 }
 
 }  // namespace
+
+std::int32_t LastStyleIndex() {
+  const std::string& name = settings::GlobalConfig().last_plot_style;
+  paper::LayoutPlotSetting layout;
+  const auto it = std::find(layout.styleList.begin(), layout.styleList.end(), name);
+  return it == layout.styleList.end() ? 0 : static_cast<std::int32_t>(it - layout.styleList.begin());
+}
 
 std::optional<double>& FixedListScale() {
   static std::optional<double> scale;
@@ -158,10 +159,9 @@ void StandbyGeneric() {
   RunStandbyLoop(loop);
 }
 
-bool RunBatch(Dlg_BPlot1& form) {
+bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, const paper::PaperList& papers,
+                  std::string_view privateCommand) {
   host::Editor& editor = host::CurrentEditor();
-  settings::PlotSettingRec& setting = form.setting;
-  if (!paper::CheckPaperSizes(form.job.keptSheets, form.job.paperList, setting.format)) return false;
   if (setting.format == settings::kFormatDwg) {
     Message("本版本暂不能把图纸分割输出为 DWG 文件。");
     return false;
@@ -172,30 +172,31 @@ bool RunBatch(Dlg_BPlot1& form) {
   }
 
   JobState& job = Job();
-  job.ActivePlotSetting = &form.setting;
-  job.ActiveSheetJob = &form;
-  job.PlotStyleIndex = form.styleIndex;
+  job.ActivePlotSetting = &setting;
+  job.PlotStyleIndex = styleIndex;
   {
-    paper::LayoutPlotSetting layout(&form.setting);
-    settings::GlobalConfig().last_plot_style = layout.StyleNameAt(form.styleIndex);
+    paper::LayoutPlotSetting layout(&setting);
+    settings::GlobalConfig().last_plot_style = layout.StyleNameAt(styleIndex);
   }
   job.MergedPdfPath.clear();
   if (setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0)
     editor.print("\n本版本暂不能合并PDF，各图纸分别输出。");
 
   editor.sendStringToExecute("\x03\x03");
-  editor.sendStringToExecute("Plot_Temp1\n");
-
-  paper::WriteScInfor(form.job.keptSheets);
+  editor.sendStringToExecute(privateCommand);
   settings::CurrentPlotSetting() = setting;
   settings::SaveCurrentPlotSetting();
   // The plotter files carry the margin and the background: written with the settings of the run.
-  paper::WritePrivatePlotter(form.job.paperList);
-  for (recognition::Plot_Drawing1* sheet : form.job.keptSheets) {
-    if (sheet->markerId.isNull()) continue;
-    host::EraseEntity(sheet->markerId);
-    sheet->markerId = ObjectId{};
-  }
+  paper::WritePrivatePlotter(papers);
+  return true;
+}
+
+bool RunBatch(Dlg_BPlot1& form) {
+  if (!paper::CheckPaperSizes(form.job.keptSheets, form.job.paperList, form.setting.format)) return false;
+  if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp1\n")) return false;
+  Job().ActiveSheetJob = &form;
+  paper::WriteScInfor(form.job.keptSheets);
+  for (recognition::Plot_Drawing1* sheet : form.job.keptSheets) recognition::EraseMarker(sheet->markerId);
   form.plot_started = true;
   return true;
 }
@@ -225,7 +226,7 @@ void GenericPlotCommand() {
   EnterPlotCommand();
   Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
   if (!form) return;
-  form->styleIndex = StyleIndexOf(settings::GlobalConfig().last_plot_style);
+  form->styleIndex = LastStyleIndex();
   host::RegenDrawing();
   host::Editor& editor = host::CurrentEditor();
   while (true) {

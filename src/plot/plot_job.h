@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "host/object_id.h"
+#include "paper/paper.h"
 #include "plot/generic_review.h"
+#include "plot/title_review.h"
 #include "settings/plot_setting.h"
 
 namespace tv::plot {
@@ -22,6 +24,7 @@ inline constexpr std::string_view kPlotCaption = "Tarvex批打印";
 struct JobState {
   settings::PlotSettingRec* ActivePlotSetting = nullptr;  // the open form's copy
   Dlg_BPlot1* ActiveSheetJob = nullptr;                   // the open generic form
+  Dlg_BPlot2* ActiveTitleSheetJob = nullptr;              // the open title-block form
   std::int32_t PlotStyleIndex = 0;
   std::string MergedPdfPath;  // empty: no merge
   std::string RetryFolder;
@@ -59,9 +62,30 @@ bool RunBatch(Dlg_BPlot1& form);
 // Puts the user's plotter back and closes the form, once a run has started.
 void FinishBatch(Dlg_BPlot1& form);
 
+// The place of the last style used in the list the forms offer; 0 when it isn't there.
+std::int32_t LastStyleIndex();
+
+// What the OK of both file forms shares once their own checks passed: the formats this build
+// can't write refused, the form's settings taken over and saved, the plotter files written and
+// `privateCommand` posted. False when the run can't start.
+bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, const paper::PaperList& papers,
+                  std::string_view privateCommand);
+
 // The private commands of the generic family.
 void Plot_Temp1();
 void StandbyGeneric();
+
+// ---- the title-block family ---------------------------------------------------------------------------
+
+// The first pass over the open title-block form's first `count` rows; as PlotSheets.
+bool PlotTitleSheets(std::string folderOut, std::int32_t count);
+// The OK of the title-block form: no empty name, no paper above the ceiling, then the run.
+bool RunTitleBatch(Dlg_BPlot2& form);
+void FinishTitleBatch(Dlg_BPlot2& form);
+void Plot_Temp2();
+void StandbyTitle();
+// The title-block batch command: recognition, the review list and, on its OK, the run.
+void TitlePlotCommand();
 
 // A scale the user fixed for the review list (the scale form with "自动识别" off); unset, the list
 // takes the scale most sheets have.

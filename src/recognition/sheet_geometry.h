@@ -56,6 +56,11 @@ bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, dou
 // Sets the marker's number and state, each only when not negative and different; the marker is
 // touched only when something changes. True when it did.
 bool SetMarker(const Plot_Drawing1& sheet, std::int32_t number, std::int32_t state);
+bool SetMarker(ObjectId markerId, std::int32_t number, std::int32_t state);
+// A marker over `box` (working coordinates) on `layerId` in the current space, kept out of UNDO.
+ObjectId NewMarker(ObjectId layerId, const Extents3d& box);
+// Erases a marker of the system's own, without the review list taking it for the user's doing.
+void EraseMarker(ObjectId& markerId);
 Point3d CentreOf(const Extents3d& box);
 
 }  // namespace tv::recognition

@@ -54,22 +54,31 @@ bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, dou
   if (!(sheet.sizeX > 0.0) || !(sheet.sizeY > 0.0)) return false;
 
   sheet.rotated = sheet.sizeX < sheet.sizeY;
-  auto marker = std::make_unique<Temp_PlotRec>();
-  marker->number = 0;
-  marker->state = kMarkerActive;
-  marker->corner0 = {sheet.minX, sheet.minY, 0.0};
-  marker->corner1 = {sheet.maxX, sheet.maxY, 0.0};
-  marker->inUcs = Ucs().active;
-  marker->matrix = Ucs().worldToUcs;
-  sheet.markerId = host::AppendToSpace(host::NewCustomEntity(std::move(marker)), 0, layerId);
-  // Thousands of markers in UNDO would make undoing a batch crawl.
-  if (!sheet.markerId.isNull()) host::SetUndoRecording(sheet.markerId, false);
+  sheet.markerId = NewMarker(layerId, box);
   return true;
 }
 
+ObjectId NewMarker(ObjectId layerId, const Extents3d& box) {
+  auto marker = std::make_unique<Temp_PlotRec>();
+  marker->number = 0;
+  marker->state = kMarkerActive;
+  marker->corner0 = {box.min.x, box.min.y, 0.0};
+  marker->corner1 = {box.max.x, box.max.y, 0.0};
+  marker->inUcs = Ucs().active;
+  marker->matrix = Ucs().worldToUcs;
+  const ObjectId id = host::AppendToSpace(host::NewCustomEntity(std::move(marker)), 0, layerId);
+  // Thousands of markers in UNDO would make undoing a batch crawl.
+  if (!id.isNull()) host::SetUndoRecording(id, false);
+  return id;
+}
+
 bool SetMarker(const Plot_Drawing1& sheet, std::int32_t number, std::int32_t state) {
+  return SetMarker(sheet.markerId, number, state);
+}
+
+bool SetMarker(ObjectId markerId, std::int32_t number, std::int32_t state) {
   bool changed = false;
-  host::ModifyCustomEntity(sheet.markerId, [&](host::CustomEntity& entity) {
+  host::ModifyCustomEntity(markerId, [&](host::CustomEntity& entity) {
     auto* marker = dynamic_cast<Temp_PlotRec*>(&entity);
     if (!marker) return false;
     if (number >= 0 && marker->number != number) {

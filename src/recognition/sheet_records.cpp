@@ -1,12 +1,15 @@
 #include "recognition/sheet_records.h"
 
 #include "host/wrappers.h"
+#include "recognition/sheet_geometry.h"
 
 namespace tv::recognition {
 
 bool listenForErase = true;
 
-Plot_Drawing1::~Plot_Drawing1() {
+Plot_Drawing1::~Plot_Drawing1() { EraseMarker(markerId); }
+
+void EraseMarker(ObjectId& markerId) {
   if (markerId.isNull()) return;
   listenForErase = false;
   host::EraseEntity(markerId);

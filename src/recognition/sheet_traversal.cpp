@@ -43,27 +43,6 @@ ObjectIdArray SpacesOfChoice(int item, ObjectId currentSpaceId) {
   return spaces;
 }
 
-// Enter at the prompt: which spaces to walk; nullopt on cancel.
-std::optional<ObjectIdArray> ChooseSpaces(ObjectId currentSpaceId) {
-  const bool inLayout = host::IsPaperSpace();
-  const std::vector<std::string> items =
-      inLayout ? std::vector<std::string>{"模型空间", "所有布局", "布局+模型", "当前布局"}
-               : std::vector<std::string>{"当前模型", "所有布局", "布局+模型"};
-  const std::optional<int> item = host::CurrentEditor().chooseItem("自动遍历", items, inLayout ? 3 : 0);
-  if (!item) return std::nullopt;
-  return SpacesOfChoice(*item, currentSpaceId);
-}
-
-// The markers' layer: seen but never plotted.
-ObjectId MarkerLayer() {
-  const ObjectId layerId = host::FindOrAddLayer(kMarkerLayer);
-  host::SetLayerFlag(layerId, host::kLayerOff, false);
-  host::SetLayerFlag(layerId, host::kLayerFrozen, false);
-  host::SetLayerFlag(layerId, host::kLayerLocked, false);
-  host::SetLayerFlag(layerId, host::kLayerPlottable, false);
-  return layerId;
-}
-
 // Sequence numbers and the largest sheet, after all spaces are scanned.
 void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
   // The sheets are few and the scanned ids many: look each id up among the sheets' sources
@@ -92,6 +71,25 @@ void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
 }
 
 }  // namespace
+
+std::optional<ObjectIdArray> ChooseSpaces(ObjectId currentSpaceId) {
+  const bool inLayout = host::IsPaperSpace();
+  const std::vector<std::string> items =
+      inLayout ? std::vector<std::string>{"模型空间", "所有布局", "布局+模型", "当前布局"}
+               : std::vector<std::string>{"当前模型", "所有布局", "布局+模型"};
+  const std::optional<int> item = host::CurrentEditor().chooseItem("自动遍历", items, inLayout ? 3 : 0);
+  if (!item) return std::nullopt;
+  return SpacesOfChoice(*item, currentSpaceId);
+}
+
+ObjectId MarkerLayer() {
+  const ObjectId layerId = host::FindOrAddLayer(kMarkerLayer);
+  host::SetLayerFlag(layerId, host::kLayerOff, false);
+  host::SetLayerFlag(layerId, host::kLayerFrozen, false);
+  host::SetLayerFlag(layerId, host::kLayerLocked, false);
+  host::SetLayerFlag(layerId, host::kLayerPlottable, false);
+  return layerId;
+}
 
 bool FindSheets(SheetJob& job) {
   job.largestSizeX = job.largestSizeY = 0;

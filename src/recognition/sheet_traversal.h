@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "host/geometry.h"
@@ -18,6 +19,11 @@ inline constexpr std::size_t num_max = 10000;
 
 // Asks for a selection (Enter walks the spaces) and fills `job`; true when a sheet was found.
 bool FindSheets(SheetJob& job);
+// Enter at the range prompt: the spaces to walk, chosen in "自动遍历" (the model first, then the
+// layouts in tab order); nullopt on cancel.
+std::optional<ObjectIdArray> ChooseSpaces(ObjectId currentSpaceId);
+// The markers' layer "Temp_PlotLayer", made on, thawed, unlocked and not plottable.
+ObjectId MarkerLayer();
 // The pipeline on the ids of one space (`spaceId` null for a user selection); consumes `ids` and
 // appends the sheets to job.allSheets.
 void ScanSpace(SheetJob& job, ObjectIdArray& ids, ObjectId spaceId);

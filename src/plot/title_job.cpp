@@ -1,0 +1,120 @@
+// The title-block file batch from its review list to files: the checks of the OK, the private
+// command that plots, the stand-by pass, and the command that shows the list again.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "host/editor.h"
+#include "host/wrappers.h"
+#include "paper/layout_plot_setting.h"
+#include "paper/saved_plotter.h"
+#include "paper/scale_fitting.h"
+#include "plot/output_paths.h"
+#include "plot/plot_job.h"
+#include "plot/sheet_loop.h"
+#include "plot/title_review.h"
+#include "recognition/sheet_geometry.h"
+#include "settings/config.h"
+
+namespace tv::plot {
+
+namespace {
+
+std::string EmptyNameMessage(std::size_t row) {
+  char text[96];
+  std::snprintf(text, sizeof text, "第 %d 个文件的文件名为空，退出 !", static_cast<int>(row + 1));
+  return text;
+}
+
+SheetLoop TitleLoop(Dlg_BPlot2& form) {
+  SheetLoop loop;
+  loop.setting = form.setting;
+  loop.cancelRequested = &form.cancel_requested;
+  loop.finish = [&form] { FinishTitleBatch(form); };
+  loop.standbyCommand = "Plot_BaseFun2_Standby\n";
+  for (const BPlot2Row& row : form.rows) {
+    const titleblock::Plot_Drawing2& s = *row.sheet;
+    loop.rows.push_back({s.space_id, row.paperName, s.portrait, {s.min_x, s.min_y}, {s.max_x, s.max_y}, s.scale,
+                         TitleFileName(s)});
+  }
+  return loop;
+}
+
+}  // namespace
+
+bool PlotTitleSheets(std::string folderOut, std::int32_t count) {
+  Dlg_BPlot2* form = TitleReview();
+  if (!form) return false;
+  SheetLoop loop = TitleLoop(*form);
+  if (count >= 0 && static_cast<std::size_t>(count) < loop.rows.size()) loop.rows.resize(static_cast<std::size_t>(count));
+  const bool done = RunSheetLoop(loop, std::move(folderOut));
+  if (Dlg_BPlot2* still = TitleReview()) still->setting.custom_path = loop.setting.custom_path;
+  return done;
+}
+
+void StandbyTitle() {
+  Dlg_BPlot2* form = TitleReview();
+  if (!form) return;
+  SheetLoop loop = TitleLoop(*form);
+  RunStandbyLoop(loop);
+}
+
+bool RunTitleBatch(Dlg_BPlot2& form) {
+  // This build writes every sheet to its own file, so every sheet needs a name.
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    if (!IsEmptyFileName(form.rows[i].sheet->file_name)) continue;
+    host::CurrentEditor().messageBox(EmptyNameMessage(i), kPlotCaption, host::MessageButtons::Ok);
+    return false;
+  }
+  std::vector<std::string> papers;
+  for (const BPlot2Row& row : form.rows) papers.push_back(row.paperName);
+  if (!paper::CheckPaperCeiling(papers, form.job.paperList, form.setting.format)) return false;
+  if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp2\n")) return false;
+
+  Job().ActiveTitleSheetJob = &form;
+  for (const auto& sheet : form.job.sheets) recognition::EraseMarker(sheet->rec_id);
+  form.plot_started = true;
+  return true;
+}
+
+void FinishTitleBatch(Dlg_BPlot2& form) {
+  if (!form.plot_started) return;
+  paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
+  form.plot_started = false;
+  JobState& job = Job();
+  job.ActivePlotSetting = nullptr;
+  job.ActiveTitleSheetJob = nullptr;
+  DestroyTitleReview();
+}
+
+void Plot_Temp2() {
+  Dlg_BPlot2* form = TitleReview();
+  if (!form || !form->plot_started) return;
+  const auto count = static_cast<std::int32_t>(form->rows.size());
+  const bool merging = !Job().MergedPdfPath.empty();
+  const bool done = PlotTitleSheets({}, count);
+  if (done && !merging && settings::GlobalConfig().open_folder_after != 0)
+    host::CurrentEditor().shellOpen(Job().LastFolder);
+  host::CurrentEditor().sendStringToExecute("TV_BatchPlot_4\n\x03\x03");
+}
+
+void TitlePlotCommand() {
+  EnterPlotCommand();
+  Dlg_BPlot2* form = RecogniseTitleBatch();
+  if (!form) return;
+  form->styleIndex = LastStyleIndex();
+  host::RegenDrawing();
+  host::Editor& editor = host::CurrentEditor();
+  while (true) {
+    editor.showList(kBPlot2Title, BPlot2Columns(), BPlot2Cells(*form));
+    std::string answer;
+    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
+    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) {
+      DestroyTitleReview();
+      return;
+    }
+    if (RunTitleBatch(*form)) return;
+  }
+}
+
+}  // namespace tv::plot

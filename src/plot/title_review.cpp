@@ -1,0 +1,116 @@
+#include "plot/title_review.h"
+
+#include <cstdio>
+#include <memory>
+
+#include "host/editor.h"
+#include "host/wrappers.h"
+#include "paper/scale_fitting.h"
+#include "plot/output_paths.h"
+#include "plot/review_forms.h"
+#include "settings/config.h"
+#include "titleblock/field_extraction.h"
+#include "titleblock/file_naming.h"
+#include "titleblock/tk_library.h"
+
+namespace tv::plot {
+
+namespace {
+
+std::unique_ptr<Dlg_BPlot2>& Slot() {
+  static std::unique_ptr<Dlg_BPlot2> form;
+  return form;
+}
+
+std::string RowNumber(std::size_t i) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%4d", static_cast<int>(i + 1));
+  return text;
+}
+
+// A field as it shows: its line marks as the title separator.
+std::string Shown(const std::string& field) {
+  return WithTitleSeparator(field, titleblock::GlobalTkLibrary().TitleSeparator);
+}
+
+}  // namespace
+
+Dlg_BPlot2* TitleReview() { return Slot().get(); }
+
+Dlg_BPlot2& NewTitleReview() {
+  DestroyReviewForms();
+  Slot() = std::make_unique<Dlg_BPlot2>();
+  Slot()->setting = settings::CurrentPlotSetting();
+  return *Slot();
+}
+
+void DestroyTitleReview() { Slot().reset(); }
+
+Dlg_BPlot2* RecogniseTitleBatch() {
+  host::ReadLayerStates();
+  titleblock::RefreshLiveLayers();
+  Dlg_BPlot2& form = NewTitleReview();
+  titleblock::ScanTitleBlocks(form.job.sheets);
+  if (form.job.sheets.empty()) {
+    DestroyTitleReview();
+    return nullptr;
+  }
+  const bool on = settings::GlobalConfig().plot_stamp != 0;
+  host::CurrentEditor().command({"-plotstamp", on ? "O" : "OFF", ""});
+  FillTitleList(form);
+  return &form;
+}
+
+void FillTitleList(Dlg_BPlot2& form) {
+  form.job.paperList.clear();
+  paper::BuildStandardPaperList(form.job.paperList);
+  form.rows.clear();
+  form.rows.reserve(form.job.sheets.size());
+  for (const auto& sheet : form.job.sheets) {
+    BPlot2Row row;
+    row.sheet = sheet.get();
+    paper::MyPaper p{297, 210, false};
+    if (titleblock::SheetPaper(*sheet, p)) {
+      bool added = false;
+      const paper::MyPaper* listed = paper::AddPaper(form.job.paperList, p.length, p.width, added);
+      if (listed) {
+        row.paper = *listed;
+        row.paperName = paper::PaperNameOf(*listed);
+        row.paperText = paper::PaperDisplayName(*listed, true, sheet->portrait);
+        const paper::PaperNote note = paper::PaperSizeNote(*listed, form.setting.format);
+        row.note = note.text;
+        row.warn = note.warn;
+      }
+    }
+    row.scaleText = paper::ScaleText(sheet->scale);
+    // The name may hold the paper, which the scale just fixed.
+    titleblock::ExpandNameRule(*sheet);
+    form.rows.push_back(std::move(row));
+  }
+  paper::RefreshPlotterFiles(form.job.paperList);
+}
+
+std::string TitleFileName(const titleblock::Plot_Drawing2& sheet) {
+  // The separator is the user's, so the joined name is cleaned again: nothing may lead out of
+  // the output folder.
+  const std::string separator = titleblock::CleanFileName(titleblock::GlobalTkLibrary().TitleSeparator, true);
+  return titleblock::CleanFileName(WithTitleSeparator(sheet.file_name, separator), true);
+}
+
+std::vector<std::string> BPlot2Columns() {
+  return {"序 号", "预 览", "  文 件 名  ", "删 除", "纸 张", "打印比例", "图 号", "版 次", "日 期", "备 注"};
+}
+
+std::vector<std::vector<std::string>> BPlot2Cells(const Dlg_BPlot2& form) {
+  std::vector<std::vector<std::string>> cells;
+  cells.reserve(form.rows.size());
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    const BPlot2Row& row = form.rows[i];
+    const titleblock::Plot_Drawing2& s = *row.sheet;
+    cells.push_back({RowNumber(i), "预览", TitleFileName(s), "删除", row.paperText, row.scaleText, Shown(s.field_text[0]),
+                     Shown(s.field_text[1]), Shown(s.field_text[3]), row.note});
+  }
+  return cells;
+}
+
+}  // namespace tv::plot
