@@ -91,6 +91,7 @@ class FieldTest : public recognition::test::DrawingTest {
     a->layer = layer;
     return a;
   }
+  static ObjectId OpenFirstAttribute(ObjectId insert) { return host::OpenEntity(insert).attributeIds().front(); }
   Extents3d Area(ObjectId insert, int index) {
     Extents3d area;
     double rotation = -1;
@@ -190,6 +191,22 @@ TEST_F(FieldTest, AttributesGiveTheNearestLiveValueAndABlankOneFallsThrough) {
   Open();
   EXPECT_EQ(Field(id, kAreaDrawingNo), "A-01");
   EXPECT_EQ(Field(id, kAreaDate), "2024.05.06");
+}
+
+TEST_F(FieldTest, AttributesOfAnInsertLaidOverTheFrameFillItsFields) {
+  const ObjectId frame = Place(Frame(), {0, 0, 0}).id;
+  cad::BlockRecord& label = db().addBlock("LABEL");
+  AddLine({0, 0, 0}, {100, 0, 0}, &label);
+  Attributes attributes;
+  attributes.push_back(Attribute("NO", "B-12", {330, 8, 0}));
+  attributes.push_back(Attribute("T2", "二层平面", {230, 9, 0}));
+  attributes.push_back(Attribute("T1", "结构", {230, 23, 0}));
+  const ObjectId over = Place(label, {225, 20, 0}, 0, {1, 1, 1}, std::move(attributes)).id;
+  Open();
+  EXPECT_EQ(Field(frame, kAreaDrawingNo), "B-12");
+  EXPECT_EQ(ids_, ObjectIdArray{OpenFirstAttribute(over)});
+  // A title joins every attribute in the area, in reading order.
+  EXPECT_EQ(Field(frame, kAreaTitle), "结构[++}二层平面");
 }
 
 TEST_F(FieldTest, ACentredFieldMovesItsAttributeToTheAreaCentre) {
