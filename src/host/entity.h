@@ -82,6 +82,13 @@ class Entity {
   std::string textContent() const;
   // Attributes: whether the attribute holds a multiline text.
   bool isMTextAttribute() const;
+  // Texts as stored, formatting codes kept: a multiline text's or multiline attribute's contents,
+  // a text's or attribute's string, another vendor's first group 1 as its DXF data holds it.
+  std::string storedText() const;
+  // Attributes and attribute definitions: the tag; empty for other classes.
+  std::string attributeTag() const;
+  // Block references: the ids of their attributes in order; empty for other classes and transients.
+  ObjectIdArray attributeIds() const;
 
   // The system's own entities: the object itself, nullptr for other classes. The pointer lives as
   // long as this handle.

@@ -162,6 +162,34 @@ bool Entity::isMTextAttribute() const {
   return a && !a->multiline.empty();
 }
 
+std::string Entity::storedText() const {
+  if (!impl_) return {};
+  const cad::Entity& e = *impl_->entity;
+  if (const auto* t = cad::As<cad::Text>(&e)) return t->text;
+  if (const auto* d = cad::As<cad::AttDef>(&e)) return d->text;
+  if (const auto* a = cad::As<cad::Attrib>(&e)) return a->text;
+  if (const auto* m = cad::As<cad::MText>(&e)) return m->text;
+  if (const auto* p = cad::As<cad::ProxyEntity>(&e)) return p->text();
+  return {};
+}
+
+std::string Entity::attributeTag() const {
+  if (!impl_) return {};
+  if (const auto* d = cad::As<cad::AttDef>(impl_->entity)) return d->tag;
+  if (const auto* a = cad::As<cad::Attrib>(impl_->entity)) return a->tag;
+  return {};
+}
+
+ObjectIdArray Entity::attributeIds() const {
+  ObjectIdArray ids;
+  const cad::Insert* insert = AsInsert(impl_.get());
+  // A transient's attributes are no entities of the drawing: they have no ids to give.
+  if (!insert || impl_->transient()) return ids;
+  for (const auto& a : insert->attribs)
+    if (!a->isErased()) ids.push_back(a->id);
+  return ids;
+}
+
 const CustomEntity* Entity::custom() const { return impl_ ? CustomOf(*impl_->entity) : nullptr; }
 
 }  // namespace tv::host

@@ -86,6 +86,12 @@ ObjectId AppendToSpace(Entity entity, int colorIndex, ObjectId layerId, ObjectId
 bool EraseEntity(ObjectId id);
 // The same with the first entity's layer only; true when all were erased; empties `ids`.
 bool EraseEntities(ObjectIdArray& ids);
+// Moves, turns or scales an entity of the drawing in place, its layer unlocked for the moment. False
+// when it cannot be opened or its class cannot carry the transform.
+bool TransformEntity(ObjectId id, const Matrix3d& xf);
+// A block of the working drawing that nothing inserts, where entities whose data can be read only
+// while they belong to a drawing stay for the moment. Made on first use.
+ObjectId ScratchSpace();
 // Keeps an entity out of UNDO (on = false) or back in it.
 void SetUndoRecording(ObjectId id, bool on);
 // Opens one of the system's own entities for write and lets `edit` change it; `edit` returns

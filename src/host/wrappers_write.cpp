@@ -1,4 +1,5 @@
 // Appending, erasing and changing entities of the working drawing.
+#include "cad/entity_geometry.h"
 #include "host/cad_binding.h"
 #include "host/custom_internal.h"
 #include "host/entity_internal.h"
@@ -66,6 +67,25 @@ bool EraseEntities(ObjectIdArray& ids) {
   }
   ids.clear();
   return all;
+}
+
+bool TransformEntity(ObjectId id, const Matrix3d& xf) {
+  cad::Database* db = WorkingDatabase();
+  cad::Entity* e = db ? db->entity(id) : nullptr;
+  if (!e) return false;
+  LayerUnlock unlock(db->objectAs<cad::Layer>(e->layer));
+  if (!cad::TransformBy(*e, xf)) return false;
+  CurrentEditor().setModified(true);
+  return true;
+}
+
+ObjectId ScratchSpace() {
+  // A named block rather than an anonymous one, so that the next call finds it again.
+  constexpr const char* kScratchBlock = "TV_Scratch";
+  cad::Database* db = WorkingDatabase();
+  if (!db) return {};
+  if (const cad::BlockRecord* found = db->findBlock(kScratchBlock)) return found->id;
+  return db->addBlock(kScratchBlock).id;
 }
 
 void SetUndoRecording(ObjectId id, bool on) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "titleblock/field_extraction.h"
+
 namespace tv::plot {
 
 // The path modes of the settings' "存储路径".
@@ -19,7 +21,7 @@ inline constexpr std::int32_t kPathCustom = 2;
 inline constexpr std::size_t kMaxOutputPathLength = 255;
 
 // What stands in a title-block file name where several titles were joined.
-inline constexpr std::string_view kLineMark = "[++}";
+using titleblock::kLineMark;
 
 inline constexpr std::string_view kCustomFolderTitle = "请选择放置打印文件的目录：";
 
