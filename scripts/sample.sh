@@ -14,3 +14,6 @@ cmake --build build -j"$(nproc)"
 ./build/tvplot plot out/samples/sample.dxf --out out/plots/pdf
 ./build/tvplot plot out/samples/sample.dxf --out out/plots/png --format png --style 彩色
 ./build/tvplot plot out/samples/sample_ucs.dxf --range model --out out/plots/ucs
+# The title-block batch: the frames the sample library defines, named from their fields.
+./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk
+./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk --plot --out out/plots/titleblock
