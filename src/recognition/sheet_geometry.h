@@ -57,8 +57,9 @@ bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, dou
 // touched only when something changes. True when it did.
 bool SetMarker(const Plot_Drawing1& sheet, std::int32_t number, std::int32_t state);
 bool SetMarker(ObjectId markerId, std::int32_t number, std::int32_t state);
-// A marker over `box` (working coordinates) on `layerId` in the current space, kept out of UNDO.
-ObjectId NewMarker(ObjectId layerId, const Extents3d& box);
+// A marker over `box` (working coordinates) on `layerId` in `spaceId` (null: the current space),
+// kept out of UNDO.
+ObjectId NewMarker(ObjectId layerId, const Extents3d& box, ObjectId spaceId = {});
 // Erases a marker of the system's own, without the review list taking it for the user's doing.
 void EraseMarker(ObjectId& markerId);
 Point3d CentreOf(const Extents3d& box);

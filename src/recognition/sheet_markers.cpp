@@ -58,7 +58,7 @@ bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, dou
   return true;
 }
 
-ObjectId NewMarker(ObjectId layerId, const Extents3d& box) {
+ObjectId NewMarker(ObjectId layerId, const Extents3d& box, ObjectId spaceId) {
   auto marker = std::make_unique<Temp_PlotRec>();
   marker->number = 0;
   marker->state = kMarkerActive;
@@ -66,7 +66,7 @@ ObjectId NewMarker(ObjectId layerId, const Extents3d& box) {
   marker->corner1 = {box.max.x, box.max.y, 0.0};
   marker->inUcs = Ucs().active;
   marker->matrix = Ucs().worldToUcs;
-  const ObjectId id = host::AppendToSpace(host::NewCustomEntity(std::move(marker)), 0, layerId);
+  const ObjectId id = host::AppendToSpace(host::NewCustomEntity(std::move(marker)), 0, layerId, spaceId);
   // Thousands of markers in UNDO would make undoing a batch crawl.
   if (!id.isNull()) host::SetUndoRecording(id, false);
   return id;

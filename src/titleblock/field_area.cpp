@@ -45,20 +45,30 @@ const Extents3d& AreaOfIndex(const TK_Customization& definition, int index) {
   }
 }
 
-void DynamicAreaAdjust(Extents3d& area, double scale, const Extents3d& frame, ObjectId insertId, Vector3d extentsMin,
-                       Vector3d extentsMax, int index) {
+PrintDifferences PrintAreaDifferences(const TK_Customization& definition) {
+  if (!IsAreaSet(definition.print_extents)) return {};
+  return {definition.print_extents.min - definition.frame_extents.min,
+          definition.print_extents.max - definition.frame_extents.max};
+}
+
+std::optional<Vector2d> DynamicFrameSize(double scale, ObjectId insertId, const PrintDifferences& differences) {
   const host::Entity insert = host::OpenEntity(insertId);
-  if (!insert) return;
+  if (!insert) return std::nullopt;
   const double insertScale = std::fabs(insert.scaleFactors().x);
   const Extents3d extents = Rotated(recognition::EntityExtents(insertId), -insert.rotation());
-  if (extents.isEmpty()) return;
+  if (extents.isEmpty()) return std::nullopt;
   const double toDrawing = scale > 0.0 ? insertScale / scale : 1.0;
-  double w = extents.width() + (extentsMax.x - extentsMin.x) * toDrawing;
-  double h = extents.height() + (extentsMax.y - extentsMin.y) * toDrawing;
-  if (insertScale > 0.0) {
-    w *= scale / insertScale;
-    h *= scale / insertScale;
-  }
+  Vector2d size{extents.width() + (differences.max.x - differences.min.x) * toDrawing,
+                extents.height() + (differences.max.y - differences.min.y) * toDrawing};
+  if (insertScale > 0.0) size = size * (scale / insertScale);
+  return size;
+}
+
+void DynamicAreaAdjust(Extents3d& area, double scale, const Extents3d& frame, ObjectId insertId, Vector3d extentsMin,
+                       Vector3d extentsMax, int index) {
+  const std::optional<Vector2d> size = DynamicFrameSize(scale, insertId, {extentsMin, extentsMax});
+  if (!size) return;
+  const double w = size->x, h = size->y;
   if (index == kAreaPrint) {
     const Point3d centre{(extentsMin.x + extentsMax.x) / 2, (extentsMin.y + extentsMax.y) / 2, 0};
     area = Extents3d(centre - Vector3d{w / 2, h / 2, 0}, centre + Vector3d{w / 2, h / 2, 0});
@@ -77,12 +87,9 @@ bool AreaOnDrawing(const TK_Customization* definition, ObjectId insertId, int in
   if (index > 0) area = Shrunk(area);
   area = Rotated(area, -definition->rotation);
   if (definition->is_dynamic) {
-    Vector3d extentsMin, extentsMax;
-    if (IsAreaSet(definition->print_extents)) {
-      extentsMin = definition->print_extents.min - definition->frame_extents.min;
-      extentsMax = definition->print_extents.max - definition->frame_extents.max;
-    }
-    DynamicAreaAdjust(area, definition->scale, definition->frame_extents, insertId, extentsMin, extentsMax, index);
+    const PrintDifferences differences = PrintAreaDifferences(*definition);
+    DynamicAreaAdjust(area, definition->scale, definition->frame_extents, insertId, differences.min, differences.max,
+                      index);
   }
 
   const host::Entity insert = host::OpenEntity(insertId);

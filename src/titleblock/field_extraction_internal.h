@@ -12,6 +12,17 @@
 
 namespace tv::titleblock {
 
+// How far the print area reaches beyond the frame at its two corners (print_extents less
+// frame_extents); nothing when the definition has no print area.
+struct PrintDifferences {
+  Vector3d min, max;
+};
+PrintDifferences PrintAreaDifferences(const TK_Customization& definition);
+
+// A stretched dynamic insert's size, turned upright, widened by the print area's differences and
+// in the units of the definition (picked at `scale`); nullopt when the insert has no extents.
+std::optional<Vector2d> DynamicFrameSize(double scale, ObjectId insertId, const PrintDifferences& differences);
+
 // Follows a stretched dynamic frame: the print area (index 0) takes the stretched size, every
 // other area keeps its size and moves with the frame's lower right corner. `extentsMin` and
 // `extentsMax` are print_extents less frame_extents at the two corners.

@@ -6,6 +6,7 @@
 #include "host/entity.h"
 #include "recognition/sheet_geometry.h"
 #include "titleblock/field_extraction.h"
+#include "titleblock/field_extraction_internal.h"
 #include "titleblock/name_rule.h"
 #include "titleblock/title_sheets.h"
 
@@ -25,19 +26,11 @@ void SetRectangle(Plot_Drawing2& row, const Extents3d& box) {
   row.portrait = row.width < row.height;
 }
 
-// How much wider and higher the printed area is than the frame, in the definition's units.
-Vector3d PrintGrowth(const TK_Customization& definition) {
-  if (!IsAreaSet(definition.print_extents)) return {};
-  return (definition.print_extents.max - definition.frame_extents.max) -
-         (definition.print_extents.min - definition.frame_extents.min);
-}
-
 }  // namespace
 
 Plot_Drawing2::~Plot_Drawing2() { recognition::EraseMarker(rec_id); }
 
 bool SheetFromInsert(Plot_Drawing2& row, ObjectId layerId, ObjectId spaceId) {
-  (void)spaceId;  // the space is current while its inserts are looked at
   if (row.insert_id.isNull()) return false;
   const host::Entity insert = host::OpenEntity(row.insert_id);
   if (!insert) return false;
@@ -51,7 +44,8 @@ bool SheetFromInsert(Plot_Drawing2& row, ObjectId layerId, ObjectId spaceId) {
     SetRectangle(row, area);
   if (!(row.width > 0.0) || !(row.height > 0.0)) return false;
   recognition::EraseMarker(row.rec_id);
-  row.rec_id = recognition::NewMarker(layerId, Extents3d(Point3d{row.min_x, row.min_y}, Point3d{row.max_x, row.max_y}));
+  row.rec_id =
+      recognition::NewMarker(layerId, Extents3d(Point3d{row.min_x, row.min_y}, Point3d{row.max_x, row.max_y}), spaceId);
   return true;
 }
 
@@ -97,31 +91,15 @@ bool SheetPaper(Plot_Drawing2& row, paper::MyPaper& paper) {
 }
 
 void DynamicPaperAdjust(const TK_Customization& definition, ObjectId insertId, paper::MyPaper& paper) {
-  const host::Entity insert = host::OpenEntity(insertId);
-  if (!insert) return;
-  const Vector3d growth = PrintGrowth(definition);
-  const double storedW = definition.frame_extents.width() + growth.x;
-  const double storedH = definition.frame_extents.height() + growth.y;
-  const double d = std::max(storedW, storedH);
+  const PrintDifferences differences = PrintAreaDifferences(definition);
+  const Vector3d growth = differences.max - differences.min;
+  const double d = std::max(definition.frame_extents.width() + growth.x, definition.frame_extents.height() + growth.y);
   if (!(d > 0.0)) return;
-
-  // The stretched insert's size, upright and in the definition's units.
-  const double xScale = std::fabs(insert.scaleFactors().x);
-  const Extents3d upright =
-      recognition::EntityExtentsOpen(insert, true, true).transformed(Matrix3d::rotation(-insert.rotation()));
-  const double storedScale = definition.scale;
-  double w = upright.width(), h = upright.height();
-  if (storedScale > 0.0) {
-    w += growth.x * xScale / storedScale;
-    h += growth.y * xScale / storedScale;
-  }
-  if (xScale > 0.0) {
-    w *= storedScale / xScale;
-    h *= storedScale / xScale;
-  }
+  const std::optional<Vector2d> size = DynamicFrameSize(definition.scale, insertId, differences);
+  if (!size) return;
   const double factor = std::max(paper.length, paper.width) / d;
-  paper.length = static_cast<std::int32_t>(std::max(w, h) * factor + 0.5);
-  paper.width = static_cast<std::int32_t>(std::min(w, h) * factor + 0.5);
+  paper.length = static_cast<std::int32_t>(std::max(size->x, size->y) * factor + 0.5);
+  paper.width = static_cast<std::int32_t>(std::min(size->x, size->y) * factor + 0.5);
 }
 
 void ExpandNameRule(Plot_Drawing2& row) {
