@@ -199,10 +199,7 @@ int RunFileBatch(const std::vector<std::string>& args, CliStreams& io, const Fil
 
   const auto started = std::chrono::steady_clock::now();
   std::ostringstream transcript;
-  SessionOptions sessionOptions;
-  sessionOptions.out = &transcript;
-  sessionOptions.err = &io.err;
-  sessionOptions.progress = io.errIsTerminal;
+  SessionOptions sessionOptions = TranscriptOptions(transcript, io);
   sessionOptions.yesNoAnswer = !options.no;
   Session session(std::move(*db), path, std::move(sessionOptions));
   host::OnLoad();

@@ -8,6 +8,7 @@
 #include "console/answer_source.h"
 #include "console/args.h"
 #include "console/text_table.h"
+#include "host/wrappers.h"
 
 namespace tv::console {
 
@@ -59,6 +60,21 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
     request.answers.insert(request.answers.end(), lines->begin(), lines->end());
   }
   return request;
+}
+
+SessionOptions TranscriptOptions(std::ostringstream& transcript, CliStreams& io) {
+  SessionOptions options;
+  options.out = &transcript;
+  options.err = &io.err;
+  options.progress = io.errIsTerminal;
+  return options;
+}
+
+std::map<ObjectId, std::string> LayoutNamesByBlock() {
+  std::map<ObjectId, std::string> names;
+  for (const host::LayoutFacts& l : host::ListLayouts())
+    if (!l.blockId.isNull()) names.emplace(l.blockId, l.name);
+  return names;
 }
 
 std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout) {

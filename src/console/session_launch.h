@@ -1,12 +1,16 @@
 #pragma once
 // What `tvplot console` and `tvplot run` share: their options, the drawing and the answers.
+#include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cad/database.h"
+#include "console/session.h"
 #include "console/subcommand.h"
+#include "host/object_id.h"
 
 namespace tv::console {
 
@@ -27,6 +31,13 @@ std::optional<LaunchRequest> ParseLaunch(std::string_view subcommand, std::strin
 // The answers that make the range prompt of the batch commands walk the spaces of `range`
 // ("model", "layouts", "all", "current"): Enter, then the item of "自动遍历".
 std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout);
+
+// A session whose command line is a transcript only (shown with --timings): what the session
+// prints goes to `transcript`, its errors and its progress to io.err.
+SessionOptions TranscriptOptions(std::ostringstream& transcript, CliStreams& io);
+
+// The names of the layouts by their block, for the space column of the lists.
+std::map<ObjectId, std::string> LayoutNamesByBlock();
 
 // Reads the drawing; nullopt after printing why on io.err.
 std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io);

@@ -105,13 +105,6 @@ void ApplySettings(const Options& options) {
   if (options.order) rec.sort_style = *options.order;
 }
 
-std::map<ObjectId, std::string> LayoutNames() {
-  std::map<ObjectId, std::string> names;
-  for (const host::LayoutFacts& l : host::ListLayouts())
-    if (!l.blockId.isNull()) names.emplace(l.blockId, l.name);
-  return names;
-}
-
 void WriteText(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
   TextTable table;
   std::vector<std::string> columns = plot::BPlot1Columns();
@@ -180,11 +173,7 @@ int RunSheets(const std::vector<std::string>& args, CliStreams& io) {
 
   // The command line of the session is a transcript only; the list goes to `out`.
   std::ostringstream transcript;
-  SessionOptions sessionOptions;
-  sessionOptions.out = &transcript;
-  sessionOptions.err = &io.err;
-  sessionOptions.progress = io.errIsTerminal;
-  Session session(std::move(*db), path, std::move(sessionOptions));
+  Session session(std::move(*db), path, TranscriptOptions(transcript, io));
   host::OnLoad();
   const settings::Config userConfig = settings::GlobalConfig();
   const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
@@ -194,7 +183,7 @@ int RunSheets(const std::vector<std::string>& args, CliStreams& io) {
 
   int exitCode = kExitOk;
   if (plot::Dlg_BPlot1* form = plot::RecogniseGenericBatch(false, options.scale)) {
-    const auto layouts = LayoutNames();
+    const auto layouts = LayoutNamesByBlock();
     if (options.json) WriteJson(*form, layouts, io.out);
     else WriteText(*form, layouts, io.out);
   } else {

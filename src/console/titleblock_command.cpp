@@ -93,13 +93,6 @@ std::vector<std::string> PlotArguments(const std::vector<std::string>& args, std
   return rest;
 }
 
-std::map<ObjectId, std::string> LayoutNames() {
-  std::map<ObjectId, std::string> names;
-  for (const host::LayoutFacts& l : host::ListLayouts())
-    if (!l.blockId.isNull()) names.emplace(l.blockId, l.name);
-  return names;
-}
-
 std::string LayoutOf(const titleblock::Plot_Drawing2& s, const std::map<ObjectId, std::string>& layouts) {
   const auto it = layouts.find(s.space_id);
   return it == layouts.end() ? std::string() : it->second;
@@ -188,11 +181,7 @@ int ListTitleBlocks(const std::vector<std::string>& args, CliStreams& io) {
   if (!db) return kExitUnreadable;
 
   std::ostringstream transcript;
-  SessionOptions sessionOptions;
-  sessionOptions.out = &transcript;
-  sessionOptions.err = &io.err;
-  sessionOptions.progress = io.errIsTerminal;
-  Session session(std::move(*db), path, std::move(sessionOptions));
+  Session session(std::move(*db), path, TranscriptOptions(transcript, io));
   host::OnLoad();
   if (std::optional<FileBatch::Refusal> refusal = PrepareLibrary(parsed.args->value("--tk"))) {
     io.err << "tvplot titleblock: " << refusal->message << '\n';
@@ -204,7 +193,7 @@ int ListTitleBlocks(const std::vector<std::string>& args, CliStreams& io) {
 
   int exitCode = kExitOk;
   if (plot::Dlg_BPlot2* form = plot::RecogniseTitleBatch()) {
-    const auto layouts = LayoutNames();
+    const auto layouts = LayoutNamesByBlock();
     if (json) WriteJson(*form, layouts, io.out);
     else WriteText(*form, layouts, io.out);
   } else {

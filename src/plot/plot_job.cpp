@@ -222,23 +222,27 @@ void Plot_Temp1() {
   host::CurrentEditor().sendStringToExecute("TV_BatchPlot_2\n\x03\x03");
 }
 
+bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
+                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run) {
+  host::RegenDrawing();
+  host::Editor& editor = host::CurrentEditor();
+  while (true) {
+    editor.showList(title, columns, cells());
+    std::string answer;
+    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
+    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) return false;
+    if (run()) return true;
+  }
+}
+
 void GenericPlotCommand() {
   EnterPlotCommand();
   Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
   if (!form) return;
   form->styleIndex = LastStyleIndex();
-  host::RegenDrawing();
-  host::Editor& editor = host::CurrentEditor();
-  while (true) {
-    editor.showList(kBPlot1Title, BPlot1Columns(), BPlot1Cells(*form));
-    std::string answer;
-    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
-    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) {
-      DestroyGenericReview();
-      return;
-    }
-    if (RunBatch(*form)) return;
-  }
+  if (!ReviewUntilRun(kBPlot1Title, BPlot1Columns(), [form] { return BPlot1Cells(*form); },
+                      [form] { return RunBatch(*form); }))
+    DestroyGenericReview();
 }
 
 }  // namespace tv::plot

@@ -4,6 +4,7 @@
 // plots, and at its end the batch command is posted again. The answers of `-plot` accept what the
 // layout's plot settings hold, which the driver sets before each sheet.
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -74,6 +75,11 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
 // The private commands of the generic family.
 void Plot_Temp1();
 void StandbyGeneric();
+
+// Shows a review list and asks "[打印(P)/关闭(C)]" until `run` starts a run (true) or the user
+// closes the list or presses Esc (false).
+bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
+                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run);
 
 // ---- the title-block family ---------------------------------------------------------------------------
 

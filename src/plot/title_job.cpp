@@ -103,18 +103,9 @@ void TitlePlotCommand() {
   Dlg_BPlot2* form = RecogniseTitleBatch();
   if (!form) return;
   form->styleIndex = LastStyleIndex();
-  host::RegenDrawing();
-  host::Editor& editor = host::CurrentEditor();
-  while (true) {
-    editor.showList(kBPlot2Title, BPlot2Columns(), BPlot2Cells(*form));
-    std::string answer;
-    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
-    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) {
-      DestroyTitleReview();
-      return;
-    }
-    if (RunTitleBatch(*form)) return;
-  }
+  if (!ReviewUntilRun(kBPlot2Title, BPlot2Columns(), [form] { return BPlot2Cells(*form); },
+                      [form] { return RunTitleBatch(*form); }))
+    DestroyTitleReview();
 }
 
 }  // namespace tv::plot

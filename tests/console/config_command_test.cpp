@@ -26,10 +26,9 @@ namespace tv::console {
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::Has;
 using test_support::RunResult;
 using test_support::RunTvplot;
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 class ConfigCommandTest : public settings::testing::SettingsTest {
  protected:

@@ -20,12 +20,11 @@ namespace tv::console {
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::Has;
 using test_support::RunResult;
 using test_support::RunTvplot;
 using test_support::ScopedEnv;
 using test_support::TempDir;
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 class HostFoldersTest : public ::testing::Test {
  protected:

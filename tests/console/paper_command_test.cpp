@@ -8,6 +8,8 @@
 namespace tv::console {
 namespace {
 
+using test_support::FilesIn;
+using test_support::Has;
 using test_support::RunProgram;
 using test_support::RunResult;
 
@@ -15,8 +17,6 @@ RunResult Paper(std::vector<std::string> args) {
   args.insert(args.begin(), "paper");
   return RunProgram(TV_TVPLOT_PATH, args);
 }
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 TEST(PaperCommand, ShowsTheNormalisedPaperAndEveryStyle) {
   const RunResult r = Paper({"420.5x296.9"});

@@ -17,11 +17,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using test_support::FilesIn;
+using test_support::Has;
 using test_support::RunProgram;
 using test_support::RunResult;
 using test_support::TempDir;
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 std::size_t Count(const std::string& text, const std::string& part) {
   std::size_t n = 0;

@@ -19,19 +19,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using test_support::FilesIn;
+using test_support::Has;
 using test_support::RunProgram;
 using test_support::RunResult;
 using test_support::TempDir;
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
-std::vector<std::string> FilesIn(const fs::path& folder) {
-  std::vector<std::string> names;
-  std::error_code ec;
-  for (const auto& e : fs::directory_iterator(folder, ec)) names.push_back(e.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 class TitleBlockCommandTest : public ::testing::Test {
  protected:

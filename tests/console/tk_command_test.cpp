@@ -20,13 +20,13 @@ namespace {
 namespace fs = std::filesystem;
 
 using test_support::ReadFile;
+using test_support::FilesIn;
+using test_support::Has;
 using test_support::RunProgram;
 using test_support::RunResult;
 using test_support::TempDir;
 using titleblock::TK_Customization;
 using titleblock::TK_Library;
-
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 std::unique_ptr<TK_Customization> Definition(const std::string& name, std::int32_t length) {
   auto d = std::make_unique<TK_Customization>();
