@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,25 @@ std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool by
 // `value`; a scan from 0 can then only meet segments whose far end leans into the band, so it is
 // begun at the first start within `reach` (the greatest lean of the family along the key) instead.
 std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY, double reach);
+
+// LowerIndex over a sorted family by a table of buckets along the key: a lookup touches a bucket
+// and the few starts after it rather than the twenty of a binary search, each of which misses the
+// caches once a family outgrows them. Valid until the family changes.
+class KeyIndex {
+ public:
+  KeyIndex(const std::vector<Point2d>& starts, bool byY);
+  // As LowerIndex(starts, value, byY, from).
+  std::size_t lower(double value, std::size_t from = 0) const;
+  // As ScanFrom(starts, value, byY, reach).
+  std::size_t scanFrom(double value, double reach) const;
+
+ private:
+  const std::vector<Point2d>* starts_;
+  bool byY_;
+  std::size_t finite_ = 0;  // starts before the damaged ones, which sort last
+  double low_ = 0.0, scale_ = 0.0;
+  std::vector<std::uint32_t> buckets_;  // first index whose key reaches each bucket's lower edge
+};
 
 // The greatest |end - start| of the family along the key; 0 for none.
 double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY);

@@ -18,8 +18,6 @@ namespace tv::recognition {
 
 namespace {
 
-using loose::ScanFrom;
-
 // Found sheets are pruned and clear their insides from the families every this many.
 constexpr std::size_t kFoundBatch = 300;
 
@@ -36,19 +34,20 @@ void CutToStep(ObjectIdArray& ids, std::vector<Point2d>& starts, std::vector<Poi
 void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std::vector<char>& highTouched) {
   const std::size_t nv = s.vStarts.size();
   const double reach = loose::GreatestLean(s.vStarts, s.vEnds, false);
+  const loose::KeyIndex byX(s.vStarts, false);
   const auto joined = [&](std::size_t i) {
     const Point2d p = s.hStarts[i], q = s.hEnds[i];
     const double t = (q.x - p.x) / 2000.0;
     std::ptrdiff_t low = -1, high = -1;
     bool leftHit = false, bothEnds = false;
     // The last vertical can't be the left one.
-    for (std::size_t j = ScanFrom(s.vStarts, p.x - t, false, reach); j + 1 < nv; ++j) {
+    for (std::size_t j = byX.scanFrom(p.x - t, reach); j + 1 < nv; ++j) {
       if (s.vStarts[j].x > p.x + t) break;
       if (p.distanceTo(s.vStarts[j]) < t) low = static_cast<std::ptrdiff_t>(j);
       else if (p.distanceTo(s.vEnds[j]) < t) high = static_cast<std::ptrdiff_t>(j);
       else continue;
       leftHit = true;
-      for (std::size_t k = std::max(ScanFrom(s.vStarts, q.x - t, false, reach), j + 1); k < nv; ++k) {
+      for (std::size_t k = std::max(byX.scanFrom(q.x - t, reach), j + 1); k < nv; ++k) {
         if (s.vStarts[k].x > q.x + t) break;
         if (q.distanceTo(s.vStarts[k]) < t) {
           low = static_cast<std::ptrdiff_t>(k);
@@ -75,6 +74,7 @@ void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std:
 void KeepJoinedVerticals(SegmentArrays& s, std::vector<char>& lowTouched, std::vector<char>& highTouched) {
   const std::size_t nh = s.hStarts.size();
   const double reach = loose::GreatestLean(s.hStarts, s.hEnds, true);
+  const loose::KeyIndex byY(s.hStarts, true);
   const auto meets = [&](Point2d p, std::size_t j, double t) {
     return p.distanceTo(s.hStarts[j]) < t || p.distanceTo(s.hEnds[j]) < t;
   };
@@ -85,7 +85,7 @@ void KeepJoinedVerticals(SegmentArrays& s, std::vector<char>& lowTouched, std::v
     if (!lowTouched[i]) {
       bool lowOk = false;
       // The topmost horizontal can't be the one at a lower end.
-      for (std::size_t j = ScanFrom(s.hStarts, p.y - t, true, reach); j + 1 < nh; ++j) {
+      for (std::size_t j = byY.scanFrom(p.y - t, reach); j + 1 < nh; ++j) {
         if (s.hStarts[j].y > p.y + t) break;
         if (meets(p, j, t)) {
           lowOk = true;
@@ -96,7 +96,7 @@ void KeepJoinedVerticals(SegmentArrays& s, std::vector<char>& lowTouched, std::v
       if (!lowOk) return false;
     }
     if (!highTouched[i]) {
-      for (std::size_t j = std::max(ScanFrom(s.hStarts, q.y - t, true, reach), from); j < nh; ++j) {
+      for (std::size_t j = std::max(byY.scanFrom(q.y - t, reach), from); j < nh; ++j) {
         if (s.hStarts[j].y > q.y + t) break;
         if (meets(q, j, t)) return true;
       }
@@ -114,13 +114,14 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
   SheetList found;
   // Tops worth trying, with the left side that leads to each; see below.
   std::vector<std::pair<std::size_t, std::size_t>> tops;
+  std::optional<loose::KeyIndex> byX(std::in_place, s.vStarts, false), byY(std::in_place, s.hStarts, true);
   // The families shrink whenever found sheets clear their insides, so the counts are read afresh.
   for (std::size_t i = 0; i + 1 < s.hStarts.size(); ++i) {
     const std::size_t nh = s.hStarts.size(), nv = s.vStarts.size();
     const Point2d a = s.hStarts[i], b = s.hEnds[i];
     const double t = (b.x - a.x) / 2000.0;
-    const std::size_t leftFrom = ScanFrom(s.vStarts, a.x - t, false, 0.0);
-    const std::size_t rightFrom = ScanFrom(s.vStarts, b.x - t, false, 0.0);
+    const std::size_t leftFrom = byX->scanFrom(a.x - t, 0.0);
+    const std::size_t rightFrom = byX->scanFrom(b.x - t, 0.0);
 
     // A top needs a left side that starts at `a` and ends at the top's start, the first such
     // vertical being the one taken. So instead of trying every horizontal above, the verticals at
@@ -132,7 +133,7 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
       if (!(s.vStarts[k].distanceTo(a) < t)) continue;
       const Point2d e = s.vEnds[k];
       const double slack = 1e-9 * (std::abs(e.y) + t);
-      for (std::size_t j = loose::LowerIndex(s.hStarts, e.y - t - slack, true, i + 1); j < nh; ++j) {
+      for (std::size_t j = byY->lower(e.y - t - slack, i + 1); j < nh; ++j) {
         if (s.hStarts[j].y > e.y + t + slack) break;
         if (e.distanceTo(s.hStarts[j]) < t) tops.emplace_back(j, k);
       }
@@ -171,6 +172,8 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
       if (tick) tick();
       PruneSheets(found);
       DropSegmentsInSheets(i + 1, found, s);
+      byX.emplace(s.vStarts, false);
+      byY.emplace(s.hStarts, true);
       std::move(found.begin(), found.end(), std::back_inserter(result));
       found.clear();
     }

@@ -28,6 +28,58 @@ std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY,
   return LowerIndex(starts, value - reach - slack, byY);
 }
 
+KeyIndex::KeyIndex(const std::vector<Point2d>& starts, bool byY) : starts_(&starts), byY_(byY) {
+  finite_ = starts.size();
+  while (finite_ > 0 && !std::isfinite(KeyOf(starts[finite_ - 1], byY))) --finite_;
+  if (finite_ < 2) return;
+  low_ = KeyOf(starts[0], byY);
+  const double high = KeyOf(starts[finite_ - 1], byY);
+  if (!std::isfinite(low_) || !(high > low_)) return;
+  scale_ = static_cast<double>(finite_) / (high - low_);
+  if (!std::isfinite(scale_)) {
+    scale_ = 0.0;
+    return;
+  }
+  buckets_.resize(finite_ + 1);
+  std::size_t i = 0;
+  for (std::size_t b = 0; b < buckets_.size(); ++b) {
+    const double edge = low_ + static_cast<double>(b) / scale_;
+    while (i < finite_ && KeyLess(KeyOf(starts[i], byY), edge)) ++i;
+    buckets_[b] = static_cast<std::uint32_t>(i);
+  }
+}
+
+std::size_t KeyIndex::lower(double value, std::size_t from) const {
+  const std::vector<Point2d>& starts = *starts_;
+  if (buckets_.empty() || !std::isfinite(value)) return LowerIndex(starts, value, byY_, from);
+  if (!(value > low_)) return std::min(from, starts.size());
+  const double b = std::floor((value - low_) * scale_);
+  // Beyond the last bucket every finite start lies below the value.
+  if (!(b < static_cast<double>(buckets_.size()))) return LowerIndex(starts, value, byY_, std::max(from, finite_));
+  std::size_t bucket = static_cast<std::size_t>(b);
+  // A bucket's edge may round to either side of the value: step back until it lies below.
+  while (bucket > 0 && !KeyLess(low_ + static_cast<double>(bucket) / scale_, value)) --bucket;
+  std::size_t i = buckets_[bucket];
+  const std::size_t end = bucket + 1 < buckets_.size() ? buckets_[bucket + 1] : finite_;
+  // Most buckets hold a start or two; a crowded one is searched.
+  for (std::size_t steps = 0; i < end && KeyLess(KeyOf(starts[i], byY_), value); ++i) {
+    if (++steps == 16) {
+      i = LowerIndex(starts, value, byY_, i);
+      break;
+    }
+  }
+  if (i == end && end < finite_) i = LowerIndex(starts, value, byY_, end);
+  return std::max(std::min(from, starts.size()), i);
+}
+
+std::size_t KeyIndex::scanFrom(double value, double reach) const {
+  const std::size_t first = lower(value);
+  if (first < starts_->size()) return first;
+  // The slack keeps a start that rounding puts just short of the band.
+  const double slack = 1e-9 * (std::abs(value) + reach);
+  return lower(value - reach - slack);
+}
+
 double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY) {
   double lean = 0.0;
   const std::size_t n = std::min(starts.size(), ends.size());
