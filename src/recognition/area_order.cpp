@@ -27,29 +27,13 @@ std::vector<AreaKey> KeysOf(const TempIdArray& candidates) {
   return keys;
 }
 
-// Puts each record where its key now stands, following the cycles of the order in place: a copy
-// of a list this large would cost more in fresh memory than the moves themselves.
-void Rearrange(TempIdArray& candidates, std::vector<AreaKey>& keys) {
-  constexpr std::uint32_t kPlaced = UINT32_MAX;
-  for (std::size_t start = 0; start < keys.size(); ++start) {
-    if (keys[start].index == kPlaced) continue;
-    if (keys[start].index == start) {
-      keys[start].index = kPlaced;
-      continue;
-    }
-    Temp_Id held = std::move(candidates[start]);
-    std::size_t to = start;
-    for (;;) {
-      const std::uint32_t from = keys[to].index;
-      keys[to].index = kPlaced;
-      if (from == start) {
-        candidates[to] = std::move(held);
-        break;
-      }
-      candidates[to] = std::move(candidates[from]);
-      to = from;
-    }
-  }
+// Puts the records in key order by gathering them into a new list: its writes run in order, where
+// moving them in place along the cycles of the order writes all over a list no cache holds.
+void Gather(TempIdArray& candidates, const std::vector<AreaKey>& keys) {
+  TempIdArray sorted;
+  sorted.reserve(candidates.size());
+  for (const AreaKey& k : keys) sorted.push_back(std::move(candidates[k.index]));
+  candidates = std::move(sorted);
 }
 
 }  // namespace
@@ -58,7 +42,7 @@ void SortByArea(TempIdArray& candidates) {
   std::vector<AreaKey> keys = KeysOf(candidates);
   if (candidates.size() < num_max) {
     std::stable_sort(keys.begin(), keys.end(), Larger);
-    Rearrange(candidates, keys);
+    Gather(candidates, keys);
     return;
   }
   // A long list is mostly small entities: sort the head, then place the tail into it, which the
@@ -70,7 +54,7 @@ void SortByArea(TempIdArray& candidates) {
   tick = host::StageTimer(tick, "前面num_max采用递归快速排序");
   std::stable_sort(head, keys.end(), Larger);
   std::inplace_merge(keys.begin(), head, keys.end(), Larger);
-  Rearrange(candidates, keys);
+  Gather(candidates, keys);
   host::StageTimer(tick, "后面部分按大小插入");
 }
 

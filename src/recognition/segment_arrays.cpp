@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <vector>
 
 #include "recognition/loose_lines.h"
@@ -156,12 +155,21 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
   hi = std::min(hi, n - 1);
   if (lo >= hi) return;
 
-  // Sort a permutation, then apply it to the three arrays; equal keys keep their order.
-  std::vector<std::size_t> order(static_cast<std::size_t>(hi - lo + 1));
-  std::iota(order.begin(), order.end(), static_cast<std::size_t>(lo));
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return KeyLess(KeyOf(starts[a], byY), KeyOf(starts[b], byY));
-  });
+  // Sort the keys with their places, then apply the order to the three arrays; equal keys keep
+  // their order. Keys sorted beside their places spare the sort a lookup into a large array at
+  // every comparison.
+  struct Keyed {
+    double key;
+    std::size_t index;
+  };
+  std::vector<Keyed> keyed;
+  keyed.reserve(static_cast<std::size_t>(hi - lo + 1));
+  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) keyed.push_back({KeyOf(starts[i], byY), i});
+  std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) { return KeyLess(a.key, b.key); });
+  std::vector<std::size_t> order;
+  order.reserve(keyed.size());
+  for (const Keyed& k : keyed) order.push_back(k.index);
+  keyed = {};
 
   std::vector<Point2d> sortedStarts, sortedEnds;
   ObjectIdArray sortedIds;
