@@ -39,7 +39,8 @@ constexpr std::string_view kUsage =
     "  --json           以一个 JSON 对象输出：每张图纸的图块名、空间、范围、纸张、比例、\n"
     "                   六项图框信息、四个印章位置和文件名\n"
     "  --timings        显示各阶段耗时\n"
-    "  --plot           逐张输出为文件，选项同 tvplot plot（--format、--out、--style …），\n"
+    "  --plot           逐张输出为文件，选项同 tvplot plot（--format、--out、--style …，\n"
+    "                   --scale、--order 除外），\n"
     "                   多行图名以图框信息库的“多图名间字符”连接\n"
     "  图纸文件本身不会被改写。\n"
     "  退出码：0 完成，1 用法错误，2 图纸或图框信息文件无法读取，4 未找到图框或图框信息库为空，\n"
@@ -88,6 +89,10 @@ std::vector<std::string> PlotArguments(const std::vector<std::string>& args, std
       tkPath = a.substr(5);
       continue;
     }
+    // The definitions fix each sheet's paper and scale, and the rows stay in the order found.
+    for (std::string_view fixed : {"--scale", "--order"})
+      if (a == fixed || a.starts_with(std::string(fixed) + "="))
+        error = "图框型批打印的比例、顺序由图框定义确定，不接受 " + std::string(fixed);
     rest.push_back(a);
   }
   return rest;

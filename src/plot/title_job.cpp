@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "host/editor.h"
-#include "host/wrappers.h"
 #include "paper/layout_plot_setting.h"
 #include "paper/saved_plotter.h"
 #include "paper/scale_fitting.h"

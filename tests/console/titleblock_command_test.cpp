@@ -96,6 +96,10 @@ TEST_F(TitleBlockCommandTest, AMissingLibraryOrRangeIsSaidPlainly) {
 
   const RunResult usage = TitleBlock({drawing_, "--tk"});
   EXPECT_EQ(usage.exitCode, 1);
+  // The definitions fix the scale: a scale given for the run is refused rather than ignored.
+  const RunResult scaled = TitleBlock({drawing_, "--tk", tk_, "--plot", "--scale", "50"});
+  EXPECT_EQ(scaled.exitCode, 1);
+  EXPECT_TRUE(Has(scaled.err, "--scale")) << scaled.err;
 }
 
 }  // namespace
