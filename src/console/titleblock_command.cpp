@@ -126,7 +126,9 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
   json.field("titleSeparator", separator);
   json.key("sheets");
   json.beginArray();
-  for (const plot::BPlot2Row& row : form.rows) {
+  const std::vector<std::string> names = plot::TitleFileNames(form);
+  for (std::size_t r = 0; r < form.rows.size(); ++r) {
+    const plot::BPlot2Row& row = form.rows[r];
     const titleblock::Plot_Drawing2& s = *row.sheet;
     json.beginObject();
     json.field("number", static_cast<std::int64_t>(s.number));
@@ -162,7 +164,7 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
     }
     json.endArray();
     json.field("stampRotation", s.stamp_rotation);
-    json.field("file_name", plot::TitleFileName(s));
+    json.field("file_name", names[r]);
     json.field("note", row.note);
     json.endObject();
   }

@@ -31,10 +31,11 @@ SheetLoop TitleLoop(Dlg_BPlot2& form) {
   loop.cancelRequested = &form.cancel_requested;
   loop.finish = [&form] { FinishTitleBatch(form); };
   loop.standbyCommand = "Plot_BaseFun2_Standby\n";
-  for (const BPlot2Row& row : form.rows) {
-    const titleblock::Plot_Drawing2& s = *row.sheet;
-    loop.rows.push_back({s.space_id, row.paperName, s.portrait, {s.min_x, s.min_y}, {s.max_x, s.max_y}, s.scale,
-                         TitleFileName(s)});
+  const std::vector<std::string> names = TitleFileNames(form);
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    const titleblock::Plot_Drawing2& s = *form.rows[i].sheet;
+    loop.rows.push_back({s.space_id, form.rows[i].paperName, s.portrait, {s.min_x, s.min_y}, {s.max_x, s.max_y}, s.scale,
+                         names[i]});
   }
   return loop;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <set>
 
 #include "host/editor.h"
 #include "host/wrappers.h"
@@ -25,6 +26,12 @@ std::unique_ptr<Dlg_BPlot2>& Slot() {
 std::string RowNumber(std::size_t i) {
   char text[16];
   std::snprintf(text, sizeof text, "%4d", static_cast<int>(i + 1));
+  return text;
+}
+
+std::string FoldCase(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   return text;
 }
 
@@ -97,6 +104,25 @@ std::string TitleFileName(const titleblock::Plot_Drawing2& sheet) {
   return titleblock::CleanFileName(WithTitleSeparator(sheet.file_name, separator), true);
 }
 
+std::vector<std::string> TitleFileNames(const Dlg_BPlot2& form) {
+  const titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
+  std::vector<std::string> names;
+  names.reserve(form.rows.size());
+  std::set<std::string> taken;
+  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+    std::string name = TitleFileName(*form.rows[i].sheet);
+    if (library.InsertSerial != 0) {
+      const auto serial = library.SerialStart + static_cast<std::int32_t>(i);
+      name = titleblock::CleanFileName(
+          library.SerialPrefix + titleblock::SerialText(serial, library.SerialDigits) + library.SerialSuffix + name, true);
+    }
+    std::string unique = name;
+    for (int copy = 2; !taken.insert(FoldCase(unique)).second; ++copy) unique = name + "(" + std::to_string(copy) + ")";
+    names.push_back(std::move(unique));
+  }
+  return names;
+}
+
 std::vector<std::string> BPlot2Columns() {
   return {"序 号", "预 览", "  文 件 名  ", "删 除", "纸 张", "打印比例", "图 号", "版 次", "日 期", "备 注"};
 }
@@ -104,10 +130,11 @@ std::vector<std::string> BPlot2Columns() {
 std::vector<std::vector<std::string>> BPlot2Cells(const Dlg_BPlot2& form) {
   std::vector<std::vector<std::string>> cells;
   cells.reserve(form.rows.size());
+  const std::vector<std::string> names = TitleFileNames(form);
   for (std::size_t i = 0; i < form.rows.size(); ++i) {
     const BPlot2Row& row = form.rows[i];
     const titleblock::Plot_Drawing2& s = *row.sheet;
-    cells.push_back({RowNumber(i), "预览", TitleFileName(s), "删除", row.paperText, row.scaleText, Shown(s.field_text[0]),
+    cells.push_back({RowNumber(i), "预览", names[i], "删除", row.paperText, row.scaleText, Shown(s.field_text[0]),
                      Shown(s.field_text[1]), Shown(s.field_text[3]), row.note});
   }
   return cells;

@@ -211,6 +211,25 @@ TEST_F(TitleSheetsTest, ANameCannotLeaveItsFolderWhateverTheSeparator) {
   EXPECT_EQ(plot::TitleFileName(row), "_..");
 }
 
+TEST_F(TitleSheetsTest, NoSheetWritesOverAnotherAndTheSerialGoesInFront) {
+  plot::Dlg_BPlot2 form;
+  for (const char* name : {"S-01", "s-01", "S-02", "S-01"}) {
+    auto sheet = std::make_unique<Plot_Drawing2>();
+    sheet->file_name = name;
+    form.rows.push_back({sheet.get()});
+    form.job.sheets.push_back(std::move(sheet));
+  }
+  EXPECT_EQ(plot::TitleFileNames(form), (std::vector<std::string>{"S-01", "s-01(2)", "S-02", "S-01(3)"}));
+  TK_Library& library = GlobalTkLibrary();
+  library.InsertSerial = 1;
+  library.SerialPrefix = "P/";
+  library.SerialStart = 7;
+  library.SerialDigits = 3;
+  library.SerialSuffix = "_";
+  EXPECT_EQ(plot::TitleFileNames(form),
+            (std::vector<std::string>{"P\u2215007_S-01", "P\u2215008_s-01", "P\u2215009_S-02", "P\u2215010_S-01"}));
+}
+
 TEST_F(TitleSheetsTest, AnEmptyLibraryFindsNothingAndOpensTheLibraryForm) {
   Place(Block("TK"), {0, 0, 0});
   Open();
