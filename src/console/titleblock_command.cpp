@@ -23,6 +23,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
+#include "titleblock/title_sheets.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::console {
@@ -47,7 +48,6 @@ constexpr std::string_view kUsage =
     "          5 有图纸未能输出\n";
 
 constexpr int kExitNoSheets = 4;
-constexpr std::string_view kEmptyLibrary = "图框信息库为空 !\n\n请先在 < 图框信息库管理 > 中进行图框信息录入 !";
 constexpr std::string_view kLibraryHint = "（可用 --tk 指定图框信息文件，或用 tvplot tk import 导入）";
 constexpr std::array<const char*, 6> kFieldKeys{"drawingNo", "revision", "title", "date", "info1", "info2"};
 
@@ -65,7 +65,7 @@ std::optional<FileBatch::Refusal> PrepareLibrary(const std::optional<std::string
       return FileBatch::Refusal{"图框信息文件 " + *tkPath + " 无法读取", kExitUnreadable};
   }
   if (library.definitions.empty())
-    return FileBatch::Refusal{OneLine(std::string(kEmptyLibrary)) + std::string(kLibraryHint), kExitNoSheets};
+    return FileBatch::Refusal{OneLine(std::string(titleblock::kEmptyLibraryMessage)) + std::string(kLibraryHint), kExitNoSheets};
   return std::nullopt;
 }
 

@@ -29,6 +29,8 @@ std::int64_t TickCount() {
   return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
+std::int64_t StageClock() { return ShowTimings ? TickCount() : 0; }
+
 std::int64_t StageTimer(std::int64_t startTick, std::string_view stageName) {
   if (!ShowTimings) return startTick;
   const std::int64_t now = TickCount();

@@ -26,6 +26,8 @@ class CommandScope {
 extern bool ShowTimings;
 // Milliseconds of a steady clock.
 std::int64_t TickCount();
+// Where the stages of a run are timed from: the clock when ShowTimings is on, else 0.
+std::int64_t StageClock();
 // When ShowTimings is on, prints "\n\n%s--耗时 %.3f 秒 !" for the stage and returns the new tick;
 // otherwise prints nothing, reads no clock and returns `startTick`.
 std::int64_t StageTimer(std::int64_t startTick, std::string_view stageName);

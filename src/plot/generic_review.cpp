@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/editor.h"
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/review_forms.h"
@@ -26,18 +25,6 @@ std::string Format(const char* format, double a, double b) {
   char text[96];
   std::snprintf(text, sizeof text, format, a, b);
   return text;
-}
-
-std::string RowNumber(std::size_t i) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%4d", static_cast<int>(i + 1));
-  return text;
-}
-
-// The print stamp follows the option before the list is shown.
-void SetPlotStamp() {
-  const bool on = settings::GlobalConfig().plot_stamp != 0;
-  host::CurrentEditor().command({"-plotstamp", on ? "O" : "OFF", ""});
 }
 
 }  // namespace
@@ -126,7 +113,7 @@ std::vector<std::vector<std::string>> BPlot1Cells(const Dlg_BPlot1& form) {
   cells.reserve(form.rows.size());
   for (std::size_t i = 0; i < form.rows.size(); ++i) {
     const BPlot1Row& row = form.rows[i];
-    cells.push_back({RowNumber(i), row.paperText, row.scaleText, row.sizeText, row.note});
+    cells.push_back({RowNumberCell(i), row.paperText, row.scaleText, row.sizeText, row.note});
   }
   return cells;
 }

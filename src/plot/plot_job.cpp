@@ -201,25 +201,32 @@ bool RunBatch(Dlg_BPlot1& form) {
   return true;
 }
 
+void EndFileRun() {
+  paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
+  Job().ActivePlotSetting = nullptr;
+}
+
 void FinishBatch(Dlg_BPlot1& form) {
   if (!form.plot_started) return;
-  paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
   form.plot_started = false;
-  JobState& job = Job();
-  job.ActivePlotSetting = nullptr;
-  job.ActiveSheetJob = nullptr;
+  EndFileRun();
+  Job().ActiveSheetJob = nullptr;
   DestroyGenericReview();
+}
+
+void RunPrivateCommand(const std::function<bool()>& firstPass, std::string_view again) {
+  const bool merging = !Job().MergedPdfPath.empty();
+  const bool done = firstPass();
+  if (done && !merging && settings::GlobalConfig().open_folder_after != 0)
+    host::CurrentEditor().shellOpen(Job().LastFolder);
+  host::CurrentEditor().sendStringToExecute(again);
 }
 
 void Plot_Temp1() {
   Dlg_BPlot1* form = GenericReview();
   if (!form || !form->plot_started) return;  // nothing waits to be plotted
   const auto count = static_cast<std::int32_t>(form->job.keptSheets.size());
-  const bool merging = !Job().MergedPdfPath.empty();
-  const bool done = PlotSheets({}, count);
-  if (done && !merging && settings::GlobalConfig().open_folder_after != 0)
-    host::CurrentEditor().shellOpen(Job().LastFolder);
-  host::CurrentEditor().sendStringToExecute("TV_BatchPlot_2\n\x03\x03");
+  RunPrivateCommand([count] { return PlotSheets({}, count); }, "TV_BatchPlot_2\n\x03\x03");
 }
 
 bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,

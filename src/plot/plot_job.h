@@ -66,6 +66,12 @@ void FinishBatch(Dlg_BPlot1& form);
 // The place of the last style used in the list the forms offer; 0 when it isn't there.
 std::int32_t LastStyleIndex();
 
+// What both file families do once a run ends: the user's plotter back, the form's settings let go.
+void EndFileRun();
+// The body of both private commands: `firstPass` plots, the folder opens when asked (not after a
+// merge), and `again` is posted so that the batch command shows its list again.
+void RunPrivateCommand(const std::function<bool()>& firstPass, std::string_view again);
+
 // What the OK of both file forms shares once their own checks passed: the formats this build
 // can't write refused, the form's settings taken over and saved, the plotter files written and
 // `privateCommand` posted. False when the run can't start.

@@ -5,15 +5,12 @@
 #include <vector>
 
 #include "host/editor.h"
-#include "paper/layout_plot_setting.h"
-#include "paper/saved_plotter.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/sheet_loop.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
-#include "settings/config.h"
 
 namespace tv::plot {
 
@@ -79,23 +76,17 @@ bool RunTitleBatch(Dlg_BPlot2& form) {
 
 void FinishTitleBatch(Dlg_BPlot2& form) {
   if (!form.plot_started) return;
-  paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
   form.plot_started = false;
-  JobState& job = Job();
-  job.ActivePlotSetting = nullptr;
-  job.ActiveTitleSheetJob = nullptr;
+  EndFileRun();
+  Job().ActiveTitleSheetJob = nullptr;
   DestroyTitleReview();
 }
 
 void Plot_Temp2() {
   Dlg_BPlot2* form = TitleReview();
-  if (!form || !form->plot_started) return;
+  if (!form || !form->plot_started) return;  // nothing waits to be plotted
   const auto count = static_cast<std::int32_t>(form->rows.size());
-  const bool merging = !Job().MergedPdfPath.empty();
-  const bool done = PlotTitleSheets({}, count);
-  if (done && !merging && settings::GlobalConfig().open_folder_after != 0)
-    host::CurrentEditor().shellOpen(Job().LastFolder);
-  host::CurrentEditor().sendStringToExecute("TV_BatchPlot_4\n\x03\x03");
+  RunPrivateCommand([count] { return PlotTitleSheets({}, count); }, "TV_BatchPlot_4\n\x03\x03");
 }
 
 void TitlePlotCommand() {

@@ -1,10 +1,8 @@
 #include "plot/title_review.h"
 
-#include <cstdio>
 #include <memory>
 #include <set>
 
-#include "host/editor.h"
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
@@ -21,12 +19,6 @@ namespace {
 std::unique_ptr<Dlg_BPlot2>& Slot() {
   static std::unique_ptr<Dlg_BPlot2> form;
   return form;
-}
-
-std::string RowNumber(std::size_t i) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%4d", static_cast<int>(i + 1));
-  return text;
 }
 
 std::string FoldCase(std::string text) {
@@ -62,8 +54,7 @@ Dlg_BPlot2* RecogniseTitleBatch() {
     DestroyTitleReview();
     return nullptr;
   }
-  const bool on = settings::GlobalConfig().plot_stamp != 0;
-  host::CurrentEditor().command({"-plotstamp", on ? "O" : "OFF", ""});
+  SetPlotStamp();
   FillTitleList(form);
   return &form;
 }
@@ -134,7 +125,7 @@ std::vector<std::vector<std::string>> BPlot2Cells(const Dlg_BPlot2& form) {
   for (std::size_t i = 0; i < form.rows.size(); ++i) {
     const BPlot2Row& row = form.rows[i];
     const titleblock::Plot_Drawing2& s = *row.sheet;
-    cells.push_back({RowNumber(i), "预览", names[i], "删除", row.paperText, row.scaleText, Shown(s.field_text[0]),
+    cells.push_back({RowNumberCell(i), "预览", names[i], "删除", row.paperText, row.scaleText, Shown(s.field_text[0]),
                      Shown(s.field_text[1]), Shown(s.field_text[3]), row.note});
   }
   return cells;

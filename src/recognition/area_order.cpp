@@ -47,7 +47,7 @@ void SortByArea(TempIdArray& candidates) {
   }
   // A long list is mostly small entities: sort the head, then place the tail into it, which the
   // stage timer reports as three steps.
-  std::int64_t tick = host::ShowTimings ? host::TickCount() : 0;
+  std::int64_t tick = host::StageClock();
   const auto head = keys.begin() + static_cast<std::ptrdiff_t>(num_max);
   tick = host::StageTimer(tick, "超出num_max的部分放入temp_lib");
   std::stable_sort(keys.begin(), head, Larger);

@@ -22,10 +22,7 @@ namespace tv::recognition {
 
 namespace {
 
-constexpr const char* kRangePrompt = "\n选择打印范围：( 回车自动进行模型/布局遍历 )";
 constexpr const char* kMarkerLayer = "Temp_PlotLayer";
-
-std::int64_t StartClock() { return host::ShowTimings ? host::TickCount() : 0; }
 
 // The spaces of a walk, by the item chosen in "自动遍历".
 ObjectIdArray SpacesOfChoice(int item, ObjectId currentSpaceId) {
@@ -101,7 +98,7 @@ bool FindSheets(SheetJob& job) {
   ObjectIdArray picked;
   const int rc = host::CurrentEditor().select("_:$", {kRangePrompt, ""}, {},
                                               host::TypeFilter({"LINE", "LWPOLYLINE", "POLYLINE", "insert"}), picked);
-  const std::int64_t start = StartClock();
+  const std::int64_t start = host::StageClock();
   ObjectIdArray scanned;
   job.currentSpaceId = host::OpenCurrentSpace();
 
@@ -141,7 +138,7 @@ void ScanSpace(SheetJob& job, ObjectIdArray& ids, ObjectId spaceId) {
   host::ActivateLayoutOf(spaceId);
   RefreshUcs(true);
   const ObjectId layerId = MarkerLayer();
-  std::int64_t tick = StartClock();
+  std::int64_t tick = host::StageClock();
 
   TempIdArray candidates, lines;
   SheetList master;

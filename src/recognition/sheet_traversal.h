@@ -14,6 +14,9 @@
 
 namespace tv::recognition {
 
+// The prompt of both batch commands' range: Enter walks the spaces.
+inline constexpr const char* kRangePrompt = "\n选择打印范围：( 回车自动进行模型/布局遍历 )";
+
 // Candidate lists from this size on keep their tail on a side list while the head is sorted.
 inline constexpr std::size_t num_max = 10000;
 

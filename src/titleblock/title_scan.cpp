@@ -16,11 +16,7 @@ namespace tv::titleblock {
 
 namespace {
 
-constexpr const char* kRangePrompt = "\n选择打印范围：( 回车自动进行模型/布局遍历 )";
-constexpr const char* kEmptyLibrary = "图框信息库为空 !\n\n请先在 < 图框信息库管理 > 中进行图框信息录入 !";
 constexpr double kCoverTolerance = 0.00001;
-
-std::int64_t StartClock() { return host::ShowTimings ? host::TickCount() : 0; }
 
 // The progress of a scan: one step for each candidate, across the spaces of a walk.
 int progressStep = 0;
@@ -28,12 +24,6 @@ int progressStep = 0;
 // The block name an insert is known by: a dynamic block's "*U" copy by its original's name. A
 // plain anonymous block keeps its "*U" name and so never matches a definition.
 std::string InsertBlockName(const host::Entity& insert) { return host::BlockName(insert.dynamicBlockTableRecord()); }
-
-const TK_Customization* DefinitionOf(const std::string& blockName) {
-  for (const auto& definition : GlobalTkLibrary().definitions)
-    if (definition->block_name == blockName) return definition.get();
-  return nullptr;
-}
 
 bool LiesIn(const Plot_Drawing2& a, const Plot_Drawing2& b) {
   return !(a.min_x < b.min_x - kCoverTolerance) && !(a.min_y < b.min_y - kCoverTolerance) &&
@@ -61,7 +51,7 @@ void ScanTitleBlocks(TitleSheetList& list) {
   list.clear();
   host::Editor& editor = host::CurrentEditor();
   if (GlobalTkLibrary().definitions.empty()) {
-    editor.messageBox(kEmptyLibrary, "Tarvex批打印", host::MessageButtons::Ok);
+    editor.messageBox(kEmptyLibraryMessage, "Tarvex批打印", host::MessageButtons::Ok);
     // Cancels the running command and opens the library form in its place.
     editor.sendStringToExecute("\x03\x03");
     editor.sendStringToExecute("TV_BatchPlot_3\n");
@@ -69,8 +59,8 @@ void ScanTitleBlocks(TitleSheetList& list) {
   }
 
   ObjectIdArray picked;
-  const int rc = editor.select("_:$", {kRangePrompt, ""}, {}, host::TypeFilter({"insert"}), picked);
-  std::int64_t tick = StartClock();
+  const int rc = editor.select("_:$", {recognition::kRangePrompt, ""}, {}, host::TypeFilter({"insert"}), picked);
+  std::int64_t tick = host::StageClock();
   const ObjectId currentSpaceId = host::OpenCurrentSpace();
   progressStep = 0;
   if (rc == host::RTNORM && !picked.empty()) {
@@ -106,7 +96,7 @@ void FilterTitleBlocks(TitleSheetList& list, const ObjectIdArray& ids, ObjectId 
   if (!spaceId.isNull()) host::ActivateLayoutOf(spaceId);
   recognition::RefreshUcs(true);
   host::Editor& editor = host::CurrentEditor();
-  std::int64_t tick = StartClock();
+  std::int64_t tick = host::StageClock();
 
   TitleSheetList found;
   Extents3d seen;
@@ -114,7 +104,7 @@ void FilterTitleBlocks(TitleSheetList& list, const ObjectIdArray& ids, ObjectId 
     editor.progressSet(++progressStep);
     const host::Entity insert = host::OpenEntity(id);
     if (!insert || insert.kind() != host::EntityClass::BlockReference) continue;
-    const TK_Customization* definition = DefinitionOf(InsertBlockName(insert));
+    const TK_Customization* definition = FindDefinition(GlobalTkLibrary(), InsertBlockName(insert));
     if (!definition) continue;
     auto row = std::make_unique<Plot_Drawing2>();
     row->insert_id = id;

@@ -106,9 +106,8 @@ void ExpandNameRule(Plot_Drawing2& row) {
   if (!row.definition) return;
   paper::MyPaper paper{297, 210, false};
   SheetPaper(row, paper);
-  FieldTexts fields;
-  std::copy(row.field_text.begin(), row.field_text.end(), fields.begin());
-  row.file_name = ExpandNameRuleText(row.definition->name_rule, fields, paper::PaperDisplayName(paper, false, false));
+  row.file_name =
+      ExpandNameRuleText(row.definition->name_rule, row.field_text, paper::PaperDisplayName(paper, false, false));
 }
 
 }  // namespace tv::titleblock

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/geometry.h"
@@ -14,6 +15,10 @@
 #include "titleblock/tk_library.h"
 
 namespace tv::titleblock {
+
+// What the title-block batch says when the library defines no frame.
+inline constexpr std::string_view kEmptyLibraryMessage =
+    "图框信息库为空 !\n\n请先在 < 图框信息库管理 > 中进行图框信息录入 !";
 
 // A stamp point that stands for "no position": its stamp has no area in the definition.
 inline constexpr Point2d kNoStampPoint{-123.123, 456.456};
