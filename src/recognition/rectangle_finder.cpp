@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "recognition/holder_index_internal.h"
+#include "recognition/held_candidates_internal.h"
 #include "recognition/rectangle_finder_internal.h"
 #include "settings/config.h"
 
@@ -95,21 +95,21 @@ void ExamineCandidates(TempIdArray& candidates, SheetList& master, ObjectId spac
   batch.reserve(kSheetBatch + 1);
 
   // Candidates that stay are moved down to `kept`; the ones taken are simply passed over, so the
-  // list is compacted in one sweep however many sheets it yields. The contents of each finished
-  // batch leave the list as the loop reaches them: the same candidates and holders as a purge of
-  // the rest of the list per batch, at a lookup each instead of a sweep per batch.
-  internal::HolderIndex holders;
+  // list is compacted in one sweep however many sheets it yields. Each finished batch marks the
+  // candidates still to come that its sheets hold, and they leave the list as the loop reaches
+  // them: the same candidates and holders as a purge of the rest of the list per batch.
+  internal::HeldCandidates held(candidates);
   std::size_t kept = 0;
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     if (batch.size() >= kSheetBatch) {
       if (tick) tick();
       PruneSheets(batch);
-      holders.add(batch);
+      held.markBy(batch, i);
       AppendBatch(batch, master);
     }
 
     const Temp_Id& candidate = candidates[i];
-    if (Plot_Drawing1* holder = holders.holder(candidate)) {
+    if (Plot_Drawing1* holder = held.holder(i)) {
       holder->hasContent = true;
       continue;
     }

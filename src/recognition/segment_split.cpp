@@ -1,6 +1,7 @@
 // Lines and polyline segments become horizontal and vertical segments in working coordinates;
 // those inside a found sheet are that sheet's content instead.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -42,7 +43,8 @@ void AppendToFamily(ObjectId id, Point2d p, Point2d q, SegmentArrays& segments) 
 
 // The first sheet, in list order, whose inner box strictly holds a segment. A drawing may hold a
 // million segments and thousands of sheets, so the inner boxes are spread over a uniform grid and a
-// segment meets only the sheets of the cell its first end falls in.
+// segment meets only the sheets of the cell its first end falls in. Each cell keeps copies of its
+// boxes next to each other: a segment is tried against them without visiting the sheets.
 class InnerBoxGrid {
  public:
   explicit InnerBoxGrid(const SheetList& sheets) {
@@ -79,18 +81,25 @@ class InnerBoxGrid {
     for (std::size_t c = 1; c < cellStart_.size(); ++c) cellStart_[c] += cellStart_[c - 1];
     items_.resize(cellStart_.back());
     std::vector<std::size_t> fill(cellStart_.begin(), cellStart_.end() - 1);
-    forEachCell([&](std::size_t cell, std::size_t sheet) { items_[fill[cell]++] = sheet; });
+    forEachCell([&](std::size_t cell, std::size_t sheet) {
+      items_[fill[cell]++] = {sheets_[sheet]->innerBox, sheet};
+    });
   }
 
   Plot_Drawing1* holderOf(Point2d p, Point2d q) const {
     if (sheets_.empty()) return nullptr;
     const std::size_t cell = Cell(p.y, y0_, cellH_, ny_) * nx_ + Cell(p.x, x0_, cellW_, nx_);
     for (std::size_t k = cellStart_[cell]; k < cellStart_[cell + 1]; ++k)
-      if (HoldsSegment(*sheets_[items_[k]], p, q)) return sheets_[items_[k]];
+      if (StrictlyInside(items_[k].box, p) && StrictlyInside(items_[k].box, q)) return sheets_[items_[k].sheet];
     return nullptr;
   }
 
  private:
+  struct Item {
+    std::array<double, 4> box;  // the sheet's inner box
+    std::size_t sheet;          // index into sheets_
+  };
+
   // Monotone in `v`, so a box's cells cover the cell of every point inside it.
   static std::size_t Cell(double v, double origin, double size, std::size_t count) {
     const double f = (v - origin) / size;
@@ -119,7 +128,7 @@ class InnerBoxGrid {
   double x0_ = 0.0, y0_ = 0.0, cellW_ = 1.0, cellH_ = 1.0;
   std::size_t nx_ = 1, ny_ = 1;
   std::vector<std::size_t> cellStart_;
-  std::vector<std::size_t> items_;  // indices into sheets_
+  std::vector<Item> items_;
 };
 
 // The vertices of a polyline in order, the first again at the end when it is closed, with steps
@@ -170,7 +179,17 @@ void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentA
     AppendToFamily(id, a, b, segments);
   };
 
+  // Outside a UCS a line's extents are its ends' own coordinates, so the line needn't be opened
+  // again; in one, its box was taken around a turned copy, which needn't match the ends to the bit.
+  const bool linesFromExtents = !Ucs().active;
   for (const Temp_Id& temp : remaining) {
+    if (linesFromExtents && temp.kind == TempKind::Line) {
+      const Extents3d& e = temp.extents;
+      const Point3d p{e.min.x, temp.rising ? e.min.y : e.max.y, e.min.z};
+      const Point3d q{e.max.x, temp.rising ? e.max.y : e.min.y, e.max.z};
+      if (p.distanceTo(q) > kPointLength) add(temp.id, p, q);
+      continue;
+    }
     const host::Entity entity = host::OpenEntity(temp.id);
     if (!entity) continue;
     if (entity.kind() == host::EntityClass::Line) {

@@ -10,7 +10,7 @@ namespace tv::recognition {
 
 namespace {
 
-bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray& array) {
+bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray& array, bool rising = true) {
   if (extents.isEmpty()) return false;
   const Point3d minPt{extents.min.x, extents.min.y, 0.0};
   const Point3d maxPt{extents.max.x, extents.max.y, 0.0};
@@ -27,6 +27,7 @@ bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray
   record.kind = kind;
   record.id = id;
   record.extents = extents;
+  record.rising = rising;
   if (kind != TempKind::Line) record.area = (sizeY * 0.001) * (sizeX * 0.001);
   array.push_back(record);
   return true;
@@ -37,7 +38,12 @@ bool AddTempId(TempKind kind, ObjectId id, const Extents3d& extents, TempIdArray
 bool MakeTempId(TempKind kind, ObjectId id, TempIdArray& array) { return AddTempId(kind, id, EntityExtents(id), array); }
 
 bool MakeTempId(TempKind kind, const host::Entity& entity, TempIdArray& array) {
-  return AddTempId(kind, entity.id(), EntityExtentsOpen(entity, true, true), array);
+  bool rising = true;
+  if (kind == TempKind::Line && entity.kind() == host::EntityClass::Line) {
+    const Point3d p = ToWorking(entity.startPoint()), q = ToWorking(entity.endPoint());
+    rising = (q.x - p.x) * (q.y - p.y) >= 0.0;
+  }
+  return AddTempId(kind, entity.id(), EntityExtentsOpen(entity, true, true), array, rising);
 }
 
 bool AddMarker(Plot_Drawing1& sheet, ObjectId layerId, const Extents3d& box, double unitFactor) {

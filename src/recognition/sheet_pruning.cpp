@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "recognition/box_grid_internal.h"
-#include "recognition/holder_index_internal.h"
+#include "recognition/held_candidates_internal.h"
 #include "recognition/rectangle_finder.h"
 
 namespace tv::recognition {
@@ -20,13 +20,18 @@ constexpr std::size_t kPairwiseLimit = 64;
 // Beyond this a sheet's centre, on which the grid search rests, is no longer exact enough.
 constexpr double kGridCoordinateLimit = 1e9;
 
-// Whether `a` lies in `c`, both widened by the smaller margin; when it lies well inside, `c` has
-// content.
-bool LiesIn(const Plot_Drawing1& a, Plot_Drawing1& c) {
+// A sheet's rectangle and margin, copied side by side so that the pairs are tried without visiting
+// the sheets.
+struct Frame {
+  double minX, minY, maxX, maxY, margin;
+};
+
+// Whether `a` lies in `c`, both widened by the smaller margin; `wellInside` tells whether it also
+// lies in `c` narrowed by it, which gives `c` content.
+bool LiesIn(const Frame& a, const Frame& c, bool& wellInside) {
   const double t = std::min(a.margin, c.margin);
   if (!(c.minX - t <= a.minX && c.minY - t <= a.minY && a.maxX <= c.maxX + t && a.maxY <= c.maxY + t)) return false;
-  if (!c.hasContent && c.minX + t <= a.minX && c.minY + t <= a.minY && a.maxX <= c.maxX - t && a.maxY <= c.maxY - t)
-    c.hasContent = true;
+  wellInside = c.minX + t <= a.minX && c.minY + t <= a.minY && a.maxX <= c.maxX - t && a.maxY <= c.maxY - t;
   return true;
 }
 
@@ -40,20 +45,31 @@ bool FitsGrid(const Plot_Drawing1& s) {
 // short side), so with a grid only the sheets over that centre are tried, in the same order.
 void MarkContained(SheetList& sheets) {
   const std::size_t n = sheets.size();
+  std::vector<Frame> frames;
+  std::vector<char> redundant;
+  frames.reserve(n);
+  redundant.reserve(n);
+  for (const auto& s : sheets) {
+    frames.push_back({s->minX, s->minY, s->maxX, s->maxY, s->margin});
+    redundant.push_back(s->redundant ? 1 : 0);
+  }
+
   BoxGrid grid;
   bool indexed = false;
   if (n > kPairwiseLimit && std::all_of(sheets.begin(), sheets.end(), [](const auto& s) { return FitsGrid(*s); })) {
     std::vector<Box> boxes;
     boxes.reserve(n);
-    for (const auto& s : sheets) boxes.push_back({s->minX, s->minY, s->maxX, s->maxY});
+    for (const Frame& f : frames) boxes.push_back({f.minX, f.minY, f.maxX, f.maxY});
     indexed = grid.build(boxes);
   }
 
   for (std::size_t a = 0; a < n; ++a) {
-    Plot_Drawing1& sheet = *sheets[a];
+    const Frame& sheet = frames[a];
     const auto tryContainer = [&](std::size_t c) {
-      if (c == a || sheets[c]->redundant || !LiesIn(sheet, *sheets[c])) return false;
-      sheet.redundant = true;
+      bool wellInside = false;
+      if (c == a || redundant[c] || !LiesIn(sheet, frames[c], wellInside)) return false;
+      if (wellInside) sheets[c]->hasContent = true;
+      redundant[a] = 1;
       return true;
     };
     if (indexed) {
@@ -66,6 +82,8 @@ void MarkContained(SheetList& sheets) {
         if (tryContainer(c)) break;
     }
   }
+  for (std::size_t a = 0; a < n; ++a)
+    if (redundant[a]) sheets[a]->redundant = true;
 }
 
 }  // namespace
@@ -92,16 +110,19 @@ void PruneSheets(SheetList& sheets) {
 
 void DropContainedIds(SheetList& sheets, TempIdArray& candidates, std::size_t start) {
   std::erase_if(sheets, [](const auto& s) { return !s; });
-  internal::HolderIndex holders;
-  holders.add(sheets);
-  if (start >= candidates.size()) return;
-  const auto first = candidates.begin() + static_cast<std::ptrdiff_t>(start);
-  const auto kept = std::remove_if(first, candidates.end(), [&](const Temp_Id& c) {
-    Plot_Drawing1* sheet = holders.holder(c);
-    if (sheet) sheet->hasContent = true;
-    return sheet != nullptr;
-  });
-  candidates.erase(kept, candidates.end());
+  if (sheets.empty() || start >= candidates.size()) return;
+  internal::HeldCandidates held(candidates, start);
+  held.markBy(sheets, start);
+  std::size_t kept = start;
+  for (std::size_t i = start; i < candidates.size(); ++i) {
+    if (Plot_Drawing1* sheet = held.holder(i)) {
+      sheet->hasContent = true;
+      continue;
+    }
+    if (kept != i) candidates[kept] = std::move(candidates[i]);
+    ++kept;
+  }
+  candidates.resize(kept);
 }
 
 }  // namespace tv::recognition

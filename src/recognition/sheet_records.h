@@ -38,6 +38,9 @@ struct Temp_Id {
   // (sizeY x 0.001) x (sizeX x 0.001), kept in a small range; 0 for lines.
   double area = 0.0;
   TempKind kind = TempKind::Line;
+  // Lines: whether the end of greater x is also the end of greater y. With `extents` that gives
+  // both ends back without opening the line again.
+  bool rising = true;
 
   // Corners of `extents`, z 0. Computed rather than stored: a scan holds millions of these
   // records and sorts them, so every byte saved is memory traffic saved.

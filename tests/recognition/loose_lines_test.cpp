@@ -14,6 +14,7 @@
 #include "host/wrappers.h"
 #include "recognition/loose_lines.h"
 #include "recognition/loose_lines_internal.h"
+#include "recognition/sheet_geometry.h"
 #include "drawing_fixture.h"
 
 namespace tv::recognition {
@@ -36,9 +37,7 @@ class LooseLinesTest : public DrawingTest {
   ObjectId Line(Point2d a, Point2d b) { return Keep(AddLine(Point3d{a}, Point3d{b})); }
   ObjectId Polyline(std::vector<Point2d> points, bool closed = false) { return Keep(AddLw(std::move(points), closed)); }
   ObjectId Keep(ObjectId id) {
-    Temp_Id temp;
-    temp.id = id;
-    remaining_.push_back(temp);
+    pending_.push_back(id);
     return id;
   }
 
@@ -69,6 +68,12 @@ class LooseLinesTest : public DrawingTest {
 
   void Split() {
     OpenOnce();
+    // The records the scan keeps; lines along neither axis never get one.
+    for (ObjectId id : pending_) {
+      const host::Entity e = host::OpenEntity(id);
+      MakeTempId(e.kind() == host::EntityClass::Line ? TempKind::Line : TempKind::Polyline, e, remaining_);
+    }
+    pending_.clear();
     SplitIntoSegments(master_, remaining_, segments_);
   }
 
@@ -90,6 +95,7 @@ class LooseLinesTest : public DrawingTest {
     EXPECT_NEAR(s.maxY, max.y, tol);
   }
 
+  ObjectIdArray pending_;  // drawn since the last split
   TempIdArray remaining_;
   SheetList master_;
   SegmentArrays segments_;
@@ -309,8 +315,8 @@ TEST_F(LooseLinesTest, SegmentsStrictlyInsideASheetAreItsContent) {
   EXPECT_EQ(segments_.hIds, (ObjectIdArray{onFrame, crossing, touching}));
   EXPECT_TRUE(segments_.vIds.empty());
 
+  remaining_.clear();
   Line({1100, 500}, {1400, 500});  // only in the later sheet
-  remaining_.erase(remaining_.begin(), remaining_.end() - 1);
   Split();
   EXPECT_TRUE(overlapping.hasContent);
   EXPECT_EQ(segments_.hIds.size(), 3u);
@@ -333,6 +339,20 @@ TEST_F(LooseLinesTest, SegmentEndsAreOrderedAndLevelledPerFamily) {
   EXPECT_EQ(segments_.vEnds, (std::vector<Point2d>{{5, 900}}));
 }
 
+TEST_F(LooseLinesTest, LeaningLinesKeepTheirEndsWhicheverWayTheyAreDrawn) {
+  // The scan's record of a line gives its ends back; a line leaning either way, drawn from either
+  // end, must give the ends it has.
+  Line({500, 10}, {100, 10.3});   // falling to the right, drawn leftwards
+  Line({100, 20}, {500, 20.3});   // rising, drawn rightwards
+  Line({5, 900}, {5.2, 100});     // leaning right at the foot, drawn downwards
+  Line({7.2, 100}, {7, 900});     // leaning left at the foot, drawn upwards
+  Split();
+  EXPECT_EQ(segments_.hStarts, (std::vector<Point2d>{{100, 10.3}, {100, 20}}));
+  EXPECT_EQ(segments_.hEnds, (std::vector<Point2d>{{500, 10}, {500, 20.3}}));
+  EXPECT_EQ(segments_.vStarts, (std::vector<Point2d>{{5.2, 100}, {7.2, 100}}));
+  EXPECT_EQ(segments_.vEnds, (std::vector<Point2d>{{5, 900}, {7, 900}}));
+}
+
 TEST_F(LooseLinesTest, SegmentContentAgreesBetweenTheWholeSplitAndSingleSegments) {
   // Sheets in rows, one large sheet ahead of them and others behind that overlap them or hold
   // them, and lines all over: which sheet takes a segment must not depend on the way in.
@@ -341,9 +361,9 @@ TEST_F(LooseLinesTest, SegmentContentAgreesBetweenTheWholeSplitAndSingleSegments
   std::vector<std::pair<Point2d, Point2d>> lines;
   for (int n = 0; n < 400; ++n) {
     const Point2d a{coord(random), coord(random)};
-    const int shape = n % 3;
+    // Along the axes only: the scan keeps no other line.
     const double l = length(random);
-    const Point2d b = shape == 0 ? Point2d{a.x + l, a.y} : shape == 1 ? Point2d{a.x, a.y + l} : Point2d{a.x + l, a.y + l};
+    const Point2d b = n % 2 == 0 ? Point2d{a.x + l, a.y} : Point2d{a.x, a.y + l};
     lines.push_back({a, b});
     Line(a, b);
   }
