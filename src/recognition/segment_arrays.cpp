@@ -1,8 +1,11 @@
 // The sorted segment families: ordering, the first index of a band, and the removal of segments
 // that turned out to lie inside found sheets.
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "recognition/loose_lines.h"
@@ -60,14 +63,17 @@ std::size_t KeyIndex::lower(double value, std::size_t from) const {
   while (bucket > 0 && !KeyLess(low_ + static_cast<double>(bucket) / scale_, value)) --bucket;
   std::size_t i = buckets_[bucket];
   const std::size_t end = bucket + 1 < buckets_.size() ? buckets_[bucket + 1] : finite_;
-  // Most buckets hold a start or two; a crowded one is searched.
-  for (std::size_t steps = 0; i < end && KeyLess(KeyOf(starts[i], byY_), value); ++i) {
-    if (++steps == 16) {
-      i = LowerIndex(starts, value, byY_, i);
-      break;
-    }
+  const auto below = [&](Point2d p) { return KeyLess(KeyOf(p, byY_), value); };
+  // Most buckets hold a start or two; a crowded one (many starts on one line) is searched.
+  if (end - i > 16) {
+    i = static_cast<std::size_t>(std::partition_point(starts.begin() + static_cast<std::ptrdiff_t>(i),
+                                                      starts.begin() + static_cast<std::ptrdiff_t>(end), below) -
+                                 starts.begin());
+  } else {
+    while (i < end && below(starts[i])) ++i;
   }
-  if (i == end && end < finite_) i = LowerIndex(starts, value, byY_, end);
+  // Rounding may put the value past the bucket's upper edge; only then is the rest searched.
+  if (i == end && end < finite_ && below(starts[end])) i = LowerIndex(starts, value, byY_, end);
   return std::max(std::min(from, starts.size()), i);
 }
 
@@ -96,6 +102,45 @@ namespace {
 
 using loose::KeyLess;
 using loose::KeyOf;
+
+// The key as an unsigned number in KeyLess order: keys KeyLess holds equal (0 and -0, every NaN)
+// map to one number.
+std::uint64_t OrderedBits(double key) {
+  if (std::isnan(key)) return std::numeric_limits<std::uint64_t>::max();
+  if (key == 0.0) key = 0.0;
+  const auto bits = std::bit_cast<std::uint64_t>(key);
+  return bits >> 63 ? ~bits : bits | (std::uint64_t{1} << 63);
+}
+
+// Orders `places` by the key of each, ascending in KeyLess order, equal keys keeping their order.
+// A radix sort of the keys' bits: a family holds up to millions of segments, and a comparison sort
+// of them was the dearest part of sorting it.
+template <class KeyOfPlace>
+void StableOrderByKey(std::vector<std::size_t>& places, KeyOfPlace&& keyOf) {
+  struct Keyed {
+    std::uint64_t bits;
+    std::size_t place;
+  };
+  const std::size_t n = places.size();
+  std::vector<Keyed> a(n), b(n);
+  for (std::size_t k = 0; k < n; ++k) a[k] = {OrderedBits(keyOf(places[k])), places[k]};
+
+  constexpr int kDigitBits = 11, kPasses = 6;  // 66 bits cover the key
+  constexpr std::size_t kRadix = std::size_t{1} << kDigitBits;
+  std::vector<std::uint32_t> counts(kPasses * kRadix, 0);
+  for (const Keyed& k : a)
+    for (int p = 0; p < kPasses; ++p) ++counts[p * kRadix + ((k.bits >> (p * kDigitBits)) & (kRadix - 1))];
+  for (int p = 0; p < kPasses; ++p) {
+    std::uint32_t* count = counts.data() + p * kRadix;
+    // A digit all keys share moves nothing.
+    if (n > 0 && count[(a[0].bits >> (p * kDigitBits)) & (kRadix - 1)] == n) continue;
+    std::uint32_t sum = 0;
+    for (std::size_t d = 0; d < kRadix; ++d) sum += std::exchange(count[d], sum);
+    for (const Keyed& k : a) b[count[(k.bits >> (p * kDigitBits)) & (kRadix - 1)]++] = k;
+    a.swap(b);
+  }
+  for (std::size_t k = 0; k < n; ++k) places[k] = a[k].place;
+}
 
 // One family, from `first` on, against each sheet in turn. A removal lets the next segment pass
 // untested by that sheet, as though it had slid into the removed one's place while the walk moved
@@ -156,20 +201,11 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
   if (lo >= hi) return;
 
   // Sort the keys with their places, then apply the order to the three arrays; equal keys keep
-  // their order. Keys sorted beside their places spare the sort a lookup into a large array at
-  // every comparison.
-  struct Keyed {
-    double key;
-    std::size_t index;
-  };
-  std::vector<Keyed> keyed;
-  keyed.reserve(static_cast<std::size_t>(hi - lo + 1));
-  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) keyed.push_back({KeyOf(starts[i], byY), i});
-  std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) { return KeyLess(a.key, b.key); });
+  // their order.
   std::vector<std::size_t> order;
-  order.reserve(keyed.size());
-  for (const Keyed& k : keyed) order.push_back(k.index);
-  keyed = {};
+  order.reserve(static_cast<std::size_t>(hi - lo + 1));
+  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) order.push_back(i);
+  StableOrderByKey(order, [&](std::size_t i) { return KeyOf(starts[i], byY); });
 
   std::vector<Point2d> sortedStarts, sortedEnds;
   ObjectIdArray sortedIds;

@@ -448,6 +448,39 @@ TEST(KeyIndex, AgreesWithTheBinarySearch) {
   }
 }
 
+// The family sort orders as a stable comparison sort by the key: ties (0 and -0, every NaN, equal
+// coordinates) keep their order, infinities and NaN go to the ends.
+TEST(SortSegments, OrdersAsAStableSortByTheKey) {
+  std::mt19937 random(11);
+  const double inf = std::numeric_limits<double>::infinity();
+  for (int round = 0; round < 12; ++round) {
+    const std::size_t n = round == 0 ? 1 : 1 + random() % 5000;
+    std::vector<Point2d> starts, ends;
+    ObjectIdArray ids;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double pick[] = {0.0, -0.0, std::nan(""), -std::nan(""), inf, -inf, 1e300, -1e-300, 42.0, -42.0};
+      const double key = random() % 3 == 0 ? pick[random() % 10] : std::uniform_real_distribution<double>(-1e6, 1e6)(random);
+      starts.push_back({key, -key});
+      ends.push_back({static_cast<double>(i), 0});
+      ids.push_back(ObjectId(i + 1));
+    }
+    for (bool byY : {false, true}) {
+      std::vector<std::size_t> expected(n);
+      for (std::size_t i = 0; i < n; ++i) expected[i] = i;
+      std::stable_sort(expected.begin(), expected.end(), [&](std::size_t a, std::size_t b) {
+        return loose::KeyLess(loose::KeyOf(starts[a], byY), loose::KeyOf(starts[b], byY));
+      });
+      std::vector<Point2d> s = starts, e = ends;
+      ObjectIdArray d = ids;
+      SortSegments(s, 0, static_cast<std::ptrdiff_t>(n) - 1, byY, e, d);
+      for (std::size_t k = 0; k < n; ++k) {
+        ASSERT_EQ(d[k], ids[expected[k]]) << "round " << round << " place " << k;
+        ASSERT_EQ(e[k].x, static_cast<double>(expected[k]));
+      }
+    }
+  }
+}
+
 TEST_F(LooseLinesTest, SortSegmentsMovesTheThreeArraysTogether) {
   std::vector<Point2d> starts{{0, 9}, {5, 3}, {1, 8}, {2, 1}, {3, 0}};
   std::vector<Point2d> ends{{10, 9}, {15, 3}, {11, 8}, {12, 1}, {13, 0}};
