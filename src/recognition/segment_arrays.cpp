@@ -1,13 +1,12 @@
 // The sorted segment families: ordering, the first index of a band, and the removal of segments
 // that turned out to lie inside found sheets.
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <utility>
 #include <vector>
 
+#include "recognition/key_order_internal.h"
 #include "recognition/loose_lines.h"
 #include "recognition/loose_lines_internal.h"
 
@@ -103,45 +102,6 @@ namespace {
 using loose::KeyLess;
 using loose::KeyOf;
 
-// The key as an unsigned number in KeyLess order: keys KeyLess holds equal (0 and -0, every NaN)
-// map to one number.
-std::uint64_t OrderedBits(double key) {
-  if (std::isnan(key)) return std::numeric_limits<std::uint64_t>::max();
-  if (key == 0.0) key = 0.0;
-  const auto bits = std::bit_cast<std::uint64_t>(key);
-  return bits >> 63 ? ~bits : bits | (std::uint64_t{1} << 63);
-}
-
-// Orders `places` by the key of each, ascending in KeyLess order, equal keys keeping their order.
-// A radix sort of the keys' bits: a family holds up to millions of segments, and a comparison sort
-// of them was the dearest part of sorting it.
-template <class KeyOfPlace>
-void StableOrderByKey(std::vector<std::size_t>& places, KeyOfPlace&& keyOf) {
-  struct Keyed {
-    std::uint64_t bits;
-    std::size_t place;
-  };
-  const std::size_t n = places.size();
-  std::vector<Keyed> a(n), b(n);
-  for (std::size_t k = 0; k < n; ++k) a[k] = {OrderedBits(keyOf(places[k])), places[k]};
-
-  constexpr int kDigitBits = 11, kPasses = 6;  // 66 bits cover the key
-  constexpr std::size_t kRadix = std::size_t{1} << kDigitBits;
-  std::vector<std::uint32_t> counts(kPasses * kRadix, 0);
-  for (const Keyed& k : a)
-    for (int p = 0; p < kPasses; ++p) ++counts[p * kRadix + ((k.bits >> (p * kDigitBits)) & (kRadix - 1))];
-  for (int p = 0; p < kPasses; ++p) {
-    std::uint32_t* count = counts.data() + p * kRadix;
-    // A digit all keys share moves nothing.
-    if (n > 0 && count[(a[0].bits >> (p * kDigitBits)) & (kRadix - 1)] == n) continue;
-    std::uint32_t sum = 0;
-    for (std::size_t d = 0; d < kRadix; ++d) sum += std::exchange(count[d], sum);
-    for (const Keyed& k : a) b[count[(k.bits >> (p * kDigitBits)) & (kRadix - 1)]++] = k;
-    a.swap(b);
-  }
-  for (std::size_t k = 0; k < n; ++k) places[k] = a[k].place;
-}
-
 // One family, from `first` on, against each sheet in turn. A removal lets the next segment pass
 // untested by that sheet, as though it had slid into the removed one's place while the walk moved
 // on. Removed segments are only marked while the sheets are walked, and the family is compacted
@@ -202,10 +162,18 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
 
   // Sort the keys with their places, then apply the order to the three arrays; equal keys keep
   // their order.
+  std::vector<internal::BitsKeyed> keyed;
+  keyed.reserve(static_cast<std::size_t>(hi - lo + 1));
+  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) {
+    const double key = KeyOf(starts[i], byY);
+    // NaN sorts after everything, every NaN alike.
+    keyed.push_back({std::isnan(key) ? std::numeric_limits<std::uint64_t>::max() : internal::OrderedBits(key), i});
+  }
+  internal::SortByBits(keyed);
   std::vector<std::size_t> order;
-  order.reserve(static_cast<std::size_t>(hi - lo + 1));
-  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) order.push_back(i);
-  StableOrderByKey(order, [&](std::size_t i) { return KeyOf(starts[i], byY); });
+  order.reserve(keyed.size());
+  for (const internal::BitsKeyed& k : keyed) order.push_back(k.place);
+  keyed = {};
 
   std::vector<Point2d> sortedStarts, sortedEnds;
   ObjectIdArray sortedIds;

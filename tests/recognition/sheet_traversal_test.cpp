@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "console/console_editor.h"
 #include "host/command_prologue.h"
@@ -72,10 +73,17 @@ TEST_F(TraversalTest, AreaOrderTakesTheSideListFromTenThousandOn) {
   for (std::size_t count : {num_max - 1, num_max}) {
     out_.str("");
     TempIdArray candidates(count);
-    for (std::size_t i = 0; i < count; ++i) candidates[i].area = static_cast<double>((i * 7919) % 1000);
+    const double special[] = {0.0, -0.0, std::numeric_limits<double>::infinity(), 1e-300, 1e300};
+    for (std::size_t i = 0; i < count; ++i) {
+      candidates[i].id = ObjectId(i + 1);
+      candidates[i].area = i % 13 == 0 ? special[(i / 13) % 5] : static_cast<double>((i * 7919) % 1000);
+    }
     SortByArea(candidates);
-    EXPECT_TRUE(std::is_sorted(candidates.begin(), candidates.end(),
-                               [](const Temp_Id& a, const Temp_Id& b) { return a.area > b.area; }));
+    // Largest first, and equal areas (0 and -0 among them) in the order they came.
+    EXPECT_TRUE(std::is_sorted(candidates.begin(), candidates.end(), [](const Temp_Id& a, const Temp_Id& b) {
+      return a.area > b.area || (a.area == b.area && a.id.value < b.id.value);
+    }));
+    EXPECT_EQ(candidates.front().area, std::numeric_limits<double>::infinity());
     const bool sideList = out_.str().find("超出num_max的部分放入temp_lib") != std::string::npos;
     EXPECT_EQ(sideList, count == num_max) << count;
     EXPECT_EQ(out_.str().find("后面部分按大小插入") != std::string::npos, count == num_max);
