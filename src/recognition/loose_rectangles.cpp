@@ -5,12 +5,14 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "host/command_prologue.h"
+#include "recognition/key_order_internal.h"
 #include "recognition/loose_lines.h"
 #include "recognition/loose_lines_internal.h"
 
@@ -32,11 +34,10 @@ void CutToStep(ObjectIdArray& ids, std::vector<Point2d>& starts, std::vector<Poi
 // Keeps the horizontals with a vertical end at each of their ends, and marks the vertical ends met.
 // The first vertical met at the left end decides: only from there on is the right end looked for.
 void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std::vector<char>& highTouched) {
-  const std::size_t nv = s.vStarts.size();
+  const std::size_t nh = s.hStarts.size(), nv = s.vStarts.size();
   const double reach = loose::GreatestLean(s.vStarts, s.vEnds, false);
   const loose::KeyIndex byX(s.vStarts, false);
-  const auto joined = [&](std::size_t i) {
-    const Point2d p = s.hStarts[i], q = s.hEnds[i];
+  const auto joined = [&](Point2d p, Point2d q) {
     const double t = (q.x - p.x) / 2000.0;
     std::ptrdiff_t low = -1, high = -1;
     bool leftHit = false, bothEnds = false;
@@ -67,7 +68,25 @@ void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std:
     if (high >= 0) highTouched[static_cast<std::size_t>(high)] = 1;
     return leftHit && bothEnds;
   };
-  loose::KeepWhere(s.hStarts.size(), joined, s.hIds, s.hStarts, s.hEnds);
+
+  // Each horizontal is judged on its own, so they are judged from left to right: the searches then
+  // walk the verticals, which are sorted by x, in order instead of jumping about in them. The
+  // horizontals are first gathered in that order, all their reads being known in advance.
+  std::vector<internal::BitsKeyed> byLeft;
+  byLeft.reserve(nh);
+  for (std::size_t i = 0; i < nh; ++i) {
+    const double x = s.hStarts[i].x;
+    byLeft.push_back({std::isnan(x) ? std::numeric_limits<std::uint64_t>::max() : internal::OrderedBits(x), i});
+  }
+  internal::SortByBits(byLeft);
+  struct Ends {
+    Point2d p, q;
+  };
+  std::vector<Ends> ends(nh);
+  for (std::size_t k = 0; k < nh; ++k) ends[k] = {s.hStarts[byLeft[k].place], s.hEnds[byLeft[k].place]};
+  std::vector<char> keep(nh, 0);
+  for (std::size_t k = 0; k < nh; ++k) keep[byLeft[k].place] = joined(ends[k].p, ends[k].q) ? 1 : 0;
+  loose::KeepWhere(nh, [&](std::size_t i) { return keep[i] != 0; }, s.hIds, s.hStarts, s.hEnds);
 }
 
 // Keeps the verticals with a horizontal end at each of their ends; a marked end needs no search.
