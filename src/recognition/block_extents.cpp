@@ -31,10 +31,39 @@ bool AddBox(Extents3d& extents, const Extents3d& box) {
   return true;
 }
 
+// The content's box in block coordinates; true when anything was added to `extents`.
+bool ContentBox(ObjectId block, Extents3d& extents, bool withText, bool exactSplines, int depth);
+
 bool BlockExtentsAt(const host::Entity& insert, Extents3d& extents, bool withText, bool exactSplines, int depth) {
   if (depth > kMaxNesting) return false;
+  bool added = false;
+  const ObjectId block = insert.blockTableRecord();
+  // Only a whole measurement is kept: one cut short by the nesting limit depends on its depth.
+  auto* kept = depth == 0 ? internal::BlockBoxScope::Current() : nullptr;
+  if (kept) {
+    const auto key = std::make_tuple(block.value, withText, exactSplines);
+    auto it = kept->find(key);
+    if (it == kept->end()) {
+      internal::BlockBoxScope::Box box;
+      box.added = ContentBox(block, box.extents, withText, exactSplines, depth);
+      it = kept->emplace(key, box).first;
+    }
+    if (it->second.added) extents.add(it->second.extents);
+    added = it->second.added;
+  } else {
+    added = ContentBox(block, extents, withText, exactSplines, depth);
+  }
+
+  if (added) {
+    extents = extents.transformed(insert.blockTransform());
+    ClipToSpatialFilter(insert, extents);
+  }
+  return added;
+}
+
+bool ContentBox(ObjectId block, Extents3d& extents, bool withText, bool exactSplines, int depth) {
   ObjectIdArray ids;
-  host::CollectSpaceIds(insert.blockTableRecord(), ids);
+  host::CollectSpaceIds(block, ids);
   const host::DrawingAids& aids = host::Aids();
 
   bool added = false;
@@ -88,15 +117,30 @@ bool BlockExtentsAt(const host::Entity& insert, Extents3d& extents, bool withTex
     }
     added |= AddBox(extents, *box);
   }
-
-  if (added) {
-    extents = extents.transformed(insert.blockTransform());
-    ClipToSpatialFilter(insert, extents);
-  }
   return added;
 }
 
 }  // namespace
+
+namespace internal {
+
+namespace {
+BlockBoxScope* g_scope = nullptr;
+}
+
+BlockBoxScope::BlockBoxScope() : owner_(g_scope == nullptr) {
+  if (owner_) g_scope = this;
+}
+
+BlockBoxScope::~BlockBoxScope() {
+  if (owner_) g_scope = nullptr;
+}
+
+std::map<std::tuple<std::uint64_t, bool, bool>, BlockBoxScope::Box>* BlockBoxScope::Current() {
+  return g_scope ? &g_scope->boxes_ : nullptr;
+}
+
+}  // namespace internal
 
 bool BlockExtents(const host::Entity& insert, Extents3d& extents, bool withText, bool exactSplines) {
   if (!insert || insert.kind() != host::EntityClass::BlockReference) return false;

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "recognition/extents_internal.h"
 #include "recognition/held_candidates_internal.h"
 #include "recognition/rectangle_finder_internal.h"
 #include "settings/config.h"
@@ -40,6 +41,7 @@ void ClassifyEntities(const ObjectIdArray& ids, TempIdArray& candidates, TempIdA
   // records, large and many, are never moved while the lists grow.
   candidates.reserve(candidates.size() + ids.size());
   if (wantLines) lines.reserve(lines.size() + ids.size());
+  const internal::BlockBoxScope blockBoxes;
   for (ObjectId id : ids) {
     const host::Entity e = host::OpenEntity(id);
     switch (RoleOf(e, hidden, wantLines)) {
