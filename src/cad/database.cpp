@@ -133,6 +133,30 @@ void Database::unregisterObject(ObjectId id) {
   if (const IndexEntry* e = findEntry(id)) index_.erase(index_.begin() + (e - index_.data()));
 }
 
+namespace {
+void PrefetchLine(const void* address) {
+#if defined(__GNUC__) || defined(__clang__)
+  __builtin_prefetch(address);
+#else
+  (void)address;
+#endif
+}
+}  // namespace
+
+void Database::prefetch(ObjectId id, bool objectToo) const {
+  // Only the usual case, an id at its own place in a sorted index; a hint must cost next to nothing.
+  if (index_.empty() || !pending_.empty() || id.value < index_.front().id) return;
+  const std::uint64_t guess = id.value - index_.front().id;
+  if (guess >= index_.size()) return;
+  if (!objectToo) {
+    PrefetchLine(&index_[guess]);
+  } else if (index_[guess].id == id.value) {
+    const auto* bytes = reinterpret_cast<const char*>(index_[guess].object);
+    PrefetchLine(bytes);
+    PrefetchLine(bytes + 64);
+  }
+}
+
 DbObject* Database::object(ObjectId id) const {
   if (id.isNull()) return nullptr;
   sortIndex();

@@ -66,6 +66,9 @@ class Database {
   template <class T>
   T* objectAs(ObjectId id) const { return As<T>(object(id)); }
   Entity* entity(ObjectId id) const { return objectAs<Entity>(id); }
+  // Hints that `id` will be looked up soon, so that its memory is on the way meanwhile: with
+  // `objectToo` false only its index entry, else (the entry being at hand by then) the object.
+  void prefetch(ObjectId id, bool objectToo) const;
   std::size_t objectCount() const { return index_.size() + pending_.size(); }
   // A handle not used yet ($HANDSEED moves on).
   ObjectId newHandle();

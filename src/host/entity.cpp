@@ -54,6 +54,10 @@ Entity OpenEntity(ObjectId id) {
   return Entity(std::move(impl));
 }
 
+void PrefetchEntity(ObjectId id, bool far) {
+  if (const cad::Database* db = WorkingDatabase()) db->prefetch(id, !far);
+}
+
 // ---- common facts ------------------------------------------------------------------------------------
 
 ObjectId Entity::id() const { return impl_ && !impl_->transient() ? impl_->entity->id : ObjectId{}; }

@@ -114,6 +114,9 @@ class Entity {
 
 // Opens an entity of the working drawing for reading; empty when the id is null, erased or not an entity.
 Entity OpenEntity(ObjectId id);
+// Hints that OpenEntity(id) comes soon, for loops that open entities in no order the caches know:
+// called `far` ahead it fetches the entity's place in the drawing, nearer the entity itself.
+void PrefetchEntity(ObjectId id, bool far);
 
 // ---- new entities, to be appended with AppendToSpace -----------------------------------------
 Entity NewLine(Point3d start, Point3d end);

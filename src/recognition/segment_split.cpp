@@ -182,8 +182,13 @@ void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentA
   // Outside a UCS a line's extents are its ends' own coordinates, so the line needn't be opened
   // again; in one, its box was taken around a turned copy, which needn't match the ends to the bit.
   const bool linesFromExtents = !Ucs().active;
-  for (const Temp_Id& temp : remaining) {
-    if (linesFromExtents && temp.kind == TempKind::Line) {
+  const auto opened = [&](const Temp_Id& temp) { return !linesFromExtents || temp.kind != TempKind::Line; };
+  for (std::size_t r = 0; r < remaining.size(); ++r) {
+    // The polylines left by the area order lie all over the drawing: they are fetched ahead.
+    if (r + 16 < remaining.size() && opened(remaining[r + 16])) host::PrefetchEntity(remaining[r + 16].id, true);
+    if (r + 8 < remaining.size() && opened(remaining[r + 8])) host::PrefetchEntity(remaining[r + 8].id, false);
+    const Temp_Id& temp = remaining[r];
+    if (!opened(temp)) {
       const Extents3d& e = temp.extents;
       const Point3d p{e.min.x, temp.rising ? e.min.y : e.max.y, e.min.z};
       const Point3d q{e.max.x, temp.rising ? e.max.y : e.min.y, e.max.z};
