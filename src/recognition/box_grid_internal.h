@@ -1,6 +1,6 @@
 #pragma once
-// Which of a fixed set of boxes may hold a point. Pruning asks it for every sheet and the purge of
-// a batch for every remaining candidate, so neither has to try every sheet against every other.
+// Which of a fixed set of boxes may hold a point. Pruning asks it for every sheet, so that it
+// needn't try every sheet against every other.
 #include <cstdint>
 #include <span>
 #include <vector>

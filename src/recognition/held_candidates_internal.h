@@ -2,7 +2,6 @@
 // Which found sheet first holds each candidate of a list. Sheets arrive a batch at a time while the
 // candidate loop runs; each new sheet marks the candidates still to come that lie in it, so that
 // the loop reads a candidate's holder instead of asking every sheet found so far.
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
