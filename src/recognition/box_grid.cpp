@@ -15,42 +15,42 @@ bool Finite(const Box& b) {
   return std::isfinite(b.minX) && std::isfinite(b.minY) && std::isfinite(b.maxX) && std::isfinite(b.maxY);
 }
 
-// Beyond this many boxes the quantiles are taken from an even sample of the centres: any cuts in
-// ascending order make a correct grid, so a sample costs only a little balance, while sorting every
-// centre made rebuilding the grid of a growing list the dearest part of it.
-constexpr std::size_t kSampledCentres = 4096;
-
-// Cut values at the quantiles of `centres` (or of a sample of them), which it reorders.
-std::vector<double> CutsAt(std::vector<double>& centres, std::size_t columns) {
-  if (centres.size() > kSampledCentres) {
-    const std::size_t step = centres.size() / kSampledCentres;
-    for (std::size_t k = 0; k < kSampledCentres; ++k) centres[k] = centres[k * step];
-    centres.resize(kSampledCentres);
-  }
-  std::sort(centres.begin(), centres.end());
-  std::vector<double> cuts;
-  cuts.reserve(columns - 1);
-  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(centres[k * centres.size() / columns]);
-  return cuts;
-}
+// Beyond this many values the quantiles are taken from an even sample: a sample costs only a little
+// balance, while sorting every centre made rebuilding the grid of a growing list the dearest part
+// of it.
+constexpr std::size_t kSampledValues = 4096;
 
 }  // namespace
 
-std::size_t BoxGrid::columnOf(double x) const {
-  return static_cast<std::size_t>(std::upper_bound(xCuts_.begin(), xCuts_.end(), x) - xCuts_.begin());
+std::size_t GridColumns(std::size_t n) {
+  return std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(n)))), 1,
+                                 kMaxColumns);
 }
 
-std::size_t BoxGrid::rowOf(double y) const {
-  return static_cast<std::size_t>(std::upper_bound(yCuts_.begin(), yCuts_.end(), y) - yCuts_.begin());
+std::vector<double> QuantileCuts(std::vector<double>& values, std::size_t columns) {
+  if (values.size() > kSampledValues) {
+    const std::size_t step = values.size() / kSampledValues;
+    for (std::size_t k = 0; k < kSampledValues; ++k) values[k] = values[k * step];
+    values.resize(kSampledValues);
+  }
+  std::vector<double> cuts;
+  if (values.empty()) return cuts;
+  std::sort(values.begin(), values.end());
+  cuts.reserve(columns - 1);
+  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(values[k * values.size() / columns]);
+  return cuts;
 }
+
+std::size_t BoxGrid::columnOf(double x) const { return CellOf(xCuts_, x); }
+
+std::size_t BoxGrid::rowOf(double y) const { return CellOf(yCuts_, y); }
 
 bool BoxGrid::build(const std::vector<Box>& boxes) {
   *this = BoxGrid{};
   if (!std::all_of(boxes.begin(), boxes.end(), Finite)) return false;
 
   const std::size_t n = boxes.size();
-  columns_ = std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(n)))), 1,
-                                     kMaxColumns);
+  columns_ = GridColumns(n);
   std::vector<double> cx, cy;
   cx.reserve(n);
   cy.reserve(n);
@@ -58,8 +58,8 @@ bool BoxGrid::build(const std::vector<Box>& boxes) {
     cx.push_back(b.minX + (b.maxX - b.minX) * 0.5);
     cy.push_back(b.minY + (b.maxY - b.minY) * 0.5);
   }
-  xCuts_ = CutsAt(cx, columns_);
-  yCuts_ = CutsAt(cy, columns_);
+  xCuts_ = QuantileCuts(cx, columns_);
+  yCuts_ = QuantileCuts(cy, columns_);
 
   // Two passes, counting then filling, so each cell's indices lie together and ascend. The cell
   // ranges of the first pass serve the second.

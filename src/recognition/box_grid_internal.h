@@ -1,6 +1,8 @@
 #pragma once
 // Which of a fixed set of boxes may hold a point. Pruning asks it for every sheet, so that it
 // needn't try every sheet against every other.
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -10,6 +12,16 @@ namespace tv::recognition::internal {
 struct Box {
   double minX = 0.0, minY = 0.0, maxX = 0.0, maxY = 0.0;
 };
+
+// Columns (and rows) of a quantile grid over n points: about one point a cell, within bounds.
+std::size_t GridColumns(std::size_t n);
+// Cut values at the quantiles of `values` (or of an even sample of them), which it reorders; any
+// cuts in ascending order make a correct grid. Fewer when there are no values.
+std::vector<double> QuantileCuts(std::vector<double>& values, std::size_t columns);
+// The column of `v` among ascending cuts.
+inline std::size_t CellOf(const std::vector<double>& cuts, double v) {
+  return static_cast<std::size_t>(std::upper_bound(cuts.begin(), cuts.end(), v) - cuts.begin());
+}
 
 // A grid whose lines stand at quantiles of the box centres, so that a crowded corner and one
 // stray box far off cost no more than an even spread of sheets.

@@ -8,9 +8,7 @@ namespace tv::recognition::internal {
 
 namespace {
 
-constexpr std::size_t kMaxColumns = 512;
-// The quantiles are taken from an even sample of this many corners: any cuts in ascending order
-// make a correct grid, and a sample costs only a little balance.
+// The corners read for the grid's cuts: an even sample is as good as all of them.
 constexpr std::size_t kSampledCorners = 4096;
 constexpr std::uint32_t kNoCell = std::numeric_limits<std::uint32_t>::max();
 
@@ -19,23 +17,13 @@ bool Finite(const Temp_Id& c) {
          std::isfinite(c.extents.max.y);
 }
 
-std::vector<double> CutsAt(std::vector<double>& values, std::size_t columns) {
-  std::sort(values.begin(), values.end());
-  std::vector<double> cuts;
-  if (values.empty()) return cuts;
-  cuts.reserve(columns - 1);
-  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(values[k * values.size() / columns]);
-  return cuts;
-}
-
 }  // namespace
 
 HeldCandidates::HeldCandidates(const TempIdArray& candidates, std::size_t from) : first_(from) {
   if (from >= candidates.size()) return;
   const std::size_t n = candidates.size() - from;
   holders_.assign(n, nullptr);
-  columns_ = std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(n)))), 1,
-                                     kMaxColumns);
+  columns_ = GridColumns(n);
 
   std::vector<double> xs, ys;
   const std::size_t step = std::max<std::size_t>(1, n / kSampledCorners);
@@ -45,8 +33,8 @@ HeldCandidates::HeldCandidates(const TempIdArray& candidates, std::size_t from) 
     xs.push_back(c.extents.min.x);
     ys.push_back(c.extents.min.y);
   }
-  xCuts_ = CutsAt(xs, columns_);
-  yCuts_ = CutsAt(ys, columns_);
+  xCuts_ = QuantileCuts(xs, columns_);
+  yCuts_ = QuantileCuts(ys, columns_);
 
   // Items go to their columns first and are then ordered by row within each column: a scatter
   // over every cell at once would miss the cache at nearly every item.
@@ -86,13 +74,9 @@ HeldCandidates::HeldCandidates(const TempIdArray& candidates, std::size_t from) 
   cellStart_.back() = static_cast<std::uint32_t>(items_.size());
 }
 
-std::size_t HeldCandidates::columnOf(double x) const {
-  return static_cast<std::size_t>(std::upper_bound(xCuts_.begin(), xCuts_.end(), x) - xCuts_.begin());
-}
+std::size_t HeldCandidates::columnOf(double x) const { return CellOf(xCuts_, x); }
 
-std::size_t HeldCandidates::rowOf(double y) const {
-  return static_cast<std::size_t>(std::upper_bound(yCuts_.begin(), yCuts_.end(), y) - yCuts_.begin());
-}
+std::size_t HeldCandidates::rowOf(double y) const { return CellOf(yCuts_, y); }
 
 void HeldCandidates::markBy(Plot_Drawing1& sheet, std::size_t next) {
   if (items_.empty()) return;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "recognition/box_grid_internal.h"
 #include "recognition/rectangle_finder.h"
 
 namespace tv::recognition::internal {

@@ -17,6 +17,10 @@ inline double KeyOf(Point2d p, bool byY) { return byY ? p.y : p.x; }
 // Ascending order with NaN after everything, so that a damaged coordinate can't break the sort.
 inline bool KeyLess(double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; }
 
+// The places [first, last) of `starts` in KeyLess order of their keys, equal keys keeping their
+// order.
+std::vector<std::size_t> KeyOrder(const std::vector<Point2d>& starts, std::size_t first, std::size_t last, bool byY);
+
 // The first index from `from` on whose key is at least `value`; the size when there is none.
 // [from, size) must be in KeyLess order.
 std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool byY, std::size_t from = 0);

@@ -5,14 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "host/command_prologue.h"
-#include "recognition/key_order_internal.h"
 #include "recognition/loose_lines.h"
 #include "recognition/loose_lines_internal.h"
 
@@ -72,20 +70,14 @@ void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std:
   // Each horizontal is judged on its own, so they are judged from left to right: the searches then
   // walk the verticals, which are sorted by x, in order instead of jumping about in them. The
   // horizontals are first gathered in that order, all their reads being known in advance.
-  std::vector<internal::BitsKeyed> byLeft;
-  byLeft.reserve(nh);
-  for (std::size_t i = 0; i < nh; ++i) {
-    const double x = s.hStarts[i].x;
-    byLeft.push_back({std::isnan(x) ? std::numeric_limits<std::uint64_t>::max() : internal::OrderedBits(x), i});
-  }
-  internal::SortByBits(byLeft);
+  const std::vector<std::size_t> byLeft = loose::KeyOrder(s.hStarts, 0, nh, false);
   struct Ends {
     Point2d p, q;
   };
   std::vector<Ends> ends(nh);
-  for (std::size_t k = 0; k < nh; ++k) ends[k] = {s.hStarts[byLeft[k].place], s.hEnds[byLeft[k].place]};
+  for (std::size_t k = 0; k < nh; ++k) ends[k] = {s.hStarts[byLeft[k]], s.hEnds[byLeft[k]]};
   std::vector<char> keep(nh, 0);
-  for (std::size_t k = 0; k < nh; ++k) keep[byLeft[k].place] = joined(ends[k].p, ends[k].q) ? 1 : 0;
+  for (std::size_t k = 0; k < nh; ++k) keep[byLeft[k]] = joined(ends[k].p, ends[k].q) ? 1 : 0;
   loose::KeepWhere(nh, [&](std::size_t i) { return keep[i] != 0; }, s.hIds, s.hStarts, s.hEnds);
 }
 

@@ -27,9 +27,6 @@ Role RoleOf(const host::Entity& e, const internal::HiddenLayers& hidden, bool wa
   return Role::None;
 }
 
-// How far ahead of the candidate loop entities are fetched: their index entries, then themselves.
-constexpr std::size_t kFetchFar = 16, kFetchNear = 8;
-
 void AppendBatch(SheetList& batch, SheetList& master) {
   master.insert(master.end(), std::make_move_iterator(batch.begin()), std::make_move_iterator(batch.end()));
   batch.clear();
@@ -114,10 +111,7 @@ void ExamineCandidates(TempIdArray& candidates, SheetList& master, ObjectId spac
     }
 
     // Candidates come in area order, not in the drawing's: the ones to be opened are fetched ahead.
-    if (i + kFetchFar < candidates.size() && !held.holder(i + kFetchFar))
-      host::PrefetchEntity(candidates[i + kFetchFar].id, true);
-    if (i + kFetchNear < candidates.size() && !held.holder(i + kFetchNear))
-      host::PrefetchEntity(candidates[i + kFetchNear].id, false);
+    internal::FetchAhead(candidates, i, [&](std::size_t k) { return !held.holder(k); });
 
     const Temp_Id& candidate = candidates[i];
     if (Plot_Drawing1* holder = held.holder(i)) {

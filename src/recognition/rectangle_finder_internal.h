@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <vector>
 
+#include "host/entity.h"
 #include "host/object_id.h"
 #include "host/wrappers.h"
+#include "recognition/sheet_records.h"
 
 namespace tv::recognition::internal {
 
@@ -25,5 +27,14 @@ class HiddenLayers {
  private:
   std::vector<ObjectId> ids_;
 };
+
+// Loops that open the entities of a list out of the drawing's order fetch those ahead of them:
+// first their places in the drawing, then, nearer, the entities. `opens` tells which it will open.
+template <class Opens>
+void FetchAhead(const TempIdArray& list, std::size_t i, Opens&& opens) {
+  constexpr std::size_t kFar = 16, kNear = 8;
+  if (i + kFar < list.size() && opens(i + kFar)) host::PrefetchEntity(list[i + kFar].id, true);
+  if (i + kNear < list.size() && opens(i + kNear)) host::PrefetchEntity(list[i + kNear].id, false);
+}
 
 }  // namespace tv::recognition::internal

@@ -29,6 +29,21 @@ std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY,
   return LowerIndex(starts, value - reach - slack, byY);
 }
 
+std::vector<std::size_t> KeyOrder(const std::vector<Point2d>& starts, std::size_t first, std::size_t last, bool byY) {
+  std::vector<internal::BitsKeyed> keyed;
+  keyed.reserve(last > first ? last - first : 0);
+  for (std::size_t i = first; i < last; ++i) {
+    const double key = KeyOf(starts[i], byY);
+    // NaN sorts after everything, every NaN alike.
+    keyed.push_back({std::isnan(key) ? std::numeric_limits<std::uint64_t>::max() : internal::OrderedBits(key), i});
+  }
+  internal::SortByBits(keyed);
+  std::vector<std::size_t> order;
+  order.reserve(keyed.size());
+  for (const internal::BitsKeyed& k : keyed) order.push_back(k.place);
+  return order;
+}
+
 KeyIndex::KeyIndex(const std::vector<Point2d>& starts, bool byY) : starts_(&starts), byY_(byY) {
   finite_ = starts.size();
   while (finite_ > 0 && !std::isfinite(KeyOf(starts[finite_ - 1], byY))) --finite_;
@@ -162,18 +177,8 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
 
   // Sort the keys with their places, then apply the order to the three arrays; equal keys keep
   // their order.
-  std::vector<internal::BitsKeyed> keyed;
-  keyed.reserve(static_cast<std::size_t>(hi - lo + 1));
-  for (auto i = static_cast<std::size_t>(lo); i <= static_cast<std::size_t>(hi); ++i) {
-    const double key = KeyOf(starts[i], byY);
-    // NaN sorts after everything, every NaN alike.
-    keyed.push_back({std::isnan(key) ? std::numeric_limits<std::uint64_t>::max() : internal::OrderedBits(key), i});
-  }
-  internal::SortByBits(keyed);
-  std::vector<std::size_t> order;
-  order.reserve(keyed.size());
-  for (const internal::BitsKeyed& k : keyed) order.push_back(k.place);
-  keyed = {};
+  const std::vector<std::size_t> order =
+      loose::KeyOrder(starts, static_cast<std::size_t>(lo), static_cast<std::size_t>(hi) + 1, byY);
 
   std::vector<Point2d> sortedStarts, sortedEnds;
   ObjectIdArray sortedIds;

@@ -9,6 +9,7 @@
 #include "host/entity.h"
 #include "recognition/loose_lines.h"
 #include "recognition/loose_lines_internal.h"
+#include "recognition/rectangle_finder_internal.h"
 #include "recognition/working_coordinates.h"
 
 namespace tv::recognition {
@@ -185,8 +186,7 @@ void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentA
   const auto opened = [&](const Temp_Id& temp) { return !linesFromExtents || temp.kind != TempKind::Line; };
   for (std::size_t r = 0; r < remaining.size(); ++r) {
     // The polylines left by the area order lie all over the drawing: they are fetched ahead.
-    if (r + 16 < remaining.size() && opened(remaining[r + 16])) host::PrefetchEntity(remaining[r + 16].id, true);
-    if (r + 8 < remaining.size() && opened(remaining[r + 8])) host::PrefetchEntity(remaining[r + 8].id, false);
+    internal::FetchAhead(remaining, r, [&](std::size_t k) { return opened(remaining[k]); });
     const Temp_Id& temp = remaining[r];
     if (!opened(temp)) {
       const Extents3d& e = temp.extents;
