@@ -180,16 +180,13 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
   const std::vector<std::size_t> order =
       loose::KeyOrder(starts, static_cast<std::size_t>(lo), static_cast<std::size_t>(hi) + 1, byY);
 
-  std::vector<Point2d> sortedStarts, sortedEnds;
-  ObjectIdArray sortedIds;
-  sortedStarts.reserve(order.size());
-  sortedEnds.reserve(order.size());
-  sortedIds.reserve(order.size());
-  for (std::size_t i : order) {
-    sortedStarts.push_back(starts[i]);
-    sortedEnds.push_back(ends[i]);
-    sortedIds.push_back(ids[i]);
-  }
+  // One array at a time: a loop of one load and one store keeps many reads of a large family in
+  // flight at once.
+  std::vector<Point2d> sortedStarts(order.size()), sortedEnds(order.size());
+  ObjectIdArray sortedIds(order.size());
+  for (std::size_t k = 0; k < order.size(); ++k) sortedStarts[k] = starts[order[k]];
+  for (std::size_t k = 0; k < order.size(); ++k) sortedEnds[k] = ends[order[k]];
+  for (std::size_t k = 0; k < order.size(); ++k) sortedIds[k] = ids[order[k]];
   std::copy(sortedStarts.begin(), sortedStarts.end(), starts.begin() + lo);
   std::copy(sortedEnds.begin(), sortedEnds.end(), ends.begin() + lo);
   std::copy(sortedIds.begin(), sortedIds.end(), ids.begin() + lo);
