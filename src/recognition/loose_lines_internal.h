@@ -52,6 +52,13 @@ class KeyIndex {
 // The greatest |end - start| of the family along the key; 0 for none.
 double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY);
 
+// p.distanceTo(q) < t, decided alike. Most pairs a search meets lie far apart along one axis, which
+// settles it without the square root: the distance is never below either difference.
+inline bool Within(Point2d p, Point2d q, double t) {
+  if (std::abs(p.x - q.x) >= 2 * t || std::abs(p.y - q.y) >= 2 * t) return false;
+  return p.distanceTo(q) < t;
+}
+
 // Strictly inside an inner box (minX, maxX, minY, maxY).
 inline bool StrictlyInside(const std::array<double, 4>& box, Point2d p) {
   return box[0] < p.x && p.x < box[1] && box[2] < p.y && p.y < box[3];

@@ -42,18 +42,18 @@ void KeepJoinedHorizontals(SegmentArrays& s, std::vector<char>& lowTouched, std:
     // The last vertical can't be the left one.
     for (std::size_t j = byX.scanFrom(p.x - t, reach); j + 1 < nv; ++j) {
       if (s.vStarts[j].x > p.x + t) break;
-      if (p.distanceTo(s.vStarts[j]) < t) low = static_cast<std::ptrdiff_t>(j);
-      else if (p.distanceTo(s.vEnds[j]) < t) high = static_cast<std::ptrdiff_t>(j);
+      if (loose::Within(p, s.vStarts[j], t)) low = static_cast<std::ptrdiff_t>(j);
+      else if (loose::Within(p, s.vEnds[j], t)) high = static_cast<std::ptrdiff_t>(j);
       else continue;
       leftHit = true;
       for (std::size_t k = std::max(byX.scanFrom(q.x - t, reach), j + 1); k < nv; ++k) {
         if (s.vStarts[k].x > q.x + t) break;
-        if (q.distanceTo(s.vStarts[k]) < t) {
+        if (loose::Within(q, s.vStarts[k], t)) {
           low = static_cast<std::ptrdiff_t>(k);
           bothEnds = true;
           break;
         }
-        if (q.distanceTo(s.vEnds[k]) < t) {
+        if (loose::Within(q, s.vEnds[k], t)) {
           high = static_cast<std::ptrdiff_t>(k);
           bothEnds = true;
           break;
@@ -87,7 +87,7 @@ void KeepJoinedVerticals(SegmentArrays& s, std::vector<char>& lowTouched, std::v
   const double reach = loose::GreatestLean(s.hStarts, s.hEnds, true);
   const loose::KeyIndex byY(s.hStarts, true);
   const auto meets = [&](Point2d p, std::size_t j, double t) {
-    return p.distanceTo(s.hStarts[j]) < t || p.distanceTo(s.hEnds[j]) < t;
+    return loose::Within(p, s.hStarts[j], t) || loose::Within(p, s.hEnds[j], t);
   };
   const auto joined = [&](std::size_t i) {
     const Point2d p = s.vStarts[i], q = s.vEnds[i];
@@ -141,12 +141,12 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
     tops.clear();
     for (std::size_t k = leftFrom; k + 1 < nv; ++k) {
       if (s.vStarts[k].x > a.x + t) break;
-      if (!(s.vStarts[k].distanceTo(a) < t)) continue;
+      if (!(loose::Within(s.vStarts[k], a, t))) continue;
       const Point2d e = s.vEnds[k];
       const double slack = 1e-9 * (std::abs(e.y) + t);
       for (std::size_t j = byY->lower(e.y - t - slack, i + 1); j < nh; ++j) {
         if (s.hStarts[j].y > e.y + t + slack) break;
-        if (e.distanceTo(s.hStarts[j]) < t) tops.emplace_back(j, k);
+        if (loose::Within(e, s.hStarts[j], t)) tops.emplace_back(j, k);
       }
     }
     std::sort(tops.begin(), tops.end());
@@ -160,7 +160,7 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
       std::optional<std::size_t> right;
       for (std::size_t m = std::max(k + 1, rightFrom); m < nv; ++m) {
         if (s.vStarts[m].x > b.x + t) break;
-        if (s.vStarts[m].distanceTo(b) < t && s.vEnds[m].distanceTo(d) < t) {
+        if (loose::Within(s.vStarts[m], b, t) && loose::Within(s.vEnds[m], d, t)) {
           right = m;
           break;
         }

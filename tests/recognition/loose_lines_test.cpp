@@ -448,6 +448,23 @@ TEST(KeyIndex, AgreesWithTheBinarySearch) {
   }
 }
 
+// The quick nearness test decides as the distance does: near the tolerance, on it, far off along
+// one axis, with damaged coordinates and tolerances of no size.
+TEST(LooseWithin, AgreesWithTheDistance) {
+  std::mt19937 random(5);
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+  std::vector<double> tolerances{0.0, -1.0, nan, inf, 1e-300, 1e308, 0.5, 3.0, 42.05};
+  std::vector<double> offsets{0.0, -0.0, nan, inf, -inf, 1e-300, 3.0, -3.0, 6.0, 2.9999999999999996, 84.1, 1e308};
+  for (int k = 0; k < 2000; ++k) offsets.push_back(std::uniform_real_distribution<double>(-10.0, 10.0)(random));
+  for (double t : tolerances)
+    for (std::size_t a = 0; a < offsets.size(); a += 7)
+      for (double dy : offsets) {
+        const Point2d p{100.0, -50.0}, q{100.0 + offsets[a], -50.0 + dy};
+        ASSERT_EQ(loose::Within(p, q, t), p.distanceTo(q) < t) << offsets[a] << " " << dy << " " << t;
+        ASSERT_EQ(loose::Within(q, p, t), q.distanceTo(p) < t);
+      }
+}
+
 // The family sort orders as a stable comparison sort by the key: ties (0 and -0, every NaN, equal
 // coordinates) keep their order, infinities and NaN go to the ends.
 TEST(SortSegments, OrdersAsAStableSortByTheKey) {
