@@ -141,7 +141,7 @@ void PairHorizontals(SegmentArrays& s, ObjectId spaceId, ObjectId layerId, Sheet
     tops.clear();
     for (std::size_t k = leftFrom; k + 1 < nv; ++k) {
       if (s.vStarts[k].x > a.x + t) break;
-      if (!(loose::Within(s.vStarts[k], a, t))) continue;
+      if (!loose::Within(s.vStarts[k], a, t)) continue;
       const Point2d e = s.vEnds[k];
       const double slack = 1e-9 * (std::abs(e.y) + t);
       for (std::size_t j = byY->lower(e.y - t - slack, i + 1); j < nh; ++j) {
