@@ -1,3 +1,7 @@
 #include "console/cli.h"
+#include "console/heap_policy.h"
 
-int main(int argc, char** argv) { return tv::console::RunCli(argc, argv); }
+int main(int argc, char** argv) {
+  tv::console::KeepHeapForBatch();
+  return tv::console::RunCli(argc, argv);
+}
