@@ -1,5 +1,4 @@
-// The sorted segment families: ordering, the first index of a band, and the removal of segments
-// that turned out to lie inside found sheets.
+// The sorted segment families: ordering and the first index of a band.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -112,52 +111,6 @@ double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2
 
 }  // namespace loose
 
-namespace {
-
-using loose::KeyLess;
-using loose::KeyOf;
-
-// One family, from `first` on, against each sheet in turn. A removal lets the next segment pass
-// untested by that sheet, as though it had slid into the removed one's place while the walk moved
-// on. Removed segments are only marked while the sheets are walked, and the family is compacted
-// once at the end. When the family is sorted, a sheet looks only at the starts in its own band.
-void DropFamily(std::vector<Point2d>& starts, std::vector<Point2d>& ends, ObjectIdArray& ids, std::size_t first,
-                bool byY, const SheetList& sheets) {
-  const std::size_t n = std::min({starts.size(), ends.size(), ids.size()});
-  if (first >= n) return;
-  const bool sorted = std::is_sorted(starts.begin() + static_cast<std::ptrdiff_t>(first),
-                                     starts.begin() + static_cast<std::ptrdiff_t>(n),
-                                     [byY](Point2d a, Point2d b) { return KeyLess(KeyOf(a, byY), KeyOf(b, byY)); });
-  std::vector<char> gone(n, 0);
-  bool anyGone = false;
-  for (const auto& sheet : sheets) {
-    if (!sheet) continue;
-    const auto& box = sheet->innerBox;
-    const double bandLow = byY ? box[2] : box[0];
-    const double bandHigh = byY ? box[3] : box[1];
-    if (!(bandLow < bandHigh)) continue;
-    std::size_t r = sorted ? loose::LowerIndex(starts, bandLow, byY, first) : first;
-    bool skipNext = false;
-    for (; r < n; ++r) {
-      if (gone[r]) continue;
-      if (sorted && !(KeyOf(starts[r], byY) < bandHigh)) break;
-      if (skipNext) {
-        skipNext = false;
-        continue;
-      }
-      if (loose::StrictlyInside(box, starts[r]) && loose::StrictlyInside(box, ends[r])) {
-        gone[r] = 1;
-        anyGone = true;
-        skipNext = true;
-      }
-    }
-  }
-  if (!anyGone) return;
-  loose::KeepWhere(n, [&](std::size_t i) { return !gone[i]; }, starts, ends, ids);
-}
-
-}  // namespace
-
 std::size_t FirstAtX(const std::vector<Point2d>& starts, double value) {
   const std::size_t first = loose::LowerIndex(starts, value, false);
   return first < starts.size() ? first : 0;
@@ -190,13 +143,6 @@ void SortSegments(std::vector<Point2d>& starts, std::ptrdiff_t lo, std::ptrdiff_
   std::copy(sortedStarts.begin(), sortedStarts.end(), starts.begin() + lo);
   std::copy(sortedEnds.begin(), sortedEnds.end(), ends.begin() + lo);
   std::copy(sortedIds.begin(), sortedIds.end(), ids.begin() + lo);
-}
-
-void DropSegmentsInSheets(std::size_t firstH, SheetList& sheets, SegmentArrays& segments) {
-  for (auto& sheet : sheets)
-    if (sheet) EnsureInnerBox(*sheet);
-  DropFamily(segments.hStarts, segments.hEnds, segments.hIds, firstH, true, sheets);
-  DropFamily(segments.vStarts, segments.vEnds, segments.vIds, 0, false, sheets);
 }
 
 }  // namespace tv::recognition

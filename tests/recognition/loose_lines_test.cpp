@@ -590,21 +590,26 @@ TEST_F(LooseLinesTest, DropSegmentsInSheetsMatchesTheRemovalOneByOne) {
     sheets.push_back(std::move(s));
   }
   for (bool sorted : {true, false}) {
+    // Enough segments for many cells of the sorted search; one in four repeats the one before,
+    // so that runs of segments inside a sheet meet the spared place.
+    constexpr int kCount = 6000;
     SegmentArrays s;
-    for (int n = 0; n < 2000; ++n) {
-      const Point2d h{coord(random), coord(random)}, v{coord(random), coord(random)};
+    for (int n = 0; n < kCount; ++n) {
+      const bool repeat = n > 0 && n % 4 == 0;
+      const Point2d h = repeat ? s.hStarts.back() : Point2d{coord(random), coord(random)};
+      const Point2d v = repeat ? s.vStarts.back() : Point2d{coord(random), coord(random)};
       s.hIds.push_back(ObjectId(n + 1));
       s.hStarts.push_back(h);
-      s.hEnds.push_back({h.x + length(random), h.y});
-      s.vIds.push_back(ObjectId(n + 5001));
+      s.hEnds.push_back(repeat ? s.hEnds.back() : Point2d{h.x + length(random), h.y});
+      s.vIds.push_back(ObjectId(n + 1 + kCount));
       s.vStarts.push_back(v);
-      s.vEnds.push_back({v.x, v.y + length(random)});
+      s.vEnds.push_back(repeat ? s.vEnds.back() : Point2d{v.x, v.y + length(random)});
     }
     if (sorted) {
-      SortSegments(s.hStarts, 0, 1999, true, s.hEnds, s.hIds);
-      SortSegments(s.vStarts, 0, 1999, false, s.vEnds, s.vIds);
+      SortSegments(s.hStarts, 0, kCount - 1, true, s.hEnds, s.hIds);
+      SortSegments(s.vStarts, 0, kCount - 1, false, s.vEnds, s.vIds);
     }
-    for (std::size_t firstH : {std::size_t{0}, std::size_t{700}}) {
+    for (std::size_t firstH : {std::size_t{0}, std::size_t{2100}}) {
       SegmentArrays fast = s, slow = s;
       DropSegmentsInSheets(firstH, sheets, fast);
       DropOneByOne(firstH, sheets, slow);
