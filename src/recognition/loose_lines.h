@@ -27,6 +27,10 @@ struct SegmentArrays {
 // Turns the lines and polylines of `remaining` into segments; a segment strictly inside a sheet's
 // inner box is content of that sheet instead.
 void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentArrays& segments);
+// As above, with `lines` following `remaining` as though appended to it; the lines of a large
+// drawing are too many to copy.
+void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, const TempIdArray& lines,
+                       SegmentArrays& segments);
 // `p` and `q` in world coordinates. Slanted segments are dropped.
 void AddSegment(ObjectId id, Point3d p, Point3d q, SheetList& sheets, SegmentArrays& segments);
 // The five stages; each reports its text to the stage timer. Found sheets are appended to `result`.

@@ -1,6 +1,6 @@
 // The removal of the segments that turned out to lie inside found sheets.
 //
-// The rule walks each sheet over the family in turn, and a removal lets the next segment pass
+// Each sheet walks the family in turn, and a removal lets the next segment pass
 // untested by that sheet, as though it had slid into the removed one's place while the walk moved
 // on. Removed segments are only marked while the sheets are walked, and the family is compacted
 // once at the end.
@@ -66,7 +66,7 @@ class FamilyGrid {
       : first_(first), columns_((n - first + kRun - 1) / kRun) {
     const auto across = [&](std::size_t r) { return KeyOf(starts[r], !byY); };
     std::vector<double> sample;
-    for (std::size_t r = first; r < n; r += std::max<std::size_t>(1, (n - first) / 4096))
+    for (std::size_t r = first; r < n; r += std::max<std::size_t>(1, (n - first) / kSampled))
       if (std::isfinite(across(r))) sample.push_back(across(r));
     cuts_ = internal::QuantileCuts(sample, kRows);
     const std::size_t rows = cuts_.size() + 1;
@@ -105,6 +105,7 @@ class FamilyGrid {
  private:
   static constexpr std::size_t kRun = 256;
   static constexpr std::size_t kRows = 64;  // a row index fits a byte
+  static constexpr std::size_t kSampled = 4096;  // values read for the rows' cuts
 
   std::size_t first_, columns_;
   std::vector<double> cuts_;

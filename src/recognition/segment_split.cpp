@@ -161,14 +161,20 @@ void AddSegment(ObjectId id, Point3d p, Point3d q, SheetList& sheets, SegmentArr
 }
 
 void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentArrays& segments) {
+  SplitIntoSegments(sheets, remaining, TempIdArray{}, segments);
+}
+
+void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, const TempIdArray& lines,
+                       SegmentArrays& segments) {
   for (auto& sheet : sheets)
     if (sheet) EnsureInnerBox(*sheet);
   const InnerBoxGrid grid(sheets);
   // Mostly one segment an entity, of either family: room for all of them in both leaves the pages
   // the families never reach untouched and spares growing arrays of a million points.
-  for (auto* ids : {&segments.hIds, &segments.vIds}) ids->reserve(ids->size() + remaining.size());
+  const std::size_t count = remaining.size() + lines.size();
+  for (auto* ids : {&segments.hIds, &segments.vIds}) ids->reserve(ids->size() + count);
   for (auto* points : {&segments.hStarts, &segments.hEnds, &segments.vStarts, &segments.vEnds})
-    points->reserve(points->size() + remaining.size());
+    points->reserve(points->size() + count);
 
   // World points are taken to working coordinates here, once each.
   const auto add = [&](ObjectId id, Point3d p, Point3d q) {
@@ -184,27 +190,31 @@ void SplitIntoSegments(SheetList& sheets, const TempIdArray& remaining, SegmentA
   // again; in one, its box was taken around a turned copy, which needn't match the ends to the bit.
   const bool linesFromExtents = !Ucs().active;
   const auto opened = [&](const Temp_Id& temp) { return !linesFromExtents || temp.kind != TempKind::Line; };
-  for (std::size_t r = 0; r < remaining.size(); ++r) {
-    // The polylines left by the area order lie all over the drawing: they are fetched ahead.
-    internal::FetchAhead(remaining, r, [&](std::size_t k) { return opened(remaining[k]); });
-    const Temp_Id& temp = remaining[r];
-    if (!opened(temp)) {
-      const Extents3d& e = temp.extents;
-      const Point3d p{e.min.x, temp.rising ? e.min.y : e.max.y, e.min.z};
-      const Point3d q{e.max.x, temp.rising ? e.max.y : e.min.y, e.max.z};
-      if (p.distanceTo(q) > kPointLength) add(temp.id, p, q);
-      continue;
+  const auto split = [&](const TempIdArray& list) {
+    for (std::size_t r = 0; r < list.size(); ++r) {
+      // The polylines left by the area order lie all over the drawing: they are fetched ahead.
+      internal::FetchAhead(list, r, [&](std::size_t k) { return opened(list[k]); });
+      const Temp_Id& temp = list[r];
+      if (!opened(temp)) {
+        const Extents3d& e = temp.extents;
+        const Point3d p{e.min.x, temp.rising ? e.min.y : e.max.y, e.min.z};
+        const Point3d q{e.max.x, temp.rising ? e.max.y : e.min.y, e.max.z};
+        if (p.distanceTo(q) > kPointLength) add(temp.id, p, q);
+        continue;
+      }
+      const host::Entity entity = host::OpenEntity(temp.id);
+      if (!entity) continue;
+      if (entity.kind() == host::EntityClass::Line) {
+        const Point3d p = entity.startPoint(), q = entity.endPoint();
+        if (p.distanceTo(q) > kPointLength) add(temp.id, p, q);
+      } else if (host::IsPolylineClass(entity.kind())) {
+        const std::vector<Point2d> path = PolylinePath(entity);
+        for (std::size_t i = 0; i + 1 < path.size(); ++i) add(temp.id, Point3d{path[i]}, Point3d{path[i + 1]});
+      }
     }
-    const host::Entity entity = host::OpenEntity(temp.id);
-    if (!entity) continue;
-    if (entity.kind() == host::EntityClass::Line) {
-      const Point3d p = entity.startPoint(), q = entity.endPoint();
-      if (p.distanceTo(q) > kPointLength) add(temp.id, p, q);
-    } else if (host::IsPolylineClass(entity.kind())) {
-      const std::vector<Point2d> path = PolylinePath(entity);
-      for (std::size_t i = 0; i + 1 < path.size(); ++i) add(temp.id, Point3d{path[i]}, Point3d{path[i + 1]});
-    }
-  }
+  };
+  split(remaining);
+  split(lines);
 }
 
 }  // namespace tv::recognition

@@ -162,10 +162,8 @@ void ScanSpace(SheetJob& job, ObjectIdArray& ids, ObjectId spaceId) {
     tick = host::StageTimer(tick, "删除尺寸过小的图框，删除重合或内包含的图框2");
 
     TickScanProgress();
-    candidates.insert(candidates.end(), lines.begin(), lines.end());
-    lines.clear();
     SegmentArrays segments;
-    SplitIntoSegments(master, candidates, segments);
+    SplitIntoSegments(master, candidates, lines, segments);
     tick = host::StageTimer(tick, "处理直线，并剔除已有图框内的图形");
 
     TickScanProgress();

@@ -542,6 +542,36 @@ void DropOneByOne(std::size_t firstH, const SheetList& sheets, SegmentArrays& s)
   }
 }
 
+TEST_F(LooseLinesTest, LinesGivenApartSplitAsThoughAppended) {
+  Polyline({{0, 0}, {100, 0}, {100, 50}});
+  Line({10, 10}, {60, 10});
+  Polyline({{200, 0}, {300, 0}, {300, 80}, {200, 80}}, true);
+  Line({5, 5}, {5, 40});
+  Line({400, 90}, {400, 0});
+  ExistingSheet({150, -10}, {350, 100});  // holds the closed polyline
+  OpenOnce();
+  TempIdArray all;
+  for (ObjectId id : pending_) {
+    const host::Entity e = host::OpenEntity(id);
+    MakeTempId(e.kind() == host::EntityClass::Line ? TempKind::Line : TempKind::Polyline, e, all);
+  }
+  SegmentArrays whole;
+  SplitIntoSegments(master_, all, whole);
+  ASSERT_EQ(whole.hIds.size() + whole.vIds.size(), 5u);
+  for (std::size_t cut : {std::size_t{0}, std::size_t{2}, all.size()}) {
+    const TempIdArray first(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(cut));
+    const TempIdArray rest(all.begin() + static_cast<std::ptrdiff_t>(cut), all.end());
+    SegmentArrays apart;
+    SplitIntoSegments(master_, first, rest, apart);
+    EXPECT_EQ(apart.hIds, whole.hIds) << cut;
+    EXPECT_EQ(apart.hStarts, whole.hStarts) << cut;
+    EXPECT_EQ(apart.hEnds, whole.hEnds) << cut;
+    EXPECT_EQ(apart.vIds, whole.vIds) << cut;
+    EXPECT_EQ(apart.vStarts, whole.vStarts) << cut;
+    EXPECT_EQ(apart.vEnds, whole.vEnds) << cut;
+  }
+}
+
 TEST_F(LooseLinesTest, DropSegmentsInSheetsSparesTheSegmentAfterEachRemoval) {
   SheetList sheets;
   auto sheet = std::make_unique<Plot_Drawing1>();
