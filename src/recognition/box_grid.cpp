@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "recognition/box_grid_internal.h"
 
@@ -15,10 +16,6 @@ bool Finite(const Box& b) {
   return std::isfinite(b.minX) && std::isfinite(b.minY) && std::isfinite(b.maxX) && std::isfinite(b.maxY);
 }
 
-// Beyond this many values the quantiles are taken from an even sample: a sample costs only a little
-// balance, while sorting every centre made rebuilding the grid of a growing list the dearest part
-// of it.
-constexpr std::size_t kSampledValues = 4096;
 
 }  // namespace
 
@@ -27,17 +24,12 @@ std::size_t GridColumns(std::size_t n) {
                                  kMaxColumns);
 }
 
-std::vector<double> QuantileCuts(std::vector<double>& values, std::size_t columns) {
-  if (values.size() > kSampledValues) {
-    const std::size_t step = values.size() / kSampledValues;
-    for (std::size_t k = 0; k < kSampledValues; ++k) values[k] = values[k * step];
-    values.resize(kSampledValues);
-  }
+std::vector<double> CutsOf(std::vector<double>& sample, std::size_t columns) {
   std::vector<double> cuts;
-  if (values.empty()) return cuts;
-  std::sort(values.begin(), values.end());
+  if (sample.empty()) return cuts;
+  std::sort(sample.begin(), sample.end());
   cuts.reserve(columns - 1);
-  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(values[k * values.size() / columns]);
+  for (std::size_t k = 1; k < columns; ++k) cuts.push_back(sample[k * sample.size() / columns]);
   return cuts;
 }
 
@@ -51,15 +43,9 @@ bool BoxGrid::build(const std::vector<Box>& boxes) {
 
   const std::size_t n = boxes.size();
   columns_ = GridColumns(n);
-  std::vector<double> cx, cy;
-  cx.reserve(n);
-  cy.reserve(n);
-  for (const Box& b : boxes) {
-    cx.push_back(b.minX + (b.maxX - b.minX) * 0.5);
-    cy.push_back(b.minY + (b.maxY - b.minY) * 0.5);
-  }
-  xCuts_ = QuantileCuts(cx, columns_);
-  yCuts_ = QuantileCuts(cy, columns_);
+  // The lines stand at quantiles of the box centres.
+  xCuts_ = QuantileCuts(n, columns_, [&](std::size_t i) { return std::midpoint(boxes[i].minX, boxes[i].maxX); });
+  yCuts_ = QuantileCuts(n, columns_, [&](std::size_t i) { return std::midpoint(boxes[i].minY, boxes[i].maxY); });
 
   // Two passes, counting then filling, so each cell's indices lie together and ascend. The cell
   // ranges of the first pass serve the second.
@@ -76,8 +62,11 @@ bool BoxGrid::build(const std::vector<Box>& boxes) {
     const auto c0 = static_cast<std::uint32_t>(columnOf(b.minX)), c1 = static_cast<std::uint32_t>(columnOf(b.maxX));
     const auto r0 = static_cast<std::uint32_t>(rowOf(b.minY)), r1 = static_cast<std::uint32_t>(rowOf(b.maxY));
     // An inverted box holds no point: an empty span.
-    spans[i] = c1 < c0 || r1 < r0 ? Span{1, 0, 1, 0} : Span{c0, c1, r0, r1};
-    if (c1 < c0 || r1 < r0) continue;
+    if (c1 < c0 || r1 < r0) {
+      spans[i] = Span{1, 0, 1, 0};
+      continue;
+    }
+    spans[i] = Span{c0, c1, r0, r1};
     total += std::size_t{c1 - c0 + 1} * (r1 - r0 + 1);
     if (total > limit) {
       *this = BoxGrid{};

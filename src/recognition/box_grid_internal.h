@@ -1,6 +1,8 @@
 #pragma once
 // Which of a fixed set of boxes may hold a point. Pruning asks it for every sheet, so that it
 // needn't try every sheet against every other.
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -14,9 +16,23 @@ struct Box {
 
 // Columns (and rows) of a quantile grid over n points: about one point a cell, within bounds.
 std::size_t GridColumns(std::size_t n);
-// Cut values at the quantiles of `values` (or of an even sample of them), which it reorders; any
-// cuts in ascending order make a correct grid. Fewer when there are no values.
-std::vector<double> QuantileCuts(std::vector<double>& values, std::size_t columns);
+// The most values a grid's cuts are read from: an even sample is as good as all of them, while
+// sorting every value made rebuilding the grid of a growing list the dearest part of it.
+inline constexpr std::size_t kSampledValues = 4096;
+// Cut values at the quantiles of `sample`, which it sorts; fewer when it is empty.
+std::vector<double> CutsOf(std::vector<double>& sample, std::size_t columns);
+// Cut values at the quantiles of value(i) for i in [0, n), read from an even sample of at most
+// kSampledValues of them; values that aren't finite are left out. Any cuts in ascending order
+// make a correct grid.
+template <class Value>
+std::vector<double> QuantileCuts(std::size_t n, std::size_t columns, Value&& value) {
+  const std::size_t step = std::max<std::size_t>(1, (n + kSampledValues - 1) / kSampledValues);
+  std::vector<double> sample;
+  sample.reserve(n / step + 1);
+  for (std::size_t i = 0; i < n; i += step)
+    if (const double v = value(i); std::isfinite(v)) sample.push_back(v);
+  return CutsOf(sample, columns);
+}
 // The column of `v` among ascending cuts: the number of cuts not above it, as std::upper_bound
 // counts them. The halving carries no branch: grids place hundreds of thousands of points whose
 // columns no predictor guesses.

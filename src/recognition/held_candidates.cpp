@@ -8,8 +8,6 @@ namespace tv::recognition::internal {
 
 namespace {
 
-// The corners read for the grid's cuts: an even sample is as good as all of them.
-constexpr std::size_t kSampledCorners = 4096;
 constexpr std::uint32_t kNoCell = std::numeric_limits<std::uint32_t>::max();
 
 bool Finite(const Temp_Id& c) {
@@ -25,16 +23,8 @@ HeldCandidates::HeldCandidates(const TempIdArray& candidates, std::size_t from) 
   holders_.assign(n, nullptr);
   columns_ = GridColumns(n);
 
-  std::vector<double> xs, ys;
-  const std::size_t step = std::max<std::size_t>(1, n / kSampledCorners);
-  for (std::size_t i = 0; i < n; i += step) {
-    const Temp_Id& c = candidates[from + i];
-    if (!Finite(c)) continue;
-    xs.push_back(c.extents.min.x);
-    ys.push_back(c.extents.min.y);
-  }
-  xCuts_ = QuantileCuts(xs, columns_);
-  yCuts_ = QuantileCuts(ys, columns_);
+  xCuts_ = QuantileCuts(n, columns_, [&](std::size_t i) { return candidates[from + i].extents.min.x; });
+  yCuts_ = QuantileCuts(n, columns_, [&](std::size_t i) { return candidates[from + i].extents.min.y; });
 
   // Items go to their columns first and are then ordered by row within each column: a scatter
   // over every cell at once would miss the cache at nearly every item.

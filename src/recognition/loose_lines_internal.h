@@ -28,6 +28,16 @@ std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool by
 // Where a band scan for `value` begins. FirstAtX/FirstAtY fall back to 0 when no start reaches
 // `value`; a scan from 0 can then only meet segments whose far end leans into the band, so it is
 // begun at the first start within `reach` (the greatest lean of the family along the key) instead.
+// `lower(v)` is LowerIndex of v over the family's `size` starts, by whatever search.
+template <class Lower>
+std::size_t ScanFromBy(Lower&& lower, std::size_t size, double value, double reach) {
+  const std::size_t first = lower(value);
+  if (first < size) return first;
+  // The slack keeps a start that rounding puts just short of the band.
+  const double slack = 1e-9 * (std::abs(value) + reach);
+  return lower(value - reach - slack);
+}
+// As above by binary search.
 std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY, double reach);
 
 // LowerIndex over a sorted family by a table of buckets along the key: a lookup touches a bucket
@@ -62,6 +72,11 @@ inline bool Within(Point2d p, Point2d q, double t) {
 // Strictly inside an inner box (minX, maxX, minY, maxY).
 inline bool StrictlyInside(const std::array<double, 4>& box, Point2d p) {
   return box[0] < p.x && p.x < box[1] && box[2] < p.y && p.y < box[3];
+}
+
+// A segment with both ends strictly inside an inner box: content of that box's sheet.
+inline bool HoldsSegment(const std::array<double, 4>& box, Point2d p, Point2d q) {
+  return StrictlyInside(box, p) && StrictlyInside(box, q);
 }
 
 // Keeps, in one pass, the elements i of [0, count) for which keep(i) holds, moving them down in

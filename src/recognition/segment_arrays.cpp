@@ -21,11 +21,7 @@ std::size_t LowerIndex(const std::vector<Point2d>& starts, double value, bool by
 }
 
 std::size_t ScanFrom(const std::vector<Point2d>& starts, double value, bool byY, double reach) {
-  const std::size_t first = LowerIndex(starts, value, byY);
-  if (first < starts.size()) return first;
-  // The slack keeps a start that rounding puts just short of the band.
-  const double slack = 1e-9 * (std::abs(value) + reach);
-  return LowerIndex(starts, value - reach - slack, byY);
+  return ScanFromBy([&](double v) { return LowerIndex(starts, v, byY); }, starts.size(), value, reach);
 }
 
 std::vector<std::size_t> KeyOrder(const std::vector<Point2d>& starts, std::size_t first, std::size_t last, bool byY) {
@@ -91,11 +87,7 @@ std::size_t KeyIndex::lower(double value, std::size_t from) const {
 }
 
 std::size_t KeyIndex::scanFrom(double value, double reach) const {
-  const std::size_t first = lower(value);
-  if (first < starts_->size()) return first;
-  // The slack keeps a start that rounding puts just short of the band.
-  const double slack = 1e-9 * (std::abs(value) + reach);
-  return lower(value - reach - slack);
+  return ScanFromBy([this](double v) { return lower(v); }, starts_->size(), value, reach);
 }
 
 double GreatestLean(const std::vector<Point2d>& starts, const std::vector<Point2d>& ends, bool byY) {

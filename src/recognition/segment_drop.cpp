@@ -6,7 +6,6 @@
 // once at the end.
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -48,7 +47,7 @@ void WalkEach(const std::vector<Point2d>& starts, const std::vector<Point2d>& en
         skipNext = false;
         continue;
       }
-      if (loose::StrictlyInside(box, starts[r]) && loose::StrictlyInside(box, ends[r])) {
+      if (loose::HoldsSegment(box, starts[r], ends[r])) {
         removed[r] = me;
         skipNext = true;
       }
@@ -65,10 +64,7 @@ class FamilyGrid {
   FamilyGrid(const std::vector<Point2d>& starts, std::size_t first, std::size_t n, bool byY)
       : first_(first), columns_((n - first + kRun - 1) / kRun) {
     const auto across = [&](std::size_t r) { return KeyOf(starts[r], !byY); };
-    std::vector<double> sample;
-    for (std::size_t r = first; r < n; r += std::max<std::size_t>(1, (n - first) / kSampled))
-      if (std::isfinite(across(r))) sample.push_back(across(r));
-    cuts_ = internal::QuantileCuts(sample, kRows);
+    cuts_ = internal::QuantileCuts(n - first, kRows, [&](std::size_t i) { return across(first + i); });
     const std::size_t rows = cuts_.size() + 1;
 
     // Counted and filled one column at a time: a column's places and cells lie together.
@@ -105,7 +101,6 @@ class FamilyGrid {
  private:
   static constexpr std::size_t kRun = 256;
   static constexpr std::size_t kRows = 64;  // a row index fits a byte
-  static constexpr std::size_t kSampled = 4096;  // values read for the rows' cuts
 
   std::size_t first_, columns_;
   std::vector<double> cuts_;
@@ -131,7 +126,7 @@ void WalkSorted(const std::vector<Point2d>& starts, const std::vector<Point2d>& 
     const std::size_t to = loose::LowerIndex(starts, band.high, byY, from);
     inside.clear();
     grid.near(from, to, band.acrossLow, band.acrossHigh, [&](std::size_t r) {
-      if (!removed[r] && loose::StrictlyInside(box, starts[r]) && loose::StrictlyInside(box, ends[r]))
+      if (!removed[r] && loose::HoldsSegment(box, starts[r], ends[r]))
         inside.push_back(r);
     });
     std::sort(inside.begin(), inside.end());

@@ -16,14 +16,10 @@ namespace tv::recognition {
 
 namespace {
 
-using loose::StrictlyInside;
+using loose::HoldsSegment;
 
 // Shorter than this, a line or a polyline step is a point.
 constexpr double kPointLength = 1e-05;
-
-bool HoldsSegment(const Plot_Drawing1& sheet, Point2d p, Point2d q) {
-  return StrictlyInside(sheet.innerBox, p) && StrictlyInside(sheet.innerBox, q);
-}
 
 // A segment along an axis within a thousandth of its length joins its family; others are dropped.
 void AppendToFamily(ObjectId id, Point2d p, Point2d q, SegmentArrays& segments) {
@@ -91,7 +87,7 @@ class InnerBoxGrid {
     if (sheets_.empty()) return nullptr;
     const std::size_t cell = Cell(p.y, y0_, cellH_, ny_) * nx_ + Cell(p.x, x0_, cellW_, nx_);
     for (std::size_t k = cellStart_[cell]; k < cellStart_[cell + 1]; ++k)
-      if (StrictlyInside(items_[k].box, p) && StrictlyInside(items_[k].box, q)) return sheets_[items_[k].sheet];
+      if (HoldsSegment(items_[k].box, p, q)) return sheets_[items_[k].sheet];
     return nullptr;
   }
 
@@ -152,7 +148,7 @@ void AddSegment(ObjectId id, Point3d p, Point3d q, SheetList& sheets, SegmentArr
   for (auto& sheet : sheets) {
     if (!sheet) continue;
     EnsureInnerBox(*sheet);
-    if (HoldsSegment(*sheet, a, b)) {
+    if (HoldsSegment(sheet->innerBox, a, b)) {
       sheet->hasContent = true;
       return;
     }
