@@ -7,7 +7,7 @@
 #include "cad/dxf_reader.h"
 #include "cad/dxf_writer.h"
 #include "cad/entity_geometry.h"
-#include "console/drawing_summary.h"
+#include "cli/drawing_summary.h"
 #include "host/cad_binding.h"
 #include "host/wrappers.h"
 #include "host_test_support.h"
@@ -202,7 +202,7 @@ TEST_F(HostCustomEntity, DrawingSummaryCountsThemByName) {
   AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{}, 1, 1, true)), 0, {});
   AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{}, 1, 1, false)), 0, {});
   addLine({}, {1, 0, 0});
-  const console::DrawingSummary s = console::SummarizeDrawing(db, "memory.dxf", {});
+  const cli::DrawingSummary s = cli::SummarizeDrawing(db, "memory.dxf", {});
   ASSERT_FALSE(s.spaces.empty());
   EXPECT_EQ(s.spaces[0].total, 3u);
 }

@@ -1,0 +1,315 @@
+#include "cli/plot_command.h"
+
+#include <unistd.h>
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include "cli/command_line.h"
+#include "cli/option_values.h"
+#include "cli/session_launch.h"
+#include "console/console_editor.h"
+#include "console/session.h"
+#include "console/text_table.h"
+#include "host/command_prologue.h"
+#include "host/layout_plot.h"
+#include "host/module_entry.h"
+#include "host/wrappers.h"
+#include "plot/output_paths.h"
+#include "plot/plot_job.h"
+#include "settings/config.h"
+#include "settings/folders.h"
+#include "settings/plot_setting.h"
+
+namespace tv::cli {
+
+using console::Printable;
+using console::OneLine;
+using console::Session;
+using console::SessionOptions;
+using console::ConsoleEditor;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kExitNoSheets = 4;
+constexpr int kExitNotAllWritten = 5;
+
+struct Options : SheetOptions {
+  std::optional<std::int32_t> format;
+  std::optional<std::string> out;
+  std::optional<std::int32_t> pathMode;
+  std::optional<std::string> style;
+  std::optional<std::int32_t> margin;
+  bool no = false;
+  bool timings = false;
+  bool verbose = false;
+};
+
+std::optional<std::int32_t> FormatCode(std::string_view name) {
+  static constexpr std::pair<std::string_view, std::int32_t> kFormats[] = {
+      {"pdf", settings::kFormatPdf}, {"jpg", settings::kFormatJpg}, {"png", settings::kFormatPng},
+      {"plt", settings::kFormatPlt}, {"eps", settings::kFormatEps}};
+  for (const auto& [n, code] : kFormats)
+    if (n == name) return code;
+  return std::nullopt;
+}
+
+std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
+  if (auto error = ReadSheetOptions(args, options)) return error;
+  if (auto v = args.value("--format")) {
+    if (*v == "dwf" || *v == "dwg") return "本版本暂不能输出 " + *v + " 格式";
+    options.format = FormatCode(*v);
+    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、png、jpg、eps 或 plt";
+  }
+  if (auto v = args.value("--out")) {
+    if (v->empty()) return "输出文件夹不能为空";
+    options.out = *v;
+  }
+  if (auto v = args.value("--path-mode")) {
+    options.pathMode = ParseWhole(*v, 0, 2);
+    if (!options.pathMode) return "存储路径 " + Printable(*v) + " 无效，应为 0、1 或 2";
+  }
+  if (options.out && options.pathMode) return "--out 与 --path-mode 只能选一个";
+  if (auto v = args.value("--style")) {
+    if (v->empty()) return "打印样式不能为空";
+    options.style = *v;
+  }
+  if (auto v = args.value("--margin")) {
+    options.margin = ParseWhole(*v, -100, 100);
+    if (!options.margin) return "周边留白 " + Printable(*v) + " 无效，应为 -100 到 100 的整数（毫米）";
+  }
+  if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
+  options.no = args.has("--no");
+  options.timings = args.has("--timings");
+  options.verbose = args.has("--verbose");
+  return std::nullopt;
+}
+
+// Proves by writing that files can be made in `folder`, creating it first.
+bool FolderTakesFiles(const std::string& folder, std::string& why) {
+  std::error_code ec;
+  fs::create_directories(folder, ec);
+  if (!fs::is_directory(folder, ec)) {
+    why = "输出文件夹 " + folder + " 无法创建";
+    return false;
+  }
+  const fs::path probe = fs::path(folder) / (".tvplot-probe-" + std::to_string(::getpid()));
+  {
+    std::ofstream file(probe);
+    file << "probe";
+    if (!file.good()) {
+      why = "输出文件夹 " + folder + " 无法写入";
+      fs::remove(probe, ec);
+      return false;
+    }
+  }
+  fs::remove(probe, ec);
+  return true;
+}
+
+// The style table chosen: one of the system's own by its word, a table of the host's style
+// folders by name, or a table file brought into the first style folder. Empty name on failure.
+std::string StyleTableName(const std::string& style, std::string& why) {
+  for (std::string_view word : {"黑白", "彩色", "蓝白"})
+    if (style == word) return style + ".ctb";
+  const fs::path given(style);
+  std::error_code ec;
+  if (!fs::is_regular_file(given, ec)) {
+    // A table the host already has.
+    for (const std::string& name : host::PlotStyleSheetList())
+      if (name == style) return name;
+    why = "打印样式表 " + style + " 不存在";
+    return {};
+  }
+  if (given.extension() != ".ctb") {
+    why = "打印样式表 " + style + " 不是 .ctb 文件";
+    return {};
+  }
+  const std::string folder = settings::FirstUsableFolder(settings::PrinterStyleFolders());
+  const fs::path target = fs::path(folder) / given.filename();
+  if (fs::exists(target, ec)) {
+    if (fs::equivalent(target, given, ec)) return given.filename().string();
+    std::ifstream a(target, std::ios::binary), b(given, std::ios::binary);
+    std::ostringstream ta, tb;
+    ta << a.rdbuf();
+    tb << b.rdbuf();
+    if (ta.str() != tb.str()) {
+      why = "打印样式文件夹中已有另一个同名的样式表 " + target.string();
+      return {};
+    }
+    return given.filename().string();
+  }
+  fs::copy_file(given, target, ec);
+  if (ec) {
+    why = "打印样式表无法复制到 " + folder;
+    return {};
+  }
+  return given.filename().string();
+}
+
+std::string Seconds(double s) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f", s);
+  return text;
+}
+
+}  // namespace
+
+void DefinePlotOutputOptions(CLI::App& app) {
+  AddValue(app, "--format", "F", "输出格式，默认取图纸的打印设置（tvplot config show）");
+  AddValue(app, "--out", "文件夹", "输出到该文件夹（不存在时创建）");
+  AddValue(app, "--path-mode", "N", "0 图纸所在文件夹，1 图纸所在文件夹下按格式命名的子文件夹，2 设置中的自选文件夹");
+  AddValue(app, "--style", "S", "打印样式：黑白、彩色、蓝白，或一个 .ctb 样式表文件");
+  AddValue(app, "--margin", "M", "周边留白（毫米，-100 到 100）：正数加大纸张，负数缩小可打印区域");
+  AddFlag(app, "--yes", "对打印过程中的是/否提问一律回答“是”（默认）");
+  AddFlag(app, "--no", "对打印过程中的是/否提问一律回答“否”");
+  AddFlag(app, "--verbose", "显示命令行的全部过程");
+}
+
+int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) {
+  const std::string program(batch.program);
+  if (args.positional.empty()) return args.usage(io, "缺少图纸文件");
+  if (args.positional.size() > 1) return args.usage(io, "多余的参数 " + Printable(args.positional[1]));
+  Options options;
+  if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
+
+  const std::string& path = args.positional.front();
+  auto db = LoadDrawing(path, io);
+  if (!db) return kExitUnreadable;
+
+  const auto started = std::chrono::steady_clock::now();
+  std::ostringstream transcript;
+  SessionOptions sessionOptions = TranscriptOptions(transcript, io);
+  sessionOptions.yesNoAnswer = !options.no;
+  Session session(std::move(*db), path, std::move(sessionOptions));
+  host::OnLoad();
+  const settings::Config userConfig = settings::GlobalConfig();
+  const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
+  // The options steer this run only: what the run stores is put back before unload saves it.
+  const auto restore = [&] {
+    host::ShowTimings = false;
+    plot::FixedListScale().reset();
+    settings::GlobalConfig() = userConfig;
+    settings::CurrentPlotSetting() = drawingSetting;
+    host::OnUnload();
+  };
+
+  if (batch.prepare) {
+    if (std::optional<FileBatch::Refusal> refusal = batch.prepare()) {
+      io.err << program << ": " << refusal->message << '\n';
+      restore();
+      return refusal->exitCode;
+    }
+  }
+
+  settings::PlotSettingRec rec = drawingSetting;
+  settings::Config& config = settings::GlobalConfig();
+  config.open_folder_after = 0;  // the summary names the folder; no file manager pops up
+  if (options.format) rec.format = *options.format;
+  if (options.margin) rec.margin = *options.margin;
+  if (options.order) rec.sort_style = *options.order;
+  if (options.pathMode) rec.path_mode = *options.pathMode;
+  if (options.out) {
+    rec.path_mode = plot::kPathCustom;
+    std::error_code ec;
+    rec.custom_path = fs::absolute(*options.out, ec).lexically_normal().string();
+  }
+  if (options.scale) plot::FixedListScale() = *options.scale;
+  if (rec.format == settings::kFormatDwf || rec.format == settings::kFormatDwg) {
+    io.err << program << ": 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
+           << " 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
+    restore();
+    return kExitUsage;
+  }
+  if (options.style) {
+    std::string why;
+    const std::string name = StyleTableName(*options.style, why);
+    if (name.empty()) {
+      io.err << program << ": " << why << '\n';
+      restore();
+      return kExitUsage;
+    }
+    config.last_plot_style = name;
+  }
+  std::string folderCustom = rec.custom_path;
+  const std::string folder = options.out ? rec.custom_path : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
+  if (std::string why; !FolderTakesFiles(folder, why)) {
+    io.err << program << ": " << why << "，未打印\n";
+    restore();
+    return kExitNotAllWritten;
+  }
+  settings::SaveDwgPlotSetting(rec);
+  host::ShowTimings = options.timings;
+
+  // The range, the review list's OK, and Esc for the list the command shows again at the end.
+  ConsoleEditor& editor = session.editor();
+  std::vector<std::string> answers = RangeAnswers(options.range, host::IsPaperSpace());
+  answers.emplace_back("");
+  answers.emplace_back("^C");
+  editor.answers().pushFront(answers);
+  session.runCommandLine(std::string(batch.command));
+  const int listed = editor.lastListRows();
+  restore();
+
+  if (options.verbose || options.timings) io.err << transcript.str() << '\n';
+  if (listed <= 0) {
+    io.err << program << ": 未找到图框\n";
+    return kExitNoSheets;
+  }
+  std::size_t written = 0;
+  for (const ConsoleEditor::PlotRecord& p : editor.plots()) {
+    if (p.ok) {
+      ++written;
+      io.out << p.path << '\n';
+    } else {
+      io.err << "未输出 " << (p.path.empty() ? std::string("（无文件名）") : p.path) << "：" << OneLine(p.message) << '\n';
+    }
+  }
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  io.out << "共 " << listed << " 张图纸，已输出 " << written << " 个文件到 " << folder << "，用时 " << Seconds(seconds)
+         << " 秒\n";
+  io.out.flush();
+  if (written == static_cast<std::size_t>(listed)) return kExitOk;
+  if (editor.plots().empty())
+    for (const std::string& m : editor.messages()) io.err << program << ": " << OneLine(m) << '\n';
+  return kExitNotAllWritten;
+}
+
+namespace {
+
+void DefinePlot(CLI::App& app) {
+  Describe(app,
+           "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt] [--out 文件夹 | --path-mode 0|1|2]\n"
+           "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
+           "                  [--range 范围] [--yes | --no] [--timings] [--verbose]\n"
+           "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n",
+           "  选项只用于本次打印，不改变用户配置；图纸文件本身不会被改写。\n"
+           "  退出码：0 全部图纸已输出，1 用法错误，2 图纸无法读取，4 未找到图框，5 有图纸未能输出\n");
+  DefinePlotOutputOptions(app);
+  AddValue(app, "--scale", "S", "所有图框按 1:S 确定纸张（默认按多数图框推断）");
+  AddValue(app, "--order", "N", "打印顺序 1 到 9（同 tvplot sheets）");
+  AddValue(app, "--range", "R", "model、layouts、all（默认）或 current");
+  AddFlag(app, "--timings", "显示各阶段耗时");
+}
+
+int RunPlot(const ParsedArgs& args, CliStreams& io) {
+  return RunFileBatch(args, io, {"tvplot plot", "TV_BatchPlot_2", {}});
+}
+
+}  // namespace
+
+const Subcommand& PlotSubcommand() {
+  static const Subcommand kPlot{"plot", "识别图框并批量打印到文件", &DefinePlot, &RunPlot};
+  return kPlot;
+}
+
+}  // namespace tv::cli

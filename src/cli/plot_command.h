@@ -1,0 +1,33 @@
+#pragma once
+// `tvplot plot DRAWING [--format …] [--out DIR | --path-mode N] [--style S] [--margin MM] …`: the
+// generic batch run unattended, from recognition to one file per sheet. The title-block batch
+// runs the same way through its own command.
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/subcommand.h"
+
+namespace tv::cli {
+
+const Subcommand& PlotSubcommand();
+
+// A file batch run unattended with the options of `tvplot plot`.
+struct FileBatch {
+  struct Refusal {
+    std::string message;
+    int exitCode = 0;
+  };
+  std::string_view program;  // "tvplot plot", as messages begin
+  std::string_view command;  // the batch command the session runs
+  // Runs once the module is loaded, before the settings are taken over; a refusal ends the run.
+  std::function<std::optional<Refusal>()> prepare;
+};
+int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
+// The options of where and how the files are written, which the title-block batch shares:
+// --format, --out, --path-mode, --style, --margin, --yes, --no and --verbose.
+void DefinePlotOutputOptions(CLI::App& app);
+
+}  // namespace tv::cli

@@ -1,8 +1,0 @@
-#pragma once
-
-namespace tv::console {
-
-// The `tvplot` command line; returns the process exit code.
-int RunCli(int argc, char** argv);
-
-}  // namespace tv::console

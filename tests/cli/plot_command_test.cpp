@@ -1,0 +1,168 @@
+// `tvplot plot` as users run it: the built program on drawings written to a temporary folder,
+// checked for the files it writes, their pages and pixels, the summary, and bad input.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "../support/run_program.h"
+
+#include "cad/database.h"
+#include "cad/dxf_writer.h"
+#include "examples/sample_drawing.h"
+
+namespace tv::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+using test_support::ReadFile;
+using test_support::FilesIn;
+using test_support::Has;
+using test_support::RunProgram;
+using test_support::RunResult;
+using test_support::TempDir;
+
+// Page width and height of a PDF in millimetres.
+std::pair<double, double> PageMm(const fs::path& pdf) {
+  std::smatch m;
+  const std::string bytes = ReadFile(pdf);
+  if (!std::regex_search(bytes, m, std::regex(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])"))) return {0, 0};
+  return {std::stod(m[1]) * 25.4 / 72, std::stod(m[2]) * 25.4 / 72};
+}
+
+// A drawing of `frames` A3 frames at 1:100 side by side, each with a line across.
+cad::Database Frames(int frames, double width = 42000, double height = 29700) {
+  cad::Database db = cad::Database::createDefault();
+  for (int i = 0; i < frames; ++i) {
+    const double x = i * (width + 5000);
+    auto pl = std::make_unique<cad::LwPolyline>();
+    pl->points = {{x, 0}, {x + width, 0}, {x + width, height}, {x, height}};
+    pl->polyFlags = cad::LwPolyline::kClosed;
+    db.append(*db.modelSpace(), std::move(pl));
+    auto line = std::make_unique<cad::Line>();
+    line->start = {x + width * 0.1, height * 0.5, 0};
+    line->end = {x + width * 0.9, height * 0.5, 0};
+    db.append(*db.modelSpace(), std::move(line));
+  }
+  return db;
+}
+
+class PlotCommandTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_FALSE(dir_.path().empty()); }
+  std::string Write(const std::string& name, const cad::Database& db) {
+    const std::string path = (dir_ / name).string();
+    EXPECT_TRUE(cad::WriteDxf(db, path).ok);
+    return path;
+  }
+  RunResult Plot(std::vector<std::string> args) {
+    args.insert(args.begin(), "plot");
+    return RunProgram(TV_TVPLOT_PATH, args);
+  }
+
+  TempDir dir_{"tv_plot_cmd"};
+};
+
+TEST_F(PlotCommandTest, EverySheetOfTheSampleSetBecomesAPdfOnItsPaper) {
+  const std::string sample = Write("sample.dxf", samples::BuildSampleDrawing());
+  const std::string original = ReadFile(sample);
+  const fs::path out = dir_ / "out";
+  const RunResult r = Plot({sample, "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+
+  std::vector<std::string> expected;
+  for (int i = 1; i <= 17; ++i) expected.push_back("sample" + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".pdf");
+  EXPECT_EQ(FilesIn(out), expected) << "one file per sheet, nothing else left in the folder";
+  EXPECT_TRUE(Has(r.out, (out / "sample17.pdf").string())) << r.out;
+  EXPECT_TRUE(Has(r.out, "共 17 张图纸，已输出 17 个文件")) << r.out;
+
+  // Sheet 1 is an A0 across, sheet 4 a lengthened A2 upright, sheet 15 the A4 of a layout.
+  const auto a0 = PageMm(out / "sample01.pdf");
+  EXPECT_NEAR(a0.first, 1189, 0.01);
+  EXPECT_NEAR(a0.second, 841, 0.01);
+  const auto a2 = PageMm(out / "sample04.pdf");
+  EXPECT_NEAR(a2.first, 420, 0.01);
+  EXPECT_NEAR(a2.second, 891, 0.01);
+  const auto a4 = PageMm(out / "sample15.pdf");
+  EXPECT_NEAR(a4.first, 210, 0.01);
+  EXPECT_NEAR(a4.second, 297, 0.01);
+
+  EXPECT_EQ(ReadFile(sample), original) << "the drawing is never written";
+  EXPECT_EQ(FilesIn(dir_.path()), (std::vector<std::string>{"out", "sample.dxf"}));
+}
+
+TEST_F(PlotCommandTest, RasterAndOtherFormatsTakeTheMediumOfTheirDevice) {
+  const std::string plan = Write("plan.dxf", Frames(2));
+  // A PNG of A3 with 5 mm added each way: (420 + 10) x (297 + 10) units of the medium, enlarged
+  // twice by the default image slider.
+  const fs::path png = dir_ / "png";
+  RunResult r = Plot({plan, "--out", png.string(), "--format", "png", "--margin", "5", "--style", "彩色"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  ASSERT_EQ(FilesIn(png), (std::vector<std::string>{"plan01.png", "plan02.png"}));
+  const std::string bytes = ReadFile(png / "plan01.png");
+  ASSERT_GT(bytes.size(), 24u);
+  const auto be32 = [&](std::size_t at) {
+    return (static_cast<unsigned char>(bytes[at]) << 24) | (static_cast<unsigned char>(bytes[at + 1]) << 16) |
+           (static_cast<unsigned char>(bytes[at + 2]) << 8) | static_cast<unsigned char>(bytes[at + 3]);
+  };
+  EXPECT_EQ(be32(16), 860u);
+  EXPECT_EQ(be32(20), 614u);
+
+  for (const auto& [format, magic] : std::vector<std::pair<std::string, std::string>>{
+           {"jpg", "\xFF\xD8\xFF"}, {"eps", "%!PS-Adobe-3.0 EPSF"}, {"plt", "\x1B%-1B"}}) {
+    SCOPED_TRACE(format);
+    const fs::path folder = dir_ / format;
+    r = Plot({plan, "--out", folder.string(), "--format", format});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    ASSERT_EQ(FilesIn(folder).size(), 2u);
+    EXPECT_EQ(ReadFile(folder / ("plan01." + format)).rfind(magic, 0), 0u);
+  }
+
+  // The path mode puts the files in a folder of the format beside the drawing.
+  r = Plot({plan, "--path-mode", "1", "--format", "eps"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(FilesIn(dir_ / "EPS"), (std::vector<std::string>{"plan01.eps", "plan02.eps"}));
+}
+
+TEST_F(PlotCommandTest, BadInputGetsAClearMessageAndExitCode) {
+  const std::string plan = Write("plan.dxf", Frames(1));
+  // Wrong usage.
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{plan, "--format", "dwf"}, {plan, "--margin", "101"}, {plan, "--yes", "--no"},
+        {plan, "--out", "x", "--path-mode", "1"}, {}}) {
+    const RunResult r = Plot(args);
+    EXPECT_EQ(r.exitCode, 1) << r.err;
+    EXPECT_TRUE(Has(r.err, "用法")) << r.err;
+  }
+  const RunResult noStyle = Plot({plan, "--style", (dir_ / "none.ctb").string()});
+  EXPECT_EQ(noStyle.exitCode, 1);
+  EXPECT_TRUE(Has(noStyle.err, "none.ctb 不存在")) << noStyle.err;
+  // A drawing that can't be read, or one without a sheet.
+  test_support::WriteFile(dir_ / "broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nabc\n");
+  EXPECT_EQ(Plot({(dir_ / "broken.dxf").string(), "--out", (dir_ / "b").string()}).exitCode, 2);
+  const RunResult empty = Plot({Write("empty.dxf", cad::Database::createDefault()), "--out", (dir_ / "e").string()});
+  EXPECT_EQ(empty.exitCode, 4);
+  EXPECT_TRUE(Has(empty.err, "未找到图框")) << empty.err;
+
+  // An output folder that can't be made: a file stands in its way.
+  test_support::WriteFile(dir_ / "file", "x");
+  const RunResult blocked = Plot({plan, "--out", (dir_ / "file" / "out").string()});
+  EXPECT_EQ(blocked.exitCode, 5);
+  EXPECT_TRUE(Has(blocked.err, "无法创建")) << blocked.err;
+
+  // At 1:1 a frame of no standard proportion needs 90 m of paper: the ceiling stops the run with
+  // its message, and no file is written.
+  const std::string strip = Write("strip.dxf", Frames(1, 90000, 10000));
+  const fs::path out = dir_ / "big";
+  const RunResult big = Plot({strip, "--out", out.string(), "--scale", "1"});
+  EXPECT_EQ(big.exitCode, 5);
+  EXPECT_TRUE(Has(big.err, "5080")) << big.err;
+  EXPECT_TRUE(FilesIn(out).empty());
+}
+
+}  // namespace
+}  // namespace tv::cli

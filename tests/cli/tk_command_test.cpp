@@ -1,0 +1,219 @@
+// `tvplot tk` as users run it: the built program on a data folder of the test's own, listing,
+// exporting and importing the title-block library, and refusing what it cannot do.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "../support/run_program.h"
+
+#include "cad/database.h"
+#include "cad/dxf_writer.h"
+#include "host/geometry.h"
+#include "titleblock/tk_library.h"
+
+namespace tv::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+using test_support::ReadFile;
+using test_support::FilesIn;
+using test_support::Has;
+using test_support::RunProgram;
+using test_support::RunResult;
+using test_support::TempDir;
+using titleblock::TK_Customization;
+using titleblock::TK_Library;
+
+std::unique_ptr<TK_Customization> Definition(const std::string& name, std::int32_t length) {
+  auto d = std::make_unique<TK_Customization>();
+  d->block_name = name;
+  d->paper.length = length;
+  return d;
+}
+
+class TkCommandTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(dir_.path().empty());
+    data_ = (dir_ / "data").string();
+    library_ = data_ + "/Tarvex/BPlot_TK.tk";
+    fs::create_directories(data_ + "/Tarvex");
+  }
+
+  // Runs `tvplot tk …` with the test's data folder.
+  RunResult Tk(std::vector<std::string> args) {
+    args.insert(args.begin(), {"XDG_DATA_HOME=" + data_, TV_TVPLOT_PATH, "tk"});
+    return RunProgram("/usr/bin/env", args);
+  }
+
+  // Writes `library` to `path` and dates it an hour back, so that a later save is seen as one.
+  static void Write(const TK_Library& library, const std::string& path) {
+    ASSERT_TRUE(titleblock::SaveTkFileTo(library, path, false));
+    fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(1));
+  }
+
+  static std::vector<std::string> Names(const std::string& path) {
+    TK_Library library;
+    EXPECT_TRUE(titleblock::LoadTkFileFrom(library, path, false));
+    std::vector<std::string> names;
+    for (const auto& d : library.definitions) names.push_back(d->block_name + ":" + std::to_string(d->paper.length));
+    return names;
+  }
+
+  // The user's library holds A and B; import.tk holds A (another paper) and C.
+  void TwoLibraries() {
+    TK_Library mine;
+    mine.definitions.push_back(Definition("A", 111));
+    mine.definitions.push_back(Definition("B", 222));
+    mine.SerialPrefix = "MINE";
+    Write(mine, library_);
+    TK_Library theirs;
+    theirs.definitions.push_back(Definition("A", 333));
+    theirs.definitions.push_back(Definition("C", 444));
+    theirs.SerialPrefix = "THEIRS";
+    Write(theirs, file("import.tk"));
+  }
+
+  std::string file(const std::string& name) const { return (dir_ / name).string(); }
+
+  TempDir dir_{"tv_tk_cli"};
+  std::string data_, library_;
+};
+
+TEST_F(TkCommandTest, ListOfAnEmptyLibrarySaysSoAndShowsTheNamingSettings) {
+  const RunResult r = Tk({"list"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(Has(r.out, "图框信息库为空")) << r.out;
+  EXPECT_TRUE(Has(r.out, "BPlot_TK.tk")) << r.out;
+  EXPECT_TRUE(Has(r.out, "序号后缀")) << r.out;
+  EXPECT_TRUE(Has(r.out, "A_B_T_C")) << r.out;
+}
+
+TEST_F(TkCommandTest, ListShowsEachDefinitionAsTheFormsDo) {
+  TK_Library library;
+  auto d = Definition("图框 A1", 841);
+  d->paper.width = 594;
+  d->rotation = kPi / 2;
+  d->scale = 100;
+  d->name_rule = "A_B";
+  d->sort_priority = 2;
+  d->is_dynamic = 1;
+  d->area_title = Extents3d({0, 0, 0}, {10, 5, 0});
+  d->area_date = Extents3d({0, 0, 0}, {10, 5, 0});
+  library.definitions.push_back(std::move(d));
+  library.definitions.push_back(Definition("PLAIN", 420));
+  library.SerialPrefix = "PRE-";
+  Write(library, library_);
+
+  const RunResult r = Tk({"list"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(Has(r.out, "共 2 个图框")) << r.out;
+  for (const char* cell : {"图框 A1", "841x594", "90", "A_B", "图名、日期", "PLAIN", "420x210", "未定义", "PRE-"})
+    EXPECT_TRUE(Has(r.out, cell)) << cell << "\n" << r.out;
+  // Sort priority 2 is shown as 3; the dynamic frame says so.
+  const std::string first = r.out.substr(r.out.find("图框 A1"));
+  const std::string row = first.substr(0, first.find('\n'));
+  EXPECT_TRUE(Has(row, " 3 ")) << row;
+  EXPECT_TRUE(Has(row, "是")) << row;
+
+  const RunResult json = Tk({"list", "--json"});
+  ASSERT_EQ(json.exitCode, 0) << json.err;
+  for (const char* part : {"\"blockName\": \"图框 A1\"", "\"sortPriority\": 3", "\"rotation\": 90.0002", "\"dynamic\": true",
+                           "\"title\": [0, 0, 10, 5]", "\"serialPrefix\": \"PRE-\"", "\"count\": 2"})
+    EXPECT_TRUE(Has(json.out, part)) << part << "\n" << json.out;
+}
+
+TEST_F(TkCommandTest, ExportWritesTheLibraryToTheFileGiven) {
+  TwoLibraries();
+  const RunResult r = Tk({"export", file("out.tk")});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(Has(r.out, "2 个图框")) << r.out;
+  EXPECT_EQ(Names(file("out.tk")), (std::vector<std::string>{"A:111", "B:222"}));
+}
+
+TEST_F(TkCommandTest, ExportToAPlaceThatCannotBeWrittenShowsTheFailure) {
+  const RunResult r = Tk({"export", file("missing/folder/out.tk")});
+  EXPECT_EQ(r.exitCode, 4) << r.err;
+  EXPECT_TRUE(Has(r.err, "写入操作有误!")) << r.err;
+  EXPECT_TRUE(Has(r.err, "missing/folder/out.tk")) << r.err;
+  EXPECT_FALSE(fs::exists(file("missing")));
+}
+
+TEST_F(TkCommandTest, ImportKeepingAddsOnlyNewBlockNamesAndSaves) {
+  TwoLibraries();
+  const RunResult r = Tk({"import", file("import.tk"), "--keep"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(Has(r.out, "导入 1 个图框定义")) << r.out;
+  EXPECT_TRUE(Has(r.out, "同名的 1 个保留原有定义")) << r.out;
+  EXPECT_TRUE(Has(r.out, "现有 3 个图框")) << r.out;
+  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:111", "B:222", "C:444"}));
+  // The numbering of the imported file replaces the library's.
+  TK_Library back;
+  ASSERT_TRUE(titleblock::LoadTkFileFrom(back, library_, false));
+  EXPECT_EQ(back.SerialPrefix, "THEIRS");
+}
+
+TEST_F(TkCommandTest, ImportReplacingDropsTheOldDefinitions) {
+  TwoLibraries();
+  const RunResult r = Tk({"import", file("import.tk"), "--replace"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:333", "C:444"}));
+}
+
+TEST_F(TkCommandTest, ImportWithoutAnAnswerAndNoTerminalIsAUsageError) {
+  TwoLibraries();
+  const std::string before = ReadFile(library_);
+  const RunResult r = Tk({"import", file("import.tk")});
+  EXPECT_EQ(r.exitCode, 1);
+  EXPECT_TRUE(Has(r.err, "--keep")) << r.err;
+  EXPECT_TRUE(Has(r.err, "--replace")) << r.err;
+  EXPECT_EQ(ReadFile(library_), before);
+}
+
+TEST_F(TkCommandTest, ImportIntoAnEmptyLibraryAsksNothing) {
+  TwoLibraries();
+  fs::remove(library_);
+  const RunResult r = Tk({"import", file("import.tk")});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_FALSE(Has(r.err, "原图框信息是否保留")) << r.err;
+  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:333", "C:444"}));
+}
+
+TEST_F(TkCommandTest, AMissingOrForeignFileIsNotImported) {
+  TwoLibraries();
+  const RunResult missing = Tk({"import", file("nothing.tk"), "--replace"});
+  EXPECT_EQ(missing.exitCode, 2);
+  EXPECT_TRUE(Has(missing.err, "无法读取文件")) << missing.err;
+
+  // A drawing is no library.
+  ASSERT_TRUE(cad::WriteDxf(cad::Database::createDefault(), file("drawing.dxf")).ok);
+  const RunResult foreign = Tk({"import", file("drawing.dxf"), "--replace"});
+  EXPECT_EQ(foreign.exitCode, 2);
+  EXPECT_TRUE(Has(foreign.err, "不是完整的图框信息配置文件")) << foreign.err;
+
+  // Nor is a library cut short.
+  const std::string whole = ReadFile(file("import.tk"));
+  test_support::WriteFile(file("cut.tk"), whole.substr(0, whole.size() / 2));
+  EXPECT_EQ(Tk({"import", file("cut.tk"), "--replace"}).exitCode, 2);
+  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:111", "B:222"}));
+}
+
+TEST_F(TkCommandTest, BadArgumentsAreUsageErrors) {
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{}, {"remove"}, {"list", "extra"}, {"export"}, {"import"},
+        {"import", "x.tk", "--keep", "--replace"}, {"list", "--keep"}, {"export", "x.tk", "--json"}}) {
+    const RunResult r = Tk(args);
+    EXPECT_EQ(r.exitCode, 1) << (args.empty() ? "" : args.front());
+    EXPECT_TRUE(Has(r.err, "用法：tvplot tk")) << r.err;
+  }
+  const RunResult help = Tk({"--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_TRUE(Has(help.out, "--replace")) << help.out;
+}
+
+}  // namespace
+}  // namespace tv::cli
