@@ -70,7 +70,14 @@ const CLI::Option* ValueOption(const CLI::App& app, const std::string& word) {
   return opt && !opt->get_positional() && opt->get_expected_min() > 0 ? opt : nullptr;
 }
 
-// "--out X" becomes "--out=X", so that a value that looks like an option ("-plot") stays a value.
+bool IsFlag(const CLI::App& app, const std::string& word) {
+  if (!word.starts_with("--")) return false;
+  const CLI::Option* opt = app.get_option_no_throw(word);
+  return opt && !opt->get_positional() && opt->get_expected_min() == 0;
+}
+
+// "--out X" becomes "--out=X", so that a value that looks like an option ("-plot") stays a value;
+// a flag given a value ("--json=false") is refused rather than read as given.
 std::optional<std::string> JoinValues(const CLI::App& app, const std::vector<std::string>& args,
                                       std::vector<std::string>& joined) {
   for (std::size_t i = 0; i < args.size(); ++i) {
@@ -78,10 +85,20 @@ std::optional<std::string> JoinValues(const CLI::App& app, const std::vector<std
       joined.insert(joined.end(), args.begin() + static_cast<std::ptrdiff_t>(i), args.end());
       break;
     }
+    if (const std::size_t eq = args[i].find('='); eq != std::string::npos && IsFlag(app, args[i].substr(0, eq)))
+      return "选项 " + args[i].substr(0, eq) + " 不带值";
     if (ValueOption(app, args[i])) {
       if (i + 1 >= args.size()) return "选项 " + args[i] + " 缺少值";
-      joined.push_back(args[i] + "=" + args[i + 1]);
+      joined.push_back(args[i]);
+      // CLI11 reads "--answer=" as no value at all; an empty word after the name is one.
+      if (!args[i + 1].empty()) joined.back() += "=" + args[i + 1];
+      else joined.emplace_back();
       ++i;
+      continue;
+    }
+    if (args[i].ends_with('=') && ValueOption(app, args[i].substr(0, args[i].size() - 1))) {
+      joined.push_back(args[i].substr(0, args[i].size() - 1));
+      joined.emplace_back();
       continue;
     }
     joined.push_back(args[i]);
@@ -157,7 +174,9 @@ int RunSubcommand(const Subcommand& command, const std::vector<std::string>& arg
   } catch (const CLI::ParseError& e) {
     return fail(Printable(e.what()));
   }
-  if (!app->remaining().empty()) return fail("未知选项 " + Printable(app->remaining().front()));
+  // CLI11 also files the "--" that ended the options among the words it did not know.
+  for (const std::string& unknown : app->remaining())
+    if (unknown != "--") return fail("未知选项 " + Printable(unknown));
   return command.run(ParsedArgs(command, *app, std::move(positional)), io);
 }
 

@@ -20,30 +20,32 @@ void Replace(std::string& text, std::string_view from, std::string_view to) {
     text.replace(at, from.size(), to);
 }
 
-// Each byte that starts no valid UTF-8 sequence becomes U+FFFD, one for one.
-std::string ValidUtf8(const std::string& text) {
-  std::string out;
-  out.reserve(text.size());
+// nlohmann's escaping for the valid stretches; each byte that starts no valid UTF-8 sequence is
+// \ufffd, one for one, and a U+FFFD the text really holds stays as it is.
+std::string StringText(const std::string& text) {
+  std::string out = "\"";
+  std::size_t stretch = 0;
+  const auto flush = [&](std::size_t end) {
+    if (end <= stretch) return;
+    const std::string quoted =
+        Json(text.substr(stretch, end - stretch)).dump(-1, ' ', false, Json::error_handler_t::replace);
+    out.append(quoted, 1, quoted.size() - 2);
+  };
   for (std::size_t i = 0; i < text.size();) {
     char32_t cp = 0;
     const std::size_t len = cad::DecodeUtf8(text, i, cp);
-    if (len == 0) {
-      out += "\xef\xbf\xbd";
-      ++i;
+    if (len > 0) {
+      i += len;
       continue;
     }
-    out.append(text, i, len);
-    i += len;
+    flush(i);
+    out += "\\ufffd";
+    stretch = ++i;
   }
-  return out;
-}
-
-std::string StringText(const std::string& text) {
-  std::string quoted = Json(ValidUtf8(text)).dump();
-  Replace(quoted, "\xef\xbf\xbd", "\\ufffd");
-  Replace(quoted, "\xe2\x80\xa8", "\\u2028");
-  Replace(quoted, "\xe2\x80\xa9", "\\u2029");
-  return quoted;
+  flush(text.size());
+  Replace(out, "\xe2\x80\xa8", "\\u2028");
+  Replace(out, "\xe2\x80\xa9", "\\u2029");
+  return out + '"';
 }
 
 // The shortest text that reads back to the same double, as std::to_chars writes it ("1e+05",

@@ -298,6 +298,8 @@ TEST(JsonOutput, QuotesAnyBytesIntoValidJsonAndWritesNumbersShortest) {
       {"\xed\xa0\x80", "\"\\ufffd\\ufffd\\ufffd\""},
       {"ab\xe5\x9b", "\"ab\\ufffd\\ufffd\""},
       {"\xf0\x9f\x98\x80 \xe2\x80\xa8", "\"\xf0\x9f\x98\x80 \\u2028\""},
+      // A replacement character the drawing itself holds is text like any other.
+      {"\xef\xbf\xbd\x80", "\"\xef\xbf\xbd\\ufffd\""},
       {0.1, "0.1"},
       {-0.0, "0"},
       {250.0, "250"},

@@ -142,11 +142,11 @@ TEST(SessionLaunch, AnswerOptionsComeBeforeTheFileAndTimingsIsAFlag) {
   CliStreams io{out, err, false};
   int code = -1;
   auto request = Launched({"d.dxf", "--answers", file, "--answer", "一", "CMD", "--answer=二", "--timings", "--answer",
-                           "-plot", "--answer", ""},
+                           "-plot", "--answer", "", "--answer="},
                           io, code);
   ASSERT_TRUE(request) << err.str();
   EXPECT_EQ(request->positional, (std::vector<std::string>{"d.dxf", "CMD"}));
-  EXPECT_EQ(request->answers, (std::vector<std::string>{"一", "二", "-plot", "", "三", "四"}));
+  EXPECT_EQ(request->answers, (std::vector<std::string>{"一", "二", "-plot", "", "", "三", "四"}));
   EXPECT_TRUE(request->timings);
   EXPECT_FALSE(Launched({"d.dxf"}, io, code));
   EXPECT_EQ(code, kExitUsage);
