@@ -248,8 +248,11 @@ void GenericPlotCommand() {
   if (!form) return;
   form->styleIndex = LastStyleIndex();
   if (!ReviewUntilRun(kBPlot1Title, BPlot1Columns(), [form] { return BPlot1Cells(*form); },
-                      [form] { return RunBatch(*form); }))
+                      [form] { return RunBatch(*form); })) {
+    // Closed without plotting: the layouts get their plotters back as after a run.
+    EndFileRun();
     DestroyGenericReview();
+  }
 }
 
 }  // namespace tv::plot
