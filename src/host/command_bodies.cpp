@@ -43,7 +43,10 @@ void TV_BatchPlot_7() { Guarded(7); }
 void TV_BatchPlot_8() { Guarded(8); }
 void TV_BatchPlot_9() { NotOffered(9); }
 void TV_BatchPlot_13() { Guarded(13); }
-void TV_BatchPlot_14() { settings::SettingCommand(); }
+void TV_BatchPlot_14() {
+  CommandScope scope;
+  settings::SettingCommand();
+}
 void TV_BatchPlot_15() { Guarded(15); }
 void TV_BatchPlot_16() { Guarded(16); }
 void TV_BatchPlot_17() { Guarded(17); }
