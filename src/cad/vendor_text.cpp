@@ -20,14 +20,14 @@ double Number(const ProxyEntity& p, int code, double fallback) {
 
 bool IsVendorText(std::string_view name) {
   if (EqualsNoCase(name, "TCH_TEXT") || EqualsNoCase(name, "TCH_MTEXT")) return true;
-  // Other applications' texts carry TEXT in their class name as well ("TCH_DRAWINGNAME_TEXT" …).
+  // Other applications' text classes carry TEXT in their names as well.
   for (std::size_t i = 0; i + 4 <= name.size(); ++i)
     if (EqualsNoCase(name.substr(i, 4), "TEXT")) return true;
   return false;
 }
 
 // The text as it reads: line breaks as MTEXT paragraphs, the centring mark "^C" gone.
-std::string Cleaned(std::string text, bool& multiline) {
+std::string Cleaned(const std::string& text, bool& multiline) {
   std::string out;
   out.reserve(text.size());
   multiline = false;
