@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "cad/entity_geometry_internal.h"
+#include "cad/vendor_text.h"
 
 namespace tv::cad {
 
@@ -247,7 +248,11 @@ void Builder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
         for (const CustomPrimitive& p : content->primitives())
           for (const Point3d& q : p.points) ext.add(xf.transform(q));
       break;
-    default: break;  // proxies and anything unknown show nothing measurable
+    case ObjectType::Proxy:
+      // Of other vendors' entities only their texts have a size that can be told.
+      if (const auto standIn = VendorTextStandIn(static_cast<const ProxyEntity&>(e), db_)) entity(*standIn, xf, ext);
+      break;
+    default: break;  // anything unknown shows nothing measurable
   }
   // Degenerate input (NaN coordinates) must not spread into the caller's extents.
   if (!ext.isEmpty() && std::isfinite(ext.min.x + ext.min.y + ext.min.z + ext.max.x + ext.max.y + ext.max.z)) out.add(ext);

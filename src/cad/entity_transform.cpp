@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "cad/entity_geometry_internal.h"
+#include "cad/vendor_text.h"
 
 namespace tv::cad {
 
@@ -358,6 +359,7 @@ bool TransformExact(Entity& e, const Matrix3d& xf) {
     }
     case ObjectType::Viewport: return TransformViewport(static_cast<Viewport&>(e), xf);
     case ObjectType::Image: TransformRaster(static_cast<Image&>(e), xf); return true;
+    case ObjectType::Proxy: return TransformVendorText(static_cast<ProxyEntity&>(e), xf);
     case ObjectType::Wipeout: TransformRaster(static_cast<Wipeout&>(e), xf); return true;
     default:
       // DIMENSION shows its block, which a transform of the entity alone would leave behind.

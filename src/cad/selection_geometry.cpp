@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "cad/layout_viewport.h"
 #include "cad/selection_shape_internal.h"
 
 namespace tv::cad {
@@ -291,11 +292,12 @@ void ForEachSelectable(const Database& db, const BlockRecord& space, const std::
                        const TextMeasurer* measurer, F f) {
   ShapeBuilder builder(db, measurer ? *measurer : ApproximateTextMeasurer());
   Shape shape;
+  const ObjectId sheet = LayoutViewportOf(db, space);
   db.forEachEntity(space, [&](const Entity& e) {
     if (!e.isVisible()) return;
     // Markers and previews are not drawing content; the paper space's own viewport is the sheet.
     if (const auto* custom = As<CustomEntity>(&e); custom && custom->isTransient()) return;
-    if (const auto* vp = As<Viewport>(&e); vp && vp->number == 1) return;
+    if (!sheet.isNull() && e.id == sheet) return;
     if (accept && !accept(e)) return;
     builder.build(e, shape);
     if (!shape.empty()) f(e, shape);

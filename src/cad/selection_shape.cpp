@@ -5,6 +5,7 @@
 
 #include "cad/entity_geometry_internal.h"
 #include "cad/selection_shape_internal.h"
+#include "cad/vendor_text.h"
 
 namespace tv::cad::selection_internal {
 
@@ -532,7 +533,11 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
       }
       break;
     }
-    default: break;  // proxies: no geometry known
+    case ObjectType::Proxy:
+      // Other vendors' texts are boxes like TEXT and MTEXT; other proxies have no geometry known.
+      if (const auto standIn = VendorTextStandIn(static_cast<const ProxyEntity&>(e), db_)) entity(*standIn, out);
+      break;
+    default: break;
   }
 }
 

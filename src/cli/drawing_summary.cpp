@@ -5,6 +5,8 @@
 #include <map>
 #include <unordered_set>
 
+#include "cad/layout_viewport.h"
+
 namespace tv::cli {
 
 namespace {
@@ -91,9 +93,9 @@ void ReadHeader(const Database& db, DrawingSummary& s) {
 
 std::size_t FloatingViewports(const Database& db, const BlockRecord& block) {
   std::size_t n = 0;
+  const ObjectId sheet = LayoutViewportOf(db, block);
   db.forEachEntity(block, [&](const Entity& e) {
-    // Viewport 1 of a layout is the paper space view itself.
-    if (const auto* vp = As<Viewport>(&e); vp && vp->number != 1) ++n;
+    if (e.type() == ObjectType::Viewport && e.id != sheet) ++n;
   });
   return n;
 }

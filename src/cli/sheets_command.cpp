@@ -178,6 +178,7 @@ int RunSheets(const ParsedArgs& args, CliStreams& io) {
     const auto layouts = LayoutNamesByBlock();
     if (options.json) WriteJson(*form, layouts, io.out);
     else WriteText(*form, layouts, io.out);
+    host::StageTimer(form->stageTick, "显示对话框");
   } else {
     io.err << "tvplot sheets: 未找到图框\n";
     exitCode = kExitNoSheets;

@@ -141,6 +141,7 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
     const auto layouts = LayoutNamesByBlock();
     if (json) WriteJson(*form, layouts, io.out);
     else WriteText(*form, layouts, io.out);
+    host::StageTimer(form->stageTick, "显示对话框");
   } else {
     io.err << "tvplot titleblock: 未找到图框\n";
     exitCode = kExitNoSheets;

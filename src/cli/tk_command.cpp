@@ -3,13 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -18,7 +16,6 @@
 #include "console/session.h"
 #include "console/text_table.h"
 #include "host/module_entry.h"
-#include "host/text_files.h"
 #include "paper/paper.h"
 #include "titleblock/tk_library.h"
 
@@ -196,18 +193,6 @@ int RunList(const ParsedArgs& args, CliStreams& io) {
 
 // ---- export and import -------------------------------------------------------------------------------
 
-// A save is judged by whether the file's time moved, to the whole second. A file written earlier
-// in this very second (the first load of the module writes the library) would read as unchanged,
-// so the save waits for the next second. The file system's clock may lag a few milliseconds.
-void LetTheSecondPass(const std::string& path) {
-  const std::optional<std::int64_t> written = host::FileModifiedSecond(path);
-  if (!written) return;
-  using Clock = std::chrono::system_clock;
-  const auto now = std::chrono::duration_cast<std::chrono::seconds>(Clock::now().time_since_epoch());
-  if (*written != now.count()) return;
-  std::this_thread::sleep_until(Clock::time_point(now + std::chrono::seconds(1) + std::chrono::milliseconds(20)));
-}
-
 std::optional<std::string> FileArgument(const ParsedArgs& args, std::string& error) {
   if (args.positional.size() < 2) {
     error = "缺少 .tk 文件";
@@ -228,7 +213,6 @@ int RunExport(const ParsedArgs& args, CliStreams& io) {
     return args.usage(io, "export 不接受 --keep、--replace 或 --json");
   LoadedModule module(io, {}, nullptr);
   const titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
-  LetTheSecondPass(*path);
   if (!titleblock::SaveTkFileTo(library, *path, true)) {
     io.err << "\ntvplot tk: 未能写入 " << Printable(*path) << '\n';
     return kExitWriteFailed;
@@ -270,7 +254,6 @@ int RunImport(const ParsedArgs& args, CliStreams& io) {
     io.err << "\ntvplot tk: 未回答是否保留原图框信息，图框信息库未改变\n";
     return kExitUnanswered;
   }
-  LetTheSecondPass(titleblock::DefaultTkPath());
   if (!titleblock::SaveTkFile(library, true, false)) {
     io.err << "\ntvplot tk: 未能写入 " << Printable(titleblock::DefaultTkPath()) << '\n';
     return kExitWriteFailed;

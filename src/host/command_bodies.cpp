@@ -43,6 +43,7 @@ void TV_BatchPlot_7() { Guarded(7); }
 void TV_BatchPlot_8() { Guarded(8); }
 void TV_BatchPlot_9() { NotOffered(9); }
 void TV_BatchPlot_13() { Guarded(13); }
+// The settings form leaves CMDECHO alone and has no gate, as the help and the other set-up commands.
 void TV_BatchPlot_14() { settings::SettingCommand(); }
 void TV_BatchPlot_15() { Guarded(15); }
 void TV_BatchPlot_16() { Guarded(16); }

@@ -4,6 +4,7 @@
 // into the current layout before `-plot`, whose answers then accept them with Enter. A setter that
 // the host refuses returns false and changes nothing.
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,10 @@ std::vector<std::string> PlotStyleSheetList();
 std::string PlotDeviceFile(const std::string& device);
 std::string PlotStyleSheetFile(const std::string& name);
 
+// A layout's plot settings, whole, as the host keeps them. A job takes one of every layout it
+// changes and gives each back at its end, a device the host no longer lists included.
+class PlotSettingsCopy;
+
 // The plot settings of one layout. A handle: it names the layout and every call reads or writes
 // the layout's settings at once, so no layout stays open across a prompt or a plot.
 class LayoutPlotSettings {
@@ -52,6 +57,10 @@ class LayoutPlotSettings {
   bool valid() const;
   ObjectId layoutId() const { return layout_; }
   std::string layoutName() const;
+
+  // Everything below at once: null for an invalid handle; `restore` puts a copy back as it was.
+  std::shared_ptr<const PlotSettingsCopy> copy() const;
+  void restore(const PlotSettingsCopy& saved);
 
   // ---- device and media ----------------------------------------------------------------------
   // Takes a device of PlotDeviceList (its exact name, else the same name in another case). The

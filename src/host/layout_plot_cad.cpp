@@ -136,6 +136,23 @@ std::string PlotStyleSheetFile(const std::string& name) {
   return file ? file->path : std::string{};
 }
 
+class PlotSettingsCopy {
+ public:
+  cad::PlotSettings plot;
+};
+
+std::shared_ptr<const PlotSettingsCopy> LayoutPlotSettings::copy() const {
+  const cad::Layout* layout = LayoutOf(layout_);
+  if (!layout) return nullptr;
+  auto saved = std::make_shared<PlotSettingsCopy>();
+  saved->plot = layout->plot;
+  return saved;
+}
+
+void LayoutPlotSettings::restore(const PlotSettingsCopy& saved) {
+  if (cad::Layout* layout = LayoutOf(layout_)) layout->plot = saved.plot;
+}
+
 LayoutPlotSettings LayoutPlotSettings::Current() {
   const ObjectId id = Working().currentLayout;
   return LayoutPlotSettings(LayoutOf(id) ? id : ObjectId{});

@@ -67,6 +67,8 @@ bool ColourDependentStyles() { return host::GetIntVar("PSTYLEMODE", 1) == 1; }
 
 LayoutPlotSetting::LayoutPlotSetting(const tv::settings::PlotSettingRec* active)
     : settings(host::LayoutPlotSettings::Current()), active_(active) {
+  // A job gives every layout it opens its own settings back when it ends.
+  GlobalSavedPlotter().remember(settings);
   layoutName = settings.layoutName();
   settings.refreshLists();
   ReadStyleList();
@@ -215,8 +217,11 @@ void LayoutPlotSetting::ListDevices(std::vector<std::string>& out) {
 void LayoutPlotSetting::SavePlotter(SavedPlotter& saved) {
   saved.deviceName.clear();
   saved.mediaName.clear();
+  saved.layouts.clear();
+  saved.recording = true;
   const host::LayoutPlotSettings current = host::LayoutPlotSettings::Current();
   if (!current.valid()) return;
+  saved.remember(current);
   saved.deviceName = current.getPlotCfgName();
   saved.mediaName = current.getCanonicalMediaName();
 }
@@ -225,7 +230,15 @@ void LayoutPlotSetting::RestorePlotter(SavedPlotter& saved) {
   // No private plotter was written; and a developer tracing a job keeps its files to look at.
   if (CharacterCount(saved.pc3Folder) < 2 || host::ShowTimings) return;
 
-  {
+  saved.recording = false;
+  std::vector<SavedPlotter::LayoutCopy> layouts = std::move(saved.layouts);
+  saved.layouts.clear();
+  for (SavedPlotter::LayoutCopy& copy : layouts) copy.layout.restore(*copy.settings);
+  if (!layouts.empty()) {
+    saved.deviceName.clear();
+    saved.mediaName.clear();
+  } else {
+    // Nothing was recorded: the device of the current layout at command start comes back.
     LayoutPlotSetting layout;
     bool restored = false;
     if (!saved.deviceName.empty()) {

@@ -59,10 +59,11 @@ class LayoutPlotSetting {
 
   // The devices a paper batch offers: no file devices, no "None", no fax.
   static void ListDevices(std::vector<std::string>& out);
-  // The device and medium of the current layout now, so that RestorePlotter can put them back.
+  // The device and medium of the current layout now, and from now on the plot settings of every
+  // layout a LayoutPlotSetting opens, so that RestorePlotter can put them back.
   static void SavePlotter(SavedPlotter& saved);
-  // Puts the saved device and medium back on the current layout and removes the private plotter
-  // files of the job.
+  // Puts the saved plot settings back on every layout the job opened and removes the private
+  // plotter files of the job.
   static void RestorePlotter(SavedPlotter& saved);
 
   host::LayoutPlotSettings settings;  // the current layout's settings

@@ -18,8 +18,9 @@ PlotterRefresh& Refresh() {
   return refresh;
 }
 
-// A number is whole when its fraction is under a thousandth.
-bool IsWhole(double value) { return value - std::trunc(value) < 0.001; }
+// A number is whole when it lies within a thousandth of an integer, on either side: a frame drawn
+// as 7425 is often stored as 7424.999999999898.
+bool IsWhole(double value) { return std::fabs(value - std::round(value)) < 0.001; }
 
 // Of the standard papers with the sheet's proportion, the one at the scale nearest to `scale`;
 // a whole scale beats any fractional one. False when no row has the proportion.

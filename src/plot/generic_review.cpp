@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "host/command_prologue.h"
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/review_forms.h"
@@ -60,10 +61,16 @@ Dlg_BPlot1* RecogniseGenericBatch(bool askScale, std::optional<double> scale) {
     DestroyGenericReview();
     return nullptr;
   }
-  recognition::FilterSheets(form.job);
   SetPlotStamp();
+  std::int64_t tick = host::StageClock();
+  recognition::FilterSheets(form.job);
+  tick = host::StageTimer(tick, "过滤图形");
   form.scale = scale ? *scale : paper::ScaleOfSheets(form.job.keptSheets, askScale);
+  tick = host::StageTimer(tick, "判断比例");
+  // The form took the drawing's settings and the defaults when it was made.
+  tick = host::StageTimer(tick, "更新参数");
   FillList(form, true);
+  form.stageTick = host::StageTimer(tick, "更新对话框");
   return &form;
 }
 

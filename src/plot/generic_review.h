@@ -35,6 +35,7 @@ struct Dlg_BPlot1 {
   std::int32_t styleIndex = 0;       // "打印样式": an index into the layout's style list
   bool plot_started = false;         // a run has left the form for the private command
   bool cancel_requested = false;     // "中 断 打 印" was pressed
+  std::int64_t stageTick = 0;        // the stage clock once the list is filled: showing it is timed last
 };
 
 // The live form, or null; a new one replaces every earlier review.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/command_prologue.h"
 #include "host/editor.h"
 #include "host/pdf_files.h"
 #include "host/wrappers.h"
@@ -230,11 +231,13 @@ void Plot_Temp1() {
 }
 
 bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
-                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run) {
+                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run,
+                    std::int64_t stageTick) {
   host::RegenDrawing();
   host::Editor& editor = host::CurrentEditor();
-  while (true) {
+  for (bool first = true;; first = false) {
     editor.showList(title, columns, cells());
+    if (first) host::StageTimer(stageTick, "显示对话框");
     std::string answer;
     const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
     if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) return false;
@@ -248,8 +251,11 @@ void GenericPlotCommand() {
   if (!form) return;
   form->styleIndex = LastStyleIndex();
   if (!ReviewUntilRun(kBPlot1Title, BPlot1Columns(), [form] { return BPlot1Cells(*form); },
-                      [form] { return RunBatch(*form); }))
+                      [form] { return RunBatch(*form); }, form->stageTick)) {
+    // Closed without plotting: the layouts get their plotters back as after a run.
+    EndFileRun();
     DestroyGenericReview();
+  }
 }
 
 }  // namespace tv::plot

@@ -83,9 +83,11 @@ void Plot_Temp1();
 void StandbyGeneric();
 
 // Shows a review list and asks "[打印(P)/关闭(C)]" until `run` starts a run (true) or the user
-// closes the list or presses Esc (false).
+// closes the list or presses Esc (false). The first showing is the stage "显示对话框", timed from
+// `stageTick`.
 bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
-                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run);
+                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run,
+                    std::int64_t stageTick);
 
 // ---- the title-block family ---------------------------------------------------------------------------
 

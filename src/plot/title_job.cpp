@@ -95,8 +95,11 @@ void TitlePlotCommand() {
   if (!form) return;
   form->styleIndex = LastStyleIndex();
   if (!ReviewUntilRun(kBPlot2Title, BPlot2Columns(), [form] { return BPlot2Cells(*form); },
-                      [form] { return RunTitleBatch(*form); }))
+                      [form] { return RunTitleBatch(*form); }, form->stageTick)) {
+    // Closed without plotting: the layouts get their plotters back as after a run.
+    EndFileRun();
     DestroyTitleReview();
+  }
 }
 
 }  // namespace tv::plot

@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 
+#include "host/command_prologue.h"
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
@@ -55,7 +56,9 @@ Dlg_BPlot2* RecogniseTitleBatch() {
     return nullptr;
   }
   SetPlotStamp();
+  const std::int64_t tick = host::StageClock();
   FillTitleList(form);
+  form.stageTick = host::StageTimer(tick, "更新对话框");
   return &form;
 }
 

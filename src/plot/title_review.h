@@ -39,6 +39,7 @@ struct Dlg_BPlot2 {
   std::int32_t styleIndex = 0;
   bool plot_started = false;
   bool cancel_requested = false;
+  std::int64_t stageTick = 0;  // the stage clock once the list is filled: showing it is timed last
 };
 
 Dlg_BPlot2* TitleReview();

@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include "cad/entity_geometry.h"
+#include "cad/layout_viewport.h"
 #include "render/plot_drawing_internal.h"
 #include "render/plot_shapes.h"
 
@@ -368,8 +369,8 @@ bool DrawingPlotter::outlineOf(const cad::Entity& e, const DrawContext& ctx, Pol
 }
 
 void DrawingPlotter::drawViewport(const cad::Viewport& vp, bool edge, const Look& look, const DrawContext& ctx) {
-  // Viewports show model space only from a layout; number 1 is the layout's own sheet.
-  if (ctx.depth > 0 || ctx.inViewport || vp.number == 1 || !(vp.width > 0) || !(vp.height > 0) || !(vp.viewHeight > 0)) return;
+  // Viewports show model space only from a layout, and the layout's own viewport is the sheet.
+  if (ctx.depth > 0 || ctx.inViewport || cad::IsLayoutViewport(db_, vp) || !(vp.width > 0) || !(vp.height > 0) || !(vp.viewHeight > 0)) return;
   const double hw = vp.width / 2, hh = vp.height / 2;
   Polyline2d border;
   if (!toPage(ctx.toPage,

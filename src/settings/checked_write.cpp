@@ -20,12 +20,11 @@ void ReportWriteFailure(const std::string& path) {
 }
 
 bool WriteTextFileChecked(const std::string& path, const std::string& utf8Text, bool reportFailure) {
-  const auto before = host::FileModifiedSecond(path);
-  host::WriteTextFileReplacing(path, utf8Text);
-  const auto after = host::FileModifiedSecond(path);
-  const bool changed = after.has_value() && after != before;
-  if (!changed && reportFailure) ReportWriteFailure(path);
-  return changed;
+  // The write itself tells: a time stamp of whole seconds can't tell a failed write from a second
+  // save within the same second.
+  const bool written = host::WriteTextFileReplacing(path, utf8Text) && host::FileModifiedSecond(path).has_value();
+  if (!written && reportFailure) ReportWriteFailure(path);
+  return written;
 }
 
 }  // namespace tv::settings

@@ -1,7 +1,5 @@
 #pragma once
-// Writing one of the user's text files and finding out whether it was written: the file's
-// modification time, in whole seconds, must have changed. Two writes within one second are thus
-// taken for a failure too; the check is kept that coarse on purpose.
+// Writing one of the user's text files and finding out whether it was written, saying so when not.
 #include <string>
 
 namespace tv::settings {
@@ -12,7 +10,7 @@ std::string WriteFailureText(const std::string& path);
 void ReportWriteFailure(const std::string& path);
 
 // Replaces the file with `utf8Text` (in the ANSI code page; the old file survives a failed
-// write). False when the modification time did not change; with `reportFailure` that is shown.
+// write). False when the file could not be replaced; with `reportFailure` that is shown.
 bool WriteTextFileChecked(const std::string& path, const std::string& utf8Text, bool reportFailure);
 
 }  // namespace tv::settings

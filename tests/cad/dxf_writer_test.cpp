@@ -11,6 +11,7 @@
 #include <set>
 #include <sstream>
 
+#include "../support/corpus.h"
 #include "cad/dxf_reader.h"
 
 namespace tv::cad {
@@ -322,8 +323,8 @@ TEST(DxfWriter, HeaderCarriesTheOutputVersionAndWhatCadProgramsNeed) {
 }
 
 TEST(DxfWriter, CorpusDrawingsReadBackTheSame) {
-  const fs::path root = TV_CORPUS_DIR;
-  if (!fs::exists(root)) GTEST_SKIP() << "no corpus at " << root;
+  const fs::path root = test_support::CorpusDir();
+  TV_SKIP_WITHOUT_CORPUS(root);
   int checked = 0;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
     std::string ext = entry.path().extension().string();

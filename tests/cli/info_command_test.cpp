@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../support/corpus.h"
 #include "../support/run_program.h"
 
 #include "cad/dxf_writer.h"
@@ -260,8 +261,8 @@ TEST(InfoCommand, HelpAndVersionGoToStdout) {
 // Real drawings from other programs: every one is either described (as valid JSON) or refused
 // with one line; none crashes the program.
 TEST(InfoCommand, CorpusDrawingsAreDescribedOrRefused) {
-  const fs::path corpus = TV_CORPUS_DIR;
-  if (!fs::exists(corpus)) GTEST_SKIP() << "no corpus at " << corpus;
+  const fs::path corpus = test_support::CorpusDir();
+  TV_SKIP_WITHOUT_CORPUS(corpus);
   std::size_t described = 0;
   for (const auto& e : fs::recursive_directory_iterator(corpus)) {
     if (!e.is_regular_file() || e.path().extension() != ".dxf") continue;

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <streambuf>
 #include <sstream>
 #include <string>
 
@@ -183,6 +185,43 @@ TEST_F(ModuleTest, GuardedCommandsRestoreCommandEcho) {
   EXPECT_EQ(GetIntVar("CMDECHO"), 0);
   LeaveCommand(saved);
   EXPECT_EQ(GetIntVar("CMDECHO"), 1);
+}
+
+// Standard input that answers Enter once, noting CMDECHO when the command first asks.
+class EchoWitness : public std::streambuf {
+ public:
+  std::optional<std::int32_t> echoAtPrompt;
+
+ protected:
+  int_type underflow() override {
+    if (served_) return traits_type::eof();
+    echoAtPrompt = GetIntVar("CMDECHO", -1);
+    served_ = true;
+    setg(&enter_, &enter_, &enter_ + 1);
+    return traits_type::to_int_type(enter_);
+  }
+
+ private:
+  char enter_ = '\n';
+  bool served_ = false;
+};
+
+TEST_F(ModuleTest, TheSettingsCommandLeavesEchoAloneAndSavesRightAfterTheLoad) {
+  EchoWitness witness;
+  std::istream terminal(&witness);
+  console::SessionOptions options;
+  options.out = &out_;
+  options.terminal = &terminal;
+  session_ = std::make_unique<console::Session>(cad::Database::createDefault(), "test.dxf", options);
+  OnLoad();  // the first load writes the configuration
+  Editor().setVar("CMDECHO", std::int32_t{1});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_14"));
+  ASSERT_TRUE(witness.echoAtPrompt.has_value()) << out_.str();
+  EXPECT_EQ(*witness.echoAtPrompt, 1) << "the settings form leaves CMDECHO as it is";
+  EXPECT_EQ(GetIntVar("CMDECHO"), 1);
+  // Saved within the same second as the load's write: no failure is reported.
+  EXPECT_EQ(out_.str().find("写入操作有误"), std::string::npos) << out_.str();
+  EXPECT_TRUE(fs::exists(settings::ConfigFilePath()));
 }
 
 TEST_F(ModuleTest, CloseWithoutSavingClearsTheModifiedFlag) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <iomanip>
+#include <vector>
+
 #include "paper/scale_fitting.h"
 #include "scale_fitting_fixture.h"
 
@@ -73,6 +76,49 @@ TEST_F(ScaleFittingTest, ProportionSearchPrefersAWholeScaleOverANearerFractional
   EXPECT_EQ(PaperAt(*sheet, 13.0, true), (MyPaper{1189, 841, true}));
   // At 1:14.5 nothing fits at a whole scale: the nearest fractional one, 841 x 594 (0.36 off).
   EXPECT_EQ(PaperAt(*MakeSheet(11890 * 14.5 / 13.0, 8403 * 14.5 / 13.0), 14.5, true), (MyPaper{841, 594, true}));
+}
+
+TEST_F(ScaleFittingTest, ProportionSearchTakesScalesWithinAThousandthOfAnIntegerAsWhole) {
+  // A4 drawn at 1:25 (7425 x 5250), read at 1:10: A4 fits at 1:25, 15 off. Coordinates carry
+  // noise on either side of the integer; up to a thousandth off it is still whole.
+  struct Row {
+    double length, width;
+    MyPaper paper;
+  };
+  const MyPaper a4{297, 210, true}, a1{841, 594, true};
+  for (const Row& row : std::vector<Row>{
+           {7425, 5250, a4},
+           {7424.999999999898, 5250, a4},
+           {7425.000000000102, 5249.999999999898, a4},
+           {7424.999999999898, 5250.000000000102, a4},
+           {7425 - 0.0009 * 297, 5250, a4},  // 14.9991 off
+           {7425 + 0.0009 * 297, 5250, a4},  // 15.0009 off
+           {7425 - 0.002 * 297, 5250, a1},   // 14.998 off is fractional: A1 at 1:8.83 is nearer
+       }) {
+    SCOPED_TRACE(testing::Message() << std::setprecision(17) << row.length << " x " << row.width);
+    EXPECT_EQ(PaperAt(*MakeSheet(row.length, row.width), 10.0, true), row.paper);
+    EXPECT_EQ(PaperAt(*MakeSheet(row.width, row.length), 10.0, true), row.paper) << "upright";
+  }
+}
+
+TEST_F(ScaleFittingTest, NoisyFramesOfOneSizeGetOnePaperAndOneScale) {
+  SheetJob job;
+  // Upright and across, each side a little under or over its whole number (7424.999999999898 …).
+  for (const double noise : {0.0, -1.02e-10, 1.02e-10, -3e-12, 4.5e-11}) {
+    job.allSheets.push_back(MakeSheet(0, 0, 5250 + noise, 7425 - noise));
+    job.allSheets.push_back(MakeSheet(0, 0, 7425 + noise, 5250 - noise));
+  }
+  for (auto& s : job.allSheets) job.keptSheets.push_back(s.get());
+  SetPlotterRefresh([](const PaperList&) {});
+  const double scale = ScaleOfSheets(job.keptSheets, false);
+  EXPECT_EQ(scale, 10.0);
+  RebuildPapers(job, scale, true, true);
+  for (Plot_Drawing1* sheet : job.keptSheets) {
+    EXPECT_EQ(sheet->paperName, "TV_A4");
+    ApplyPaperToSheet(*sheet, *FindPaperByName(job.paperList, sheet->paperName));
+    EXPECT_EQ(ScaleText(sheet->scale), "1:25");
+    EXPECT_NEAR(sheet->scale, 25.0, 1e-9);
+  }
 }
 
 TEST_F(ScaleFittingTest, ApplyingAPaperSetsTheScaleAtWhichTheSheetFits) {

@@ -255,5 +255,45 @@ TEST_F(FieldTest, AVendorTextLosesItsCentringMark) {
   EXPECT_EQ(text, "图号\\PA");
 }
 
+TEST_F(FieldTest, VendorTextsAreFoundByTheFenceAndInsideBlocks) {
+  // Texts of another application, kept as proxies: position 10, height 40, text 1.
+  const auto vendorText = [&](const char* name, std::string text, Point3d at, cad::BlockRecord* block = nullptr) {
+    auto proxy = std::make_unique<cad::ProxyEntity>();
+    proxy->name = name;
+    proxy->groups = {{100, std::string("TDbText")}, {10, at.x}, {20, at.y}, {30, at.z}, {40, 4.0},
+                     {1, std::move(text)}, {7, std::string("Standard")}, {50, 0.0}};
+    return Append(std::move(proxy), block).id;
+  };
+  const ObjectId frame = Place(Frame(), {0, 0, 0}).id;
+  // Loose over the fields: the fence of "Text,MText,TCH_TEXT,TCH_MTEXT" catches them.
+  const ObjectId number = vendorText("TCH_TEXT", "^CJ-05", {330, 8, 0});
+  const ObjectId title = vendorText("TCH_MTEXT", "给排水\r\n平面图", {230, 30, 0});
+  // Inside a small block laid over the date field: found by its extents once exploded.
+  cad::BlockRecord& note = db().addBlock("NOTE");
+  vendorText("TCH_TEXT", "2025.03", {2, 2, 0}, &note);
+  AddInsert(note, {330, 44, 0});
+  Open();
+  struct Case {
+    const char* name;
+    int area;
+    std::string expected;
+    ObjectIdArray ids;  // the texts taken, when they are entities of the drawing
+  };
+  for (const Case& c : {Case{"TCH_TEXT", kAreaDrawingNo, "J-05", {number}},
+                        Case{"TCH_MTEXT", kAreaTitle, "给排水[++}平面图", {title}},
+                        Case{"in a block", kAreaDate, "2025.03", {}}}) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(Field(frame, c.area), c.expected);
+    EXPECT_EQ(ids_, c.ids);
+  }
+  // Measured as the text box they show.
+  const Extents3d box = recognition::EntityExtents(number);
+  ASSERT_FALSE(box.isEmpty());
+  EXPECT_NEAR(box.min.x, 330, 1e-6);
+  EXPECT_GT(box.max.x, 335);
+  EXPECT_NEAR(box.min.y, 8, 0.5);
+  EXPECT_NEAR(box.max.y, 12, 0.5);
+}
+
 }  // namespace
 }  // namespace tv::titleblock
