@@ -1,0 +1,81 @@
+#pragma once
+// Where the selectable entities of one space lie, so that a fence or a box looks only at the
+// entities whose selection outline can reach it. A batch asks hundreds of small selections of one
+// space; measuring every entity once and looking each selection up keeps it to the cost of what it
+// passes over.
+//
+// The index files every entity of the space under the x, y box of its selection outline (the box
+// SelectionShapeOf's outline lies in). It follows the space as the command edits it:
+// - entities appended to the space are measured when the next selection asks;
+// - erased entities keep their box and are skipped by the selections, as the plain walk skips them;
+// - an entity moved or reshaped in place, or about to be erased, is told through noteChanged().
+//   A change inside a block that the space's inserts show makes the index measure everything
+//   again at the next selection; a change in any other block (a scratch block) costs nothing.
+// Anything that edits the drawing without telling the index must drop it.
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "cad/database.h"
+#include "cad/entity_geometry.h"
+
+namespace tv::cad {
+
+class SelectionIndex {
+ public:
+  // `measurer` (nullptr = ApproximateTextMeasurer()) sizes text as the selections do with it; the
+  // drawing and the measurer must outlive the index.
+  SelectionIndex(const Database& db, const BlockRecord& space, const TextMeasurer* measurer = nullptr);
+  ~SelectionIndex();
+  SelectionIndex(const SelectionIndex&) = delete;
+  SelectionIndex& operator=(const SelectionIndex&) = delete;
+
+  const BlockRecord& space() const { return *space_; }
+  const TextMeasurer* measurer() const { return measurer_; }
+
+  // `e` (of any block) was moved or reshaped in place, or is about to be erased.
+  void noteChanged(const Entity& e);
+
+  // The entities of the space whose outline box meets the box [minX, maxX] x [minY, maxY], and
+  // those whose box is not finite, in drawing order. Entities whose outline is empty are left out;
+  // erased ones may be in.
+  void candidates(double minX, double minY, double maxX, double maxY, std::vector<const Entity*>& out);
+
+  std::size_t size() const { return entries_.size(); }
+
+ private:
+  enum class Kind : std::uint8_t { None, Bounded, Unbounded, Large };
+  struct Entry {
+    double minX = 0, minY = 0, maxX = 0, maxY = 0;
+    Kind kind = Kind::None;
+  };
+  class Measurer;
+
+  void rebuild();
+  void catchUp();
+  void measure(std::uint32_t at, Measurer& m);
+  void file(std::uint32_t at);
+  void unfile(std::uint32_t at);
+  void cellRange(double minX, double minY, double maxX, double maxY, int& c0, int& r0, int& c1, int& r1) const;
+  // Adds the block an insert or dimension shows, and every block that one shows in turn.
+  void noteShownBlocks(const Entity& e);
+  void noteShownBlock(ObjectId blockId);
+
+  const Database& db_;
+  const BlockRecord* space_;
+  const TextMeasurer* measurer_;
+  bool stale_ = false;  // a shown block changed: measure everything again
+  std::vector<Entry> entries_;                            // beside space_->entities
+  std::unordered_map<std::uint64_t, std::uint32_t> at_;   // entity id -> position
+  std::unordered_set<std::uint64_t> shownBlocks_;         // block ids the space's inserts show
+  std::vector<std::uint32_t> unbounded_, large_;          // unsorted positions
+  double originX_ = 0, originY_ = 0, cellW_ = 1, cellH_ = 1;
+  int columns_ = 0, rows_ = 0;
+  std::vector<std::vector<std::uint32_t>> cells_;  // row-major, positions
+  std::vector<std::uint32_t> seen_;                // query stamp per position
+  std::uint32_t stamp_ = 0;
+};
+
+}  // namespace tv::cad
