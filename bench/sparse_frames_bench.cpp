@@ -11,8 +11,8 @@
 //                            `tvplot titleblock` runs it with the sample library.
 // One iteration each, the drawing read outside the timing of the batch; run each case in a process
 // of its own:
-//   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000 PlotBareFrames \
-//            LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200 \
+//   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000
+//            PlotBareFrames LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
 //            LoadTitleFrames/1000 ScanTitleFrames/1000; do tvbench --benchmark_filter="$c\$|$c/"; done
 #include <benchmark/benchmark.h>
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 #include "cad/selection_index.h"
 #include "cad/selection_shape_internal.h"
@@ -297,14 +298,19 @@ struct WholeSpace {
     db.forEachEntity(space, f);
   }
 };
+// The index's candidates; `near` (may be empty) turns down an entity by its box before its outline is built.
 struct IndexedSpace {
   SelectionIndex& index;
+  std::function<bool(const Box2&)> near;
   template <class F>
   void forEach(const Box2& box, F f) const {
-    std::vector<const Entity*> found;
+    std::vector<SelectionIndex::Candidate> found;
     index.candidates(box.minX, box.minY, box.maxX, box.maxY, found);
-    for (const Entity* e : found)
-      if (!e->isErased()) f(*e);
+    for (const SelectionIndex::Candidate& c : found) {
+      if (c.entity->isErased()) continue;
+      if (near && c.bounded && !near({c.minX, c.minY, c.maxX, c.maxY})) continue;
+      f(*c.entity);
+    }
   }
 };
 
@@ -327,11 +333,17 @@ void ForEachSelectable(const Database& db, const Source& source, const Box2& rea
 }
 
 template <class Source>
-std::vector<ObjectId> FenceSelection(const Database& db, const Source& source, const std::vector<Point2d>& fence,
+std::vector<ObjectId> FenceSelection(const Database& db, Source source, const std::vector<Point2d>& fence,
                                      const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer) {
   std::vector<ObjectId> ids;
   FenceIndex index(fence);
   if (index.empty()) return ids;
+  if constexpr (std::is_same_v<Source, IndexedSpace>) {
+    // Only entities whose box a segment passes through can be crossed: the rest of the fence's
+    // bounds (most of a zigzag's) is left alone.
+    std::vector<std::uint32_t> near;
+    source.near = [&index, near](const Box2& b) mutable { return index.query(b, near); };
+  }
   FenceVisitor v{index, {}};
   std::vector<Point2d> scratch;
   const Matrix3d identity;
@@ -402,12 +414,12 @@ std::vector<ObjectId> SelectByBox(const Database& db, const BlockRecord& space, 
 
 std::vector<ObjectId> SelectByFence(const Database& db, SelectionIndex& index, const std::vector<Point2d>& fence,
                                     const std::function<bool(const Entity&)>& accept) {
-  return FenceSelection(db, IndexedSpace{index}, fence, accept, index.measurer());
+  return FenceSelection(db, IndexedSpace{index, {}}, fence, accept, index.measurer());
 }
 
 std::vector<ObjectId> SelectByBox(const Database& db, SelectionIndex& index, Point2d corner1, Point2d corner2, bool crossing,
                                   const std::function<bool(const Entity&)>& accept) {
-  return BoxSelection(db, IndexedSpace{index}, corner1, corner2, crossing, accept, index.measurer());
+  return BoxSelection(db, IndexedSpace{index, {}}, corner1, corner2, crossing, accept, index.measurer());
 }
 
 }  // namespace tv::cad

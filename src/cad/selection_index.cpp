@@ -42,6 +42,19 @@ void SelectionIndex::measure(std::uint32_t at, Measurer& m) {
   Entry& entry = entries_[at];
   entry = {};
   noteShownBlocks(e);
+  // A circle or an arc in the XY plane lies within its circle's square: no need to flatten it.
+  const auto* circle = As<Circle>(&e);
+  const auto* arc = circle ? nullptr : As<Arc>(&e);
+  if ((circle || arc) && (circle ? circle->normal : arc->normal) == Vector3d::zAxis()) {
+    const Point3d c = circle ? circle->center : arc->center;
+    const double r = std::abs(circle ? circle->radius : arc->radius);
+    const double grow = 1e-9 * (std::max(std::abs(c.x), std::abs(c.y)) + r + 1.0);
+    const double minX = c.x - r - grow, minY = c.y - r - grow, maxX = c.x + r + grow, maxY = c.y + r + grow;
+    if (std::isfinite(minX) && std::isfinite(minY) && std::isfinite(maxX) && std::isfinite(maxY)) {
+      entry = {minX, minY, maxX, maxY, Kind::Bounded};
+      return;
+    }
+  }
   m.builder.build(e, m.shape);
   if (m.shape.empty()) return;
   const Box2 b = ProjectBox(m.shape.box, Matrix3d{});
@@ -204,7 +217,7 @@ void SelectionIndex::noteChanged(const Entity& e) {
   if (block && shownBlocks_.contains(block->id.value)) stale_ = true;
 }
 
-void SelectionIndex::candidates(double minX, double minY, double maxX, double maxY, std::vector<const Entity*>& out) {
+void SelectionIndex::candidates(double minX, double minY, double maxX, double maxY, std::vector<Candidate>& out) {
   out.clear();
   catchUp();
   std::vector<std::uint32_t> hits(unbounded_);
@@ -229,7 +242,10 @@ void SelectionIndex::candidates(double minX, double minY, double maxX, double ma
       }
   std::sort(hits.begin(), hits.end());
   out.reserve(hits.size());
-  for (const std::uint32_t at : hits) out.push_back(space_->entities[at].get());
+  for (const std::uint32_t at : hits) {
+    const Entry& b = entries_[at];
+    out.push_back({space_->entities[at].get(), b.minX, b.minY, b.maxX, b.maxY, b.kind != Kind::Unbounded});
+  }
 }
 
 }  // namespace tv::cad

@@ -38,10 +38,16 @@ class SelectionIndex {
   // `e` (of any block) was moved or reshaped in place, or is about to be erased.
   void noteChanged(const Entity& e);
 
+  // An entity and the box its outline lies in (none when the outline is not finite).
+  struct Candidate {
+    const Entity* entity = nullptr;
+    double minX = 0, minY = 0, maxX = 0, maxY = 0;
+    bool bounded = false;
+  };
   // The entities of the space whose outline box meets the box [minX, maxX] x [minY, maxY], and
   // those whose box is not finite, in drawing order. Entities whose outline is empty are left out;
   // erased ones may be in.
-  void candidates(double minX, double minY, double maxX, double maxY, std::vector<const Entity*>& out);
+  void candidates(double minX, double minY, double maxX, double maxY, std::vector<Candidate>& out);
 
   std::size_t size() const { return entries_.size(); }
 
