@@ -18,6 +18,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "cad/box_grid.h"
 #include "cad/database.h"
 #include "cad/entity_geometry.h"
 
@@ -49,22 +50,15 @@ class SelectionIndex {
   // erased ones may be in.
   void candidates(double minX, double minY, double maxX, double maxY, std::vector<Candidate>& out);
 
-  std::size_t size() const { return entries_.size(); }
-
  private:
-  enum class Kind : std::uint8_t { None, Bounded, Unbounded, Large };
-  struct Entry {
-    double minX = 0, minY = 0, maxX = 0, maxY = 0;
-    Kind kind = Kind::None;
-  };
   class Measurer;
 
   void rebuild();
   void catchUp();
-  void measure(std::uint32_t at, Measurer& m);
-  void file(std::uint32_t at);
-  void unfile(std::uint32_t at);
-  void cellRange(double minX, double minY, double maxX, double maxY, int& c0, int& r0, int& c1, int& r1) const;
+  // The box of the entity at `at`: false when its outline is empty, `box` untouched and `bounded`
+  // false when its outline is not finite.
+  bool measure(std::uint32_t at, Measurer& m, BoxGrid::Box& box, bool& bounded);
+  void refile(std::uint32_t at, Measurer& m);
   // Adds the block an insert or dimension shows, and every block that one shows in turn.
   void noteShownBlocks(const Entity& e);
   void noteShownBlock(ObjectId blockId);
@@ -72,16 +66,12 @@ class SelectionIndex {
   const Database& db_;
   const BlockRecord* space_;
   const TextMeasurer* measurer_;
-  bool stale_ = false;  // a shown block changed: measure everything again
-  std::vector<Entry> entries_;                            // beside space_->entities
-  std::unordered_map<std::uint64_t, std::uint32_t> at_;   // entity id -> position
-  std::unordered_set<std::uint64_t> shownBlocks_;         // block ids the space's inserts show
-  std::vector<std::uint32_t> unbounded_, large_;          // unsorted positions
-  double originX_ = 0, originY_ = 0, cellW_ = 1, cellH_ = 1;
-  int columns_ = 0, rows_ = 0;
-  std::vector<std::vector<std::uint32_t>> cells_;  // row-major, positions
-  std::vector<std::uint32_t> seen_;                // query stamp per position
-  std::uint32_t stamp_ = 0;
+  bool stale_ = false;        // a shown block changed: measure everything again
+  std::size_t measured_ = 0;  // entities of the space's list looked at
+  BoxGrid grid_;              // by position in the space's list
+  std::unordered_map<std::uint64_t, std::uint32_t> at_;  // entity id -> position
+  std::unordered_set<std::uint64_t> shownBlocks_;        // block ids the space's inserts show
+  std::vector<std::uint32_t> hits_;
 };
 
 }  // namespace tv::cad
