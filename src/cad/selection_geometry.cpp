@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 #include "cad/layout_viewport.h"
+#include "cad/selection_index.h"
 #include "cad/selection_shape_internal.h"
 
 namespace tv::cad {
@@ -107,6 +109,8 @@ class FenceIndex {
   }
 
   bool empty() const { return segments_.empty(); }
+  // Every segment lies in this box, grown by its tolerance.
+  const Box2& bounds() const { return bounds_; }
   const FenceSegment& segment(std::uint32_t i) const { return segments_[i]; }
 
   // The segments passing through `box` (within their tolerance), into `out`; false when there are none.
@@ -286,14 +290,42 @@ struct CollectVisitor {
   }
 };
 
-// Runs `f(entity, shape)` for the entities of `space` a selection may take, in drawing order.
-template <class F>
-void ForEachSelectable(const Database& db, const BlockRecord& space, const std::function<bool(const Entity&)>& accept,
+// What a selection walks: every entity of the space in drawing order, or the index's candidates.
+struct WholeSpace {
+  const Database& db;
+  const BlockRecord& space;
+  ObjectId layoutViewport() const { return LayoutViewportOf(db, space); }
+  template <class F>
+  void forEach(const Box2&, F f) const {
+    db.forEachEntity(space, f);
+  }
+};
+// The index's candidates; `near` (may be empty) turns down an entity by its box before its outline is built.
+struct IndexedSpace {
+  SelectionIndex& index;
+  std::function<bool(const Box2&)> near;
+  ObjectId layoutViewport() const { return index.layoutViewport(); }
+  template <class F>
+  void forEach(const Box2& box, F f) const {
+    std::vector<SelectionIndex::Candidate> found;
+    index.candidates(box.minX, box.minY, box.maxX, box.maxY, found);
+    for (const SelectionIndex::Candidate& c : found) {
+      if (c.entity->isErased()) continue;
+      if (near && c.bounded && !near({c.minX, c.minY, c.maxX, c.maxY})) continue;
+      f(*c.entity);
+    }
+  }
+};
+
+// Runs `f(entity, shape)` for the entities of `source` a selection may take whose outline may
+// reach `reach`, in drawing order.
+template <class Source, class F>
+void ForEachSelectable(const Database& db, const Source& source, const Box2& reach, const std::function<bool(const Entity&)>& accept,
                        const TextMeasurer* measurer, F f) {
   ShapeBuilder builder(db, measurer ? *measurer : ApproximateTextMeasurer());
   Shape shape;
-  const ObjectId sheet = LayoutViewportOf(db, space);
-  db.forEachEntity(space, [&](const Entity& e) {
+  const ObjectId sheet = source.layoutViewport();
+  source.forEach(reach, [&](const Entity& e) {
     if (!e.isVisible()) return;
     // Markers and previews are not drawing content; the paper space's own viewport is the sheet.
     if (const auto* custom = As<CustomEntity>(&e); custom && custom->isTransient()) return;
@@ -302,6 +334,62 @@ void ForEachSelectable(const Database& db, const BlockRecord& space, const std::
     builder.build(e, shape);
     if (!shape.empty()) f(e, shape);
   });
+}
+
+template <class Source>
+std::vector<ObjectId> FenceSelection(const Database& db, Source source, const std::vector<Point2d>& fence,
+                                     const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer) {
+  std::vector<ObjectId> ids;
+  FenceIndex index(fence);
+  if (index.empty()) return ids;
+  if constexpr (std::is_same_v<Source, IndexedSpace>) {
+    // Only entities whose box a segment passes through can be crossed: the rest of the fence's
+    // bounds (most of a zigzag's) is left alone.
+    std::vector<std::uint32_t> near;
+    source.near = [&index, near](const Box2& b) mutable { return index.query(b, near); };
+  }
+  FenceVisitor v{index, {}};
+  std::vector<Point2d> scratch;
+  const Matrix3d identity;
+  ForEachSelectable(db, source, index.bounds(), accept, measurer, [&](const Entity& e, const Shape& shape) {
+    v.hit = false;
+    // One box test for the whole entity first, unless it is a single piece (tested anyway).
+    if (shape.own.pieces.size() + shape.placements.size() > 1 && v.box(ProjectBox(shape.box, identity)) == Verdict::Skip) return;
+    std::size_t work = 0;
+    Walk(shape, identity, v, scratch, work);
+    if (v.hit) ids.push_back(e.id);
+  });
+  return ids;
+}
+
+template <class Source>
+std::vector<ObjectId> BoxSelection(const Database& db, const Source& source, Point2d corner1, Point2d corner2, bool crossing,
+                                   const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer) {
+  std::vector<ObjectId> ids;
+  Box2 window{std::min(corner1.x, corner2.x), std::min(corner1.y, corner2.y), std::max(corner1.x, corner2.x), std::max(corner1.y, corner2.y)};
+  if (!window.finite()) return ids;
+  // Edges count as inside: grow the box by the rounding noise of its coordinates.
+  const double tol = kRelativeTolerance * std::max({std::abs(window.minX), std::abs(window.minY), std::abs(window.maxX),
+                                                    std::abs(window.maxY), window.maxX - window.minX, window.maxY - window.minY});
+  window = {window.minX - tol, window.minY - tol, window.maxX + tol, window.maxY + tol};
+  std::vector<Point2d> scratch;
+  const Matrix3d identity;
+  ForEachSelectable(db, source, window, accept, measurer, [&](const Entity& e, const Shape& shape) {
+    std::size_t work = 0;
+    bool selected = false;
+    if (crossing) {
+      CrossingVisitor v{window};
+      Walk(shape, identity, v, scratch, work);
+      selected = v.hit;
+    } else {
+      WindowVisitor v{window};
+      const bool stopped = Walk(shape, identity, v, scratch, work);
+      // A walk cut short by the work limit proved nothing.
+      selected = v.any && !v.outside && !(stopped && work > kMaxWalk);
+    }
+    if (selected) ids.push_back(e.id);
+  });
+  return ids;
 }
 
 }  // namespace
@@ -320,50 +408,22 @@ SelectionShape SelectionShapeOf(const Entity& e, const Database& db, const TextM
 
 std::vector<ObjectId> SelectByFence(const Database& db, const BlockRecord& space, const std::vector<Point2d>& fence,
                                     const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer) {
-  std::vector<ObjectId> ids;
-  FenceIndex index(fence);
-  if (index.empty()) return ids;
-  FenceVisitor v{index, {}};
-  std::vector<Point2d> scratch;
-  const Matrix3d identity;
-  ForEachSelectable(db, space, accept, measurer, [&](const Entity& e, const Shape& shape) {
-    v.hit = false;
-    // One box test for the whole entity first, unless it is a single piece (tested anyway).
-    if (shape.own.pieces.size() + shape.placements.size() > 1 && v.box(ProjectBox(shape.box, identity)) == Verdict::Skip) return;
-    std::size_t work = 0;
-    Walk(shape, identity, v, scratch, work);
-    if (v.hit) ids.push_back(e.id);
-  });
-  return ids;
+  return FenceSelection(db, WholeSpace{db, space}, fence, accept, measurer);
 }
 
 std::vector<ObjectId> SelectByBox(const Database& db, const BlockRecord& space, Point2d corner1, Point2d corner2, bool crossing,
                                   const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer) {
-  std::vector<ObjectId> ids;
-  Box2 window{std::min(corner1.x, corner2.x), std::min(corner1.y, corner2.y), std::max(corner1.x, corner2.x), std::max(corner1.y, corner2.y)};
-  if (!window.finite()) return ids;
-  // Edges count as inside: grow the box by the rounding noise of its coordinates.
-  const double tol = kRelativeTolerance * std::max({std::abs(window.minX), std::abs(window.minY), std::abs(window.maxX),
-                                                    std::abs(window.maxY), window.maxX - window.minX, window.maxY - window.minY});
-  window = {window.minX - tol, window.minY - tol, window.maxX + tol, window.maxY + tol};
-  std::vector<Point2d> scratch;
-  const Matrix3d identity;
-  ForEachSelectable(db, space, accept, measurer, [&](const Entity& e, const Shape& shape) {
-    std::size_t work = 0;
-    bool selected = false;
-    if (crossing) {
-      CrossingVisitor v{window};
-      Walk(shape, identity, v, scratch, work);
-      selected = v.hit;
-    } else {
-      WindowVisitor v{window};
-      const bool stopped = Walk(shape, identity, v, scratch, work);
-      // A walk cut short by the work limit proved nothing.
-      selected = v.any && !v.outside && !(stopped && work > kMaxWalk);
-    }
-    if (selected) ids.push_back(e.id);
-  });
-  return ids;
+  return BoxSelection(db, WholeSpace{db, space}, corner1, corner2, crossing, accept, measurer);
+}
+
+std::vector<ObjectId> SelectByFence(const Database& db, SelectionIndex& index, const std::vector<Point2d>& fence,
+                                    const std::function<bool(const Entity&)>& accept) {
+  return FenceSelection(db, IndexedSpace{index, {}}, fence, accept, index.measurer());
+}
+
+std::vector<ObjectId> SelectByBox(const Database& db, SelectionIndex& index, Point2d corner1, Point2d corner2, bool crossing,
+                                  const std::function<bool(const Entity&)>& accept) {
+  return BoxSelection(db, IndexedSpace{index, {}}, corner1, corner2, crossing, accept, index.measurer());
 }
 
 }  // namespace tv::cad

@@ -10,6 +10,8 @@
 
 namespace tv::cad {
 
+class SelectionIndex;
+
 // The outline of one entity as a selection sees it, in x, y of its space's WCS: polylines (a
 // closed one repeats its first point; a POINT is a one-point path) and filled areas (polygons,
 // implicitly closed). Curves are flattened to within 1/10000 of their radius (size for splines).
@@ -46,5 +48,12 @@ std::vector<ObjectId> SelectByFence(const Database& db, const BlockRecord& space
 // areas contain it. Same filtering and order as SelectByFence.
 std::vector<ObjectId> SelectByBox(const Database& db, const BlockRecord& space, Point2d corner1, Point2d corner2, bool crossing,
                                   const std::function<bool(const Entity&)>& accept, const TextMeasurer* measurer = nullptr);
+
+// The same selections through an index of the space: the same ids in the same order as the walk
+// over the whole space gives, text sized by the index's measurer.
+std::vector<ObjectId> SelectByFence(const Database& db, SelectionIndex& index, const std::vector<Point2d>& fence,
+                                    const std::function<bool(const Entity&)>& accept);
+std::vector<ObjectId> SelectByBox(const Database& db, SelectionIndex& index, Point2d corner1, Point2d corner2, bool crossing,
+                                  const std::function<bool(const Entity&)>& accept);
 
 }  // namespace tv::cad

@@ -51,6 +51,7 @@ void ConsoleEditor::runCommandBody(const RegisteredCommand& command) {
   if (!command.body) return;
   // What an earlier command measured may have been edited since.
   plotIndexes_.clear();
+  selectionIndexes_.clear();
   try {
     command.body();
   } catch (const std::exception& e) {

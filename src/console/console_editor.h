@@ -16,6 +16,7 @@
 #include <sys/types.h>
 
 #include "cad/database.h"
+#include "cad/selection_index.h"
 #include "console/answer_source.h"
 #include "console/host_folders.h"
 #include "console/progress_line.h"
@@ -108,6 +109,11 @@ class ConsoleEditor final : public host::Editor {
 
   AnswerSource& answers() { return answers_; }
   SystemVariables& variables() { return variables_; }
+  // The index the selections of the running command use in `space`, brought up to date.
+  cad::SelectionIndex& selectionIndex(const cad::BlockRecord& space);
+  // The drawing changed under the indexes (see host::WorkingDrawing::onEntityChange).
+  void noteEntityChange(const cad::Entity& e);
+
   // The first prompt an unattended run could not answer.
   const std::optional<std::string>& unansweredPrompt() const { return unanswered_; }
   bool closeRequested() const { return closeRequested_; }
@@ -160,6 +166,9 @@ class ConsoleEditor final : public host::Editor {
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;
+  // Indexes of the spaces the running command selects in, made at its first selection there and
+  // kept up to date through its edits; dropped when the next command starts.
+  std::map<ObjectId, std::unique_ptr<cad::SelectionIndex>> selectionIndexes_;
   std::vector<std::string> messages_;
   int lastListRows_ = -1;
   std::unique_ptr<ProgressLine> progress_;

@@ -87,6 +87,16 @@ std::optional<SelectionAnswer> ParseSelectionAnswer(std::string_view text) {
 
 }  // namespace
 
+cad::SelectionIndex& ConsoleEditor::selectionIndex(const cad::BlockRecord& space) {
+  std::unique_ptr<cad::SelectionIndex>& index = selectionIndexes_[space.id];
+  if (!index || &index->space() != &space) index = std::make_unique<cad::SelectionIndex>(db_, space);
+  return *index;
+}
+
+void ConsoleEditor::noteEntityChange(const cad::Entity& e) {
+  for (auto& [space, index] : selectionIndexes_) index->noteChanged(e);
+}
+
 int ConsoleEditor::select(std::string_view mode, const std::vector<std::string>& prompts,
                           const std::vector<Point3d>& points, const host::SelectionFilter& filter, ObjectIdArray& ids) {
   const std::optional<EntityFilter> compiled = EntityFilter::Compile(filter);
@@ -118,11 +128,11 @@ int ConsoleEditor::select(std::string_view mode, const std::vector<std::string>&
   const Matrix3d ucs = currentUcs();
   if (m == "F") {
     if (points.size() < 2) return RTERROR;
-    return Finish(cad::SelectByFence(db_, *space, ToWorld2d(points, ucs), VisibleAndAccepted(db_, f)), ids);
+    return Finish(cad::SelectByFence(db_, selectionIndex(*space), ToWorld2d(points, ucs), VisibleAndAccepted(db_, f)), ids);
   }
   if (m == "W" || m == "C") {
     if (points.size() < 2) return RTERROR;
-    return Finish(SelectByUserBox(db_, *space, points[0], points[1], m == "C", ucs, VisibleAndAccepted(db_, f)), ids);
+    return Finish(SelectByUserBox(db_, selectionIndex(*space), points[0], points[1], m == "C", ucs, VisibleAndAccepted(db_, f)), ids);
   }
   return RTERROR;
 }
@@ -159,11 +169,11 @@ int ConsoleEditor::selectInteractively(const std::vector<std::string>& prompts, 
         }
         break;
       case SelectionAnswer::Kind::Fence:
-        found = cad::SelectByFence(db_, *space, ToWorld2d(answer->points, ucs), VisibleAndAccepted(db_, filter));
+        found = cad::SelectByFence(db_, selectionIndex(*space), ToWorld2d(answer->points, ucs), VisibleAndAccepted(db_, filter));
         break;
       case SelectionAnswer::Kind::Window:
       case SelectionAnswer::Kind::Crossing:
-        found = SelectByUserBox(db_, *space, answer->points[0], answer->points[1],
+        found = SelectByUserBox(db_, selectionIndex(*space), answer->points[0], answer->points[1],
                                 answer->kind == SelectionAnswer::Kind::Crossing, ucs, VisibleAndAccepted(db_, filter));
         break;
     }

@@ -40,6 +40,7 @@ Session::Session(cad::Database db, std::string path, SessionOptions options)
   host::SetWorkingDatabase(&state_->db);
   state_->editor = std::make_unique<ConsoleEditor>(state_->db, state_->path, options);
   host::SetEditor(state_->editor.get());
+  host::Working().onEntityChange = [editor = state_->editor.get()](const cad::Entity& e) { editor->noteEntityChange(e); };
 }
 
 Session::~Session() {

@@ -96,11 +96,11 @@ bool Touches(const cad::SelectionShape& shape, const Box& box, const Matrix3d& w
 
 }  // namespace
 
-std::vector<ObjectId> SelectByUserBox(const cad::Database& db, const cad::BlockRecord& space, Point3d corner1,
+std::vector<ObjectId> SelectByUserBox(const cad::Database& db, cad::SelectionIndex& index, Point3d corner1,
                                       Point3d corner2, bool crossing, const Matrix3d& ucsToWorld,
                                       const std::function<bool(const cad::Entity&)>& accept) {
   if (AxisAligned(ucsToWorld)) {
-    return cad::SelectByBox(db, space, ucsToWorld.transform(corner1).to2d(), ucsToWorld.transform(corner2).to2d(),
+    return cad::SelectByBox(db, index, ucsToWorld.transform(corner1).to2d(), ucsToWorld.transform(corner2).to2d(),
                             crossing, accept);
   }
   const Box box{std::min(corner1.x, corner2.x), std::min(corner1.y, corner2.y), std::max(corner1.x, corner2.x),
@@ -111,10 +111,10 @@ std::vector<ObjectId> SelectByUserBox(const cad::Database& db, const cad::BlockR
   const Matrix3d worldToUcs = ucsToWorld.inverse().value_or(Matrix3d::identity());
   // Whatever the turned box selects meets the world box around it.
   std::vector<ObjectId> found;
-  for (ObjectId id : cad::SelectByBox(db, space, worldBox.min.to2d(), worldBox.max.to2d(), true, accept)) {
+  for (ObjectId id : cad::SelectByBox(db, index, worldBox.min.to2d(), worldBox.max.to2d(), true, accept)) {
     const cad::Entity* e = db.entity(id);
     if (!e) continue;
-    const cad::SelectionShape shape = cad::SelectionShapeOf(*e, db);
+    const cad::SelectionShape shape = cad::SelectionShapeOf(*e, db, index.measurer());
     if (crossing ? Touches(shape, box, worldToUcs) : Inside(shape, box, worldToUcs)) found.push_back(id);
   }
   return found;

@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "cad/database.h"
+#include "cad/selection_index.h"
 
 namespace tv::console {
 
-std::vector<ObjectId> SelectByUserBox(const cad::Database& db, const cad::BlockRecord& space, Point3d corner1,
+// The index's space is searched.
+std::vector<ObjectId> SelectByUserBox(const cad::Database& db, cad::SelectionIndex& index, Point3d corner1,
                                       Point3d corner2, bool crossing, const Matrix3d& ucsToWorld,
                                       const std::function<bool(const cad::Entity&)>& accept);
 

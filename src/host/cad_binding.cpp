@@ -25,6 +25,10 @@ void SetWorkingDatabase(cad::Database* db) {
 cad::Database* WorkingDatabase() { return g_working.db; }
 WorkingDrawing& Working() { return g_working; }
 
+void NoteEntityChange(const cad::Entity& e) {
+  if (g_working.onEntityChange) g_working.onEntityChange(e);
+}
+
 ObjectId CurrentSpaceBlockId() {
   cad::Database* db = g_working.db;
   if (!db) return {};

@@ -1,6 +1,7 @@
 #pragma once
 // How this platform's drawing model stands behind the seam. Seen only by the seam's
 // implementation and by the console host, never by the logic.
+#include <functional>
 #include <string>
 
 #include "cad/database.h"
@@ -13,7 +14,13 @@ struct WorkingDrawing {
   cad::Database* db = nullptr;
   // The current layout: its paper space is the current space, or model space for "Model".
   ObjectId currentLayout;
+  // Told of every entity the seam moves or edits in place, is about to erase, or has appended,
+  // so that the host's indexes of the drawing follow it.
+  std::function<void(const cad::Entity&)> onEntityChange;
 };
+
+// Tells the working drawing's listener, if any, that `e` changed.
+void NoteEntityChange(const cad::Entity& e);
 
 // Installs the working drawing (nullptr detaches it); the current layout starts as the one the
 // file was saved with ($TILEMODE 1 = model).

@@ -44,13 +44,16 @@ ObjectId AppendToSpace(Entity entity, int colorIndex, ObjectId layerId, ObjectId
   impl->entity = nullptr;
   if (colorIndex >= 1 && colorIndex <= 256) e->colorIndex = static_cast<std::int16_t>(colorIndex);
   if (!layerId.isNull() && db->objectAs<cad::Layer>(layerId)) e->layer = layerId;
-  return db->appendEntity(*record, std::move(e)).id;
+  const cad::Entity& added = db->appendEntity(*record, std::move(e));
+  NoteEntityChange(added);
+  return added.id;
 }
 
 bool EraseEntity(ObjectId id) {
   cad::Database* db = WorkingDatabase();
   if (!db) return false;
   LayerUnlock unlock(LayerOfEntity(*db, id));
+  if (const cad::Entity* e = db->entity(id)) NoteEntityChange(*e);
   return db->erase(id);
 }
 
@@ -62,8 +65,10 @@ bool EraseEntities(ObjectIdArray& ids) {
   } else if (!ids.empty()) {
     // The entities of one call are markers of one kind, on one layer.
     LayerUnlock unlock(LayerOfEntity(*db, ids.front()));
-    for (ObjectId id : ids)
+    for (ObjectId id : ids) {
+      if (const cad::Entity* e = db->entity(id)) NoteEntityChange(*e);
       if (!db->erase(id)) all = false;
+    }
   }
   ids.clear();
   return all;
@@ -74,7 +79,10 @@ bool TransformEntity(ObjectId id, const Matrix3d& xf) {
   cad::Entity* e = db ? db->entity(id) : nullptr;
   if (!e) return false;
   LayerUnlock unlock(db->objectAs<cad::Layer>(e->layer));
-  if (!cad::TransformBy(*e, xf)) return false;
+  const bool moved = cad::TransformBy(*e, xf);
+  // A transform that fails may have changed the entity part way.
+  NoteEntityChange(*e);
+  if (!moved) return false;
   CurrentEditor().setModified(true);
   return true;
 }
@@ -101,6 +109,8 @@ bool ModifyCustomEntity(ObjectId id, const std::function<bool(CustomEntity&)>& e
   CustomEntity* custom = e ? MutableCustomOf(*e) : nullptr;
   if (!custom) return false;
   if (edit && edit(*custom)) CurrentEditor().setModified(true);
+  // The edit may have changed the outline whatever it answered.
+  NoteEntityChange(*e);
   return true;
 }
 

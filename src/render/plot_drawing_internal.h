@@ -103,6 +103,8 @@ class DrawingPlotter {
   double minPenMm_ = 0.1;       // every line at least this wide; with lineweights off, all lines
   std::size_t work_ = 0;        // entities visited, capped against runaway nesting
   std::map<std::string, cairo_surface_t*> pictures_;  // loaded image files (nullptr = unreadable)
+  // The own viewport of each layout drawn, looked up once: a layout may hold many viewports.
+  std::map<std::uint64_t, cad::ObjectId> layoutViewports_;
 };
 
 // Appends the points of a polyline segment from `a` (not repeated) to `b`: a straight segment gives

@@ -370,7 +370,13 @@ bool DrawingPlotter::outlineOf(const cad::Entity& e, const DrawContext& ctx, Pol
 
 void DrawingPlotter::drawViewport(const cad::Viewport& vp, bool edge, const Look& look, const DrawContext& ctx) {
   // Viewports show model space only from a layout, and the layout's own viewport is the sheet.
-  if (ctx.depth > 0 || ctx.inViewport || cad::IsLayoutViewport(db_, vp) || !(vp.width > 0) || !(vp.height > 0) || !(vp.viewHeight > 0)) return;
+  if (ctx.depth > 0 || ctx.inViewport || !(vp.width > 0) || !(vp.height > 0) || !(vp.viewHeight > 0)) return;
+  auto own = layoutViewports_.find(vp.owner.value);
+  if (own == layoutViewports_.end()) {
+    const auto* space = db_.objectAs<cad::BlockRecord>(vp.owner);
+    own = layoutViewports_.emplace(vp.owner.value, space ? cad::LayoutViewportOf(db_, *space) : cad::ObjectId{}).first;
+  }
+  if (own->second == vp.id) return;
   const double hw = vp.width / 2, hh = vp.height / 2;
   Polyline2d border;
   if (!toPage(ctx.toPage,

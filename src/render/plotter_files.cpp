@@ -5,8 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <mutex>
 #include <string_view>
 #include <system_error>
+
+#include <sys/stat.h>
 
 #include "cad/codepage.h"
 
@@ -194,7 +198,56 @@ std::vector<PlotterMedium> MediaOf(const Group& root) {
 
 }  // namespace
 
+namespace {
+
+// Which version of a file was read: a rewritten file differs in one of these.
+struct FileStamp {
+  bool exists = false;
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  std::int64_t seconds = 0, nanoseconds = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+
+FileStamp StampOf(const std::string& path) {
+  struct stat st {};
+  if (path.empty() || ::stat(path.c_str(), &st) != 0) return {};
+  return {true, st.st_dev, st.st_ino, st.st_size, static_cast<std::int64_t>(st.st_mtim.tv_sec),
+          static_cast<std::int64_t>(st.st_mtim.tv_nsec)};
+}
+
+struct ReadConfig {
+  FileStamp pc3, model;
+  std::string modelFile;
+  PlotterConfig config;
+};
+
+std::optional<PlotterConfig> ReadPlotterConfigFresh(const std::string& pc3Path, std::string* error, std::string& modelFile);
+
+}  // namespace
+
+// A batch asks for the same device's media many times a sheet: the files are parsed again only
+// when they changed on disk.
 std::optional<PlotterConfig> ReadPlotterConfig(const std::string& pc3Path, std::string* error) {
+  static std::mutex mutex;
+  static std::map<std::string, ReadConfig> read;
+  const std::lock_guard lock(mutex);
+  const FileStamp pc3 = StampOf(pc3Path);
+  if (auto it = read.find(pc3Path); it != read.end() && pc3.exists && it->second.pc3 == pc3 &&
+                                     it->second.model == StampOf(it->second.modelFile) &&
+                                     LocateModel(pc3Path, it->second.config.modelPath) == it->second.modelFile)
+    return it->second.config;
+  std::string modelFile;
+  std::optional<PlotterConfig> config = ReadPlotterConfigFresh(pc3Path, error, modelFile);
+  if (config && pc3.exists && pc3 == StampOf(pc3Path)) read[pc3Path] = {pc3, StampOf(modelFile), modelFile, *config};
+  else read.erase(pc3Path);
+  return config;
+}
+
+namespace {
+
+std::optional<PlotterConfig> ReadPlotterConfigFresh(const std::string& pc3Path, std::string* error, std::string& modelFile) {
   Group root;
   if (!ParseFile(pc3Path, root, error)) return std::nullopt;
   const Group* meta = root.group("meta");
@@ -226,7 +279,8 @@ std::optional<PlotterConfig> ReadPlotterConfig(const std::string& pc3Path, std::
   }
 
   config.media = MediaOf(root);  // a configuration may carry its media itself
-  if (const std::string model = LocateModel(pc3Path, config.modelPath); !model.empty()) {
+  modelFile = LocateModel(pc3Path, config.modelPath);
+  if (const std::string& model = modelFile; !model.empty()) {
     Group modelRoot;
     if (ParseFile(model, modelRoot, nullptr)) {
       std::vector<PlotterMedium> media = MediaOf(modelRoot);
@@ -235,6 +289,8 @@ std::optional<PlotterConfig> ReadPlotterConfig(const std::string& pc3Path, std::
   }
   return config;
 }
+
+}  // namespace
 
 std::optional<PlotStyleTable> ReadPlotStyleTable(const std::string& ctbPath, std::string* error) {
   Group root;

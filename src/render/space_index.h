@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "cad/box_grid.h"
 #include "cad/database.h"
 
 namespace tv::render {
@@ -25,23 +26,12 @@ class SpaceIndex {
   std::size_t size() const { return entities_.size(); }
 
  private:
-  struct Box {
-    double minX, minY, maxX, maxY;
-  };
-  void cellRange(double minX, double minY, double maxX, double maxY, int& c0, int& r0, int& c1, int& r1) const;
-
   const cad::BlockRecord* space_;
   const void* listData_;
   std::size_t listSize_;
   std::vector<const cad::Entity*> entities_;  // drawing order
-  std::vector<Box> boxes_;                    // beside entities_
-  std::vector<std::size_t> unbounded_;        // entities without extents: always drawn
-  std::vector<std::size_t> large_;            // entities spanning many cells
-  double originX_ = 0, originY_ = 0, cellW_ = 1, cellH_ = 1;
-  int columns_ = 0, rows_ = 0;
-  std::vector<std::vector<std::size_t>> cells_;  // row-major, entity positions in drawing order
-  mutable std::vector<std::size_t> seen_;        // query stamp per entity
-  mutable std::size_t stamp_ = 0;
+  cad::BoxGrid grid_;                          // by position in entities_
+  mutable std::vector<std::uint32_t> hits_;
 };
 
 }  // namespace tv::render

@@ -6,6 +6,8 @@
 #include "console/text_match.h"
 #include "console_test_support.h"
 #include "host/editor.h"
+#include "host/entity.h"
+#include "host/wrappers.h"
 
 namespace tv::console {
 namespace {
@@ -223,6 +225,46 @@ TEST_F(ConsoleSelection, PaperSpaceSelectsItsOwnEntities) {
   ids.clear();
   EXPECT_EQ(CurrentEditor().select("_:$", kPrompts, {}, {}, ids), RTNORM);
   EXPECT_EQ(ids.size(), 6u);
+}
+
+// The selections of one command see what the command did to the drawing since its last selection:
+// entities moved, appended, erased, and a block its inserts show grown.
+TEST_F(ConsoleSelection, SelectionsFollowTheEditsOfTheCommand) {
+  Plan q;
+  ScriptedSession s(BuildPlan(q));
+  const auto fence = [](std::vector<Point3d> points) {
+    ObjectIdArray ids;
+    SelectFence(points, ids);
+    return ids;
+  };
+  const auto window = [](Point3d a, Point3d b) {
+    ObjectIdArray ids;
+    CurrentEditor().select("W", {}, {a, b}, {}, ids);
+    return ids;
+  };
+  const std::vector<Point3d> across{{0, -10}, {100, -10}};
+  EXPECT_TRUE(fence(across).empty());
+  EXPECT_EQ(window({-1, -1}, {11, 1}), (ObjectIdArray{p.line}));
+
+  ASSERT_TRUE(TransformEntity(p.circle, Matrix3d::translation({0, -12, 0})));
+  EXPECT_EQ(fence(across), (ObjectIdArray{p.circle}));
+  ASSERT_TRUE(TransformEntity(p.line, Matrix3d::translation({500, 0, 0})));
+  EXPECT_TRUE(window({-1, -1}, {11, 1}).empty());
+  EXPECT_EQ(window({499, -1}, {511, 1}), (ObjectIdArray{p.line}));
+
+  const ObjectId added = AppendToSpace(NewLine({5, -20, 0}, {5, 0, 0}), 0, {});
+  ASSERT_FALSE(added.isNull());
+  EXPECT_EQ(fence(across), (ObjectIdArray{p.circle, added}));
+  ASSERT_TRUE(EraseEntity(p.circle));
+  EXPECT_EQ(fence(across), (ObjectIdArray{added}));
+
+  // The insert of FRAME at 60,0 reaches down to the fence once the block has a leg.
+  ASSERT_FALSE(AppendToSpace(NewLine({5, 0, 0}, {5, -20, 0}), 0, {}, FindBlock("FRAME")).isNull());
+  EXPECT_EQ(fence(across), (ObjectIdArray{p.insert, added}));
+  // Work in a block nothing shows changes nothing.
+  const ObjectId scratch = AppendToSpace(NewLine({0, -10, 0}, {100, -10, 0}), 0, {}, ScratchSpace());
+  EXPECT_TRUE(EraseEntity(scratch));
+  EXPECT_EQ(fence(across), (ObjectIdArray{p.insert, added}));
 }
 
 TEST(Wildcards, MatchAsSelectionFiltersDo) {

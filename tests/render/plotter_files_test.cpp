@@ -204,6 +204,24 @@ TEST_F(HostFileTest, MissingModelLeavesTheMediaEmpty) {
   EXPECT_TRUE(config->media.empty());
 }
 
+// A batch reads the same device again and again; what it reads is the files as they are now.
+TEST_F(HostFileTest, FilesChangedOnDiskAreReadAgain) {
+  const std::string pc3 = file("C.pc3", "PIAFILEVERSION_2.0,PC3VER1\nmeta{\nuser_defined_model_pathname=\"C.pmp\n"
+                                        "canonical_model_name=\"PS10\n}\n");
+  ASSERT_TRUE(ReadPlotterConfig(pc3));
+  EXPECT_EQ(ReadPlotterConfig(pc3)->format, 5);
+  EXPECT_TRUE(ReadPlotterConfig(pc3)->media.empty());
+  // Same length, another model.
+  file("C.pc3", "PIAFILEVERSION_2.0,PC3VER1\nmeta{\nuser_defined_model_pathname=\"C.pmp\ncanonical_model_name=\"jfif\n}\n");
+  EXPECT_EQ(ReadPlotterConfig(pc3)->format, 2);
+  // The model appears beside it.
+  file("C.pmp", "PIAFILEVERSION_2.0,PC3VER1\nudm{\nmedia{\nsize{\n0{\nname=\"Sheet\n}\n}\n}\n}\n");
+  ASSERT_EQ(ReadPlotterConfig(pc3)->media.size(), 1u);
+  EXPECT_EQ(ReadPlotterConfig(pc3)->media[0].name, "Sheet");
+  fs::remove(dir_ / "C.pc3");
+  EXPECT_FALSE(ReadPlotterConfig(pc3));
+}
+
 TEST_F(HostFileTest, UnknownModelHasNoFormat) {
   const auto config = ReadPlotterConfig(file("B.pc3", "PIAFILEVERSION_2.0,PC3VER1\nmeta{\ncanonical_model_name=\"XYZ\n}\n"));
   ASSERT_TRUE(config);

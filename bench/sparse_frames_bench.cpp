@@ -1,0 +1,188 @@
+// Batches that find their sheets through many small selections, on the sets of
+// bench/sparse_frame_sets.h.
+//
+// BM_LoadBareFrames/N        reads the DXF file of N bare frames.
+// BM_RecogniseBareFrames/N   the generic batch's recognition on it, as BM_RecogniseFrameSet runs it:
+//                            every sheet takes the empty-sheet fence test.
+// BM_PlotBareFrames          the whole generic batch of the 100 bare frames to vector PDF, as
+//                            BM_PlotFrameSet runs it.
+// BM_LoadTitleFrames/N       reads the DXF file of N title-block inserts.
+// BM_ScanTitleFrames/N       the title-block batch's scan of it with every field read, as
+//                            `tvplot titleblock` runs it with the sample library.
+// One iteration each, the drawing read outside the timing of the batch; run each case in a process
+// of its own:
+//   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000
+//            PlotBareFrames LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
+//            LoadTitleFrames/1000 ScanTitleFrames/1000; do tvbench --benchmark_filter="$c\$|$c/"; done
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+
+#include "bench/sparse_frame_sets.h"
+#include "console/console_editor.h"
+#include "console/session.h"
+#include "examples/sample_library.h"
+#include "host/module_entry.h"
+#include "host/wrappers.h"
+#include "plot/output_paths.h"
+#include "plot/title_review.h"
+#include "recognition/sheet_order.h"
+#include "recognition/sheet_records.h"
+#include "recognition/sheet_traversal.h"
+#include "settings/config.h"
+#include "settings/plot_setting.h"
+#include "titleblock/tk_library.h"
+
+namespace {
+
+using namespace tv;
+using bench::SparseSet;
+
+std::size_t ModelEntities(const cad::Database& db) {
+  std::size_t n = 0;
+  db.forEachEntity(*db.modelSpace(), [&](const cad::Entity&) { ++n; });
+  return n;
+}
+
+void Load(benchmark::State& state, SparseSet set) {
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  const bench::fs::path path = bench::SparseFilePath(set, frames);
+  if (!bench::EnsureSparseFile(set, frames, path)) {
+    state.SkipWithError("could not write the frame set");
+    return;
+  }
+  std::size_t entities = 0;
+  for (auto _ : state) {
+    std::optional<cad::DxfReadResult> loaded = cad::ReadDxf(path.string());
+    state.PauseTiming();
+    if (!loaded->ok()) {
+      state.SkipWithError(loaded->error.c_str());
+      state.ResumeTiming();
+      break;
+    }
+    entities = ModelEntities(*loaded->db);
+    loaded.reset();  // freeing the drawing is not part of loading it
+    state.ResumeTiming();
+  }
+  state.counters["entities"] = static_cast<double>(entities);
+}
+
+void BM_LoadBareFrames(benchmark::State& state) { Load(state, SparseSet::BareFrames); }
+BENCHMARK(BM_LoadBareFrames)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+void BM_LoadTitleFrames(benchmark::State& state) { Load(state, SparseSet::TitleFrames); }
+BENCHMARK(BM_LoadTitleFrames)->Arg(50)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+void BM_RecogniseBareFrames(benchmark::State& state) {
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  std::size_t found = 0, kept = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, frames);
+    if (!db) break;
+    std::ostringstream transcript;
+    console::SessionOptions options;
+    options.out = &transcript;
+    auto session = std::make_unique<console::Session>(std::move(*db), "bare-frames.dxf", options);
+    host::ReadLayerStates();
+    auto job = std::make_unique<recognition::SheetJob>();
+    state.ResumeTiming();
+
+    ObjectIdArray ids;
+    host::CollectSpaceIds(host::ModelSpaceId(), ids);
+    recognition::ScanSpace(*job, ids, host::ModelSpaceId());
+    recognition::FilterSheets(*job);
+    recognition::OrderSheets(*job, 1);
+
+    state.PauseTiming();
+    found = job->allSheets.size();
+    kept = job->keptSheets.size();
+    job.reset();
+    session.reset();
+    state.ResumeTiming();
+  }
+  state.counters["sheets"] = static_cast<double>(found);
+  state.counters["kept"] = static_cast<double>(kept);
+  if (kept != frames) state.SkipWithError("the set did not give one sheet per frame");
+}
+BENCHMARK(BM_RecogniseBareFrames)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+void BM_PlotBareFrames(benchmark::State& state) {
+  constexpr std::size_t kFrames = 100;
+  const bench::fs::path root = bench::fs::temp_directory_path() / "tarvex-bench";
+  const bench::fs::path out = root / "plot-bare";
+  // The benchmark's settings live beside its drawings, never in the user's data folder.
+  setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
+  std::size_t written = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::error_code ec;
+    bench::fs::remove_all(out, ec);
+    bench::fs::create_directories(out, ec);
+    std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, kFrames);
+    if (!db) break;
+    std::ostringstream transcript;
+    console::SessionOptions options;
+    options.out = &transcript;
+    options.yesNoAnswer = true;
+    auto session = std::make_unique<console::Session>(std::move(*db), (root / "bare-frames.dxf").string(), options);
+    host::OnLoad();
+    settings::GlobalConfig().open_folder_after = 0;
+    settings::PlotSettingRec rec = settings::CurrentPlotSetting();
+    rec.format = 0;
+    rec.path_mode = plot::kPathCustom;
+    rec.custom_path = out.string();
+    settings::SaveDwgPlotSetting(rec);
+    session->editor().answers().pushFront({"", "1", "", "^C"});
+    state.ResumeTiming();
+
+    session->runCommandLine("TV_BatchPlot_2");
+
+    state.PauseTiming();
+    written = 0;
+    for (const auto& p : session->editor().plots()) written += p.ok ? 1 : 0;
+    host::OnUnload();
+    session.reset();
+    state.ResumeTiming();
+  }
+  state.counters["sheets"] = static_cast<double>(written);
+  state.counters["sheets_per_second"] =
+      benchmark::Counter(static_cast<double>(written), benchmark::Counter::kIsIterationInvariantRate);
+  if (written != kFrames) state.SkipWithError("not every sheet of the set was plotted");
+}
+BENCHMARK(BM_PlotBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+void BM_ScanTitleFrames(benchmark::State& state) {
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  std::size_t rows = 0;
+  bool fieldsRead = false;
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::TitleFrames, frames);
+    if (!db) break;
+    std::ostringstream transcript;
+    console::SessionOptions options;
+    options.out = &transcript;
+    auto session = std::make_unique<console::Session>(std::move(*db), "title-frames.dxf", options);
+    host::OnLoad();
+    titleblock::GlobalTkLibrary() = samples::BuildTitleBlockLibrary();
+    session->editor().answers().pushFront({"", "1"});  // model space
+    state.ResumeTiming();
+
+    plot::Dlg_BPlot2* form = plot::RecogniseTitleBatch();
+
+    state.PauseTiming();
+    rows = form ? form->rows.size() : 0;
+    fieldsRead = form && !form->rows.empty() && !form->rows.back().sheet->field_text[0].empty();
+    host::OnUnload();
+    session.reset();
+    state.ResumeTiming();
+  }
+  state.counters["sheets"] = static_cast<double>(rows);
+  if (rows != frames || !fieldsRead) state.SkipWithError("the set did not give one sheet with its fields per insert");
+}
+BENCHMARK(BM_ScanTitleFrames)->Arg(50)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+}  // namespace
