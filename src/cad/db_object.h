@@ -8,7 +8,6 @@
 
 #include "cad/group.h"
 #include "cad/object_id.h"
-#include "cad/record_pool.h"
 
 namespace tv::cad {
 
@@ -45,10 +44,6 @@ class DbObject {
  public:
   virtual ~DbObject() = default;
   DbObject& operator=(const DbObject&) = delete;
-
-  // Records come from the record pool; deleting through this class passes the record's own size.
-  static void* operator new(std::size_t size) { return AllocateRecord(size); }
-  static void operator delete(void* p, std::size_t size) noexcept { FreeRecord(p, size); }
 
   ObjectType type() const { return type_; }
   // DXF name of the object ("LINE", "LAYER", "DICTIONARY", or the proxy's own name).

@@ -209,6 +209,7 @@ class TextBase : public EntityOf<Derived, Entity, kType> {
   std::string text;          // 1, UTF-8 with DXF escapes resolved
   Point3d position;          // 10, OCS, the first alignment point
   Point3d alignPoint;        // 11, OCS, used unless left/baseline aligned
+  bool hasAlignPoint = false;
   double height = 0;         // 40
   double rotation = 0;       // 50, radians
   double widthFactor = 1;    // 41
@@ -217,7 +218,6 @@ class TextBase : public EntityOf<Derived, Entity, kType> {
   std::int16_t generation = 0;  // 71
   TextHAlign hAlign = TextHAlign::Left;    // 72
   TextVAlign vAlign = TextVAlign::Baseline;  // 73 (74 for attributes)
-  bool hasAlignPoint = false;  // whether 11 was given; next to the other small fields to keep the record small
   double thickness = 0;      // 39
   Vector3d normal = Vector3d::zAxis();  // 210
 };
