@@ -169,9 +169,8 @@ bool EnsureLoadFiles() {
          EnsureFile(TextFilePath(), kTextEntities, BuildAnnotation);
 }
 
-// The peak of each file, taken before any drawing is loaded in this process: the records of a
-// freed drawing stay with the process for the next one, so a child forked after a load would
-// reuse them and show too small a peak.
+// The peak of each file, taken before any drawing is loaded in this process: memory a freed
+// drawing left with the process could serve a child forked later and hide part of its peak.
 std::optional<double> FirstPeakLoadMb(const fs::path& path) {
   static const std::map<fs::path, std::optional<double>> peaks = [] {
     std::map<fs::path, std::optional<double>> m;
