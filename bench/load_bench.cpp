@@ -1,9 +1,12 @@
 // Load speed and peak memory of the DXF reader.
 //
 // BM_LoadBigDxf reads a ~1M-entity ASCII drawing (the sample builder's big plan, written by our
-// writer and cached in the temp folder between runs; delete it to regenerate). Counters:
+// writer and cached in the temp folder between runs; delete it to regenerate). BM_LoadTextDxf
+// reads a drawing of annotation: TEXT, MTEXT of several lines and inserts of a block with six
+// attributes, about 60 MB. Counters:
 //   bytes_per_second  reading speed, per CPU second
-//   peak_MB           growth of the resident set while one load runs (measured in a child process)
+//   peak_MB           growth of the resident set while one load runs (measured in a child process,
+//                     before the first load in this one)
 //   peak_over_file    peak_MB / file size
 // Run with --benchmark_filter=Load.
 #include <benchmark/benchmark.h>
@@ -16,12 +19,14 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <string>
 
 #include "cad/dxf_reader.h"
 #include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
+#include "examples/sample_kit.h"
 
 namespace {
 
@@ -31,9 +36,61 @@ constexpr std::size_t kBigEntities = 1'000'000;
 // Part of the cached file's name: raise it when the big drawing or the writer's output changes.
 constexpr int kBigFileRevision = 1;
 
+constexpr std::size_t kTextEntities = 60'000;
+constexpr int kTextFileRevision = 1;
+
 fs::path BigFilePath() {
   return fs::temp_directory_path() / "tarvex-bench" /
          ("big-" + std::to_string(kBigEntities) + "-r" + std::to_string(kBigFileRevision) + ".dxf");
+}
+
+fs::path TextFilePath() {
+  return fs::temp_directory_path() / "tarvex-bench" /
+         ("annotation-" + std::to_string(kTextEntities) + "-r" + std::to_string(kTextFileRevision) + ".dxf");
+}
+
+// Room labels (TEXT), notes (MTEXT with line breaks and formatting) and tag inserts with six
+// attributes each, a third each, on a grid of 100 columns.
+tv::cad::Database BuildAnnotation(std::size_t count) {
+  using namespace tv::cad;
+  using namespace tv::samples::kit;
+  Database db = Database::createDefault();
+  const ObjectId layer = AddLayer(db, "标注", 3).id;
+  TextStyle& hz = db.addTextStyle("HZ");
+  hz.fontFile = "gbenor.shx";
+  hz.bigFontFile = "gbcbig.shx";
+  const ObjectId style = hz.id;
+  static constexpr const char* kTags[] = {"编号", "名称", "面积", "用途", "楼层", "备注"};
+  BlockRecord& tag = db.addBlock("ROOMTAG6");
+  AddCircle(db, tag, {0, 0}, 400, {});
+  for (std::size_t i = 0; i < std::size(kTags); ++i) {
+    auto def = std::make_unique<AttDef>();
+    def->tag = kTags[i];
+    def->prompt = std::string(kTags[i]) + "？";
+    def->text = "-";
+    def->height = 150;
+    def->position = {-350, 250 - 100.0 * static_cast<double>(i), 0};
+    def->style = style;
+    db.append(tag, std::move(def));
+  }
+  tag.blockFlags |= BlockRecord::kHasAttributes;
+  BlockRecord& ms = *db.modelSpace();
+  for (std::size_t i = 0; i < count; ++i) {
+    const Point2d at{static_cast<double>(i % 100) * 5000.0, static_cast<double>(i / 100) * 3000.0};
+    const std::string n = std::to_string(i);
+    switch (i % 3) {
+      case 0: AddText(db, ms, "会议室 " + n, at, layer, style, {.height = 350}); break;
+      case 1:
+        AddMText(db, ms, "{\\fSimSun|b1;说明：}\\P1. 图中尺寸以毫米计，标高以米计。\\P2. 做法见 " + n + " 号详图。",
+                 at, 250, 4000, layer, style);
+        break;
+      default:
+        AddInsert(db, ms, tag, at, 1, layer,
+                  {{"编号", "R" + n}, {"名称", "办公室"}, {"面积", "36.5㎡"}, {"用途", "办公"}, {"楼层", "3F"}, {"备注", "无"}});
+        break;
+    }
+  }
+  return db;
 }
 
 // Runs `f` in a child process and returns the double it produced, or nullopt when the child
@@ -64,15 +121,16 @@ std::optional<double> InChild(F f) {
   return value;
 }
 
-bool EnsureBigFile(const fs::path& path) {
+template <class Build>
+bool EnsureFile(const fs::path& path, std::size_t entities, Build build) {
   std::error_code ec;
   if (fs::exists(path, ec) && fs::file_size(path, ec) > 0) return true;
   fs::create_directories(path.parent_path(), ec);
-  std::fprintf(stderr, "writing %s (%zu entities) …\n", path.c_str(), kBigEntities);
+  std::fprintf(stderr, "writing %s (%zu entities) …\n", path.c_str(), entities);
   // WriteDxf renames a finished temporary file into place, so an interrupted run leaves no
   // half-written cache behind.
   auto ok = InChild([&] {
-    tv::cad::Status st = tv::cad::WriteDxf(tv::samples::BuildBigDrawing(kBigEntities), path.string());
+    tv::cad::Status st = tv::cad::WriteDxf(build(entities), path.string());
     if (!st) std::fprintf(stderr, "%s\n", st.message.c_str());
     return st.ok ? 1.0 : 0.0;
   });
@@ -106,17 +164,27 @@ std::optional<double> PeakLoadMb(const std::string& path) {
   });
 }
 
-void BM_LoadBigDxf(benchmark::State& state) {
-  const fs::path path = BigFilePath();
-  if (!EnsureBigFile(path)) {
-    state.SkipWithError("could not write the big drawing");
-    return;
-  }
+bool EnsureLoadFiles() {
+  return EnsureFile(BigFilePath(), kBigEntities, tv::samples::BuildBigDrawing) &&
+         EnsureFile(TextFilePath(), kTextEntities, BuildAnnotation);
+}
+
+// The peak of each file, taken before any drawing is loaded in this process: memory a freed
+// drawing left with the process could serve a child forked later and hide part of its peak.
+std::optional<double> FirstPeakLoadMb(const fs::path& path) {
+  static const std::map<fs::path, std::optional<double>> peaks = [] {
+    std::map<fs::path, std::optional<double>> m;
+    for (const fs::path& p : {BigFilePath(), TextFilePath()}) m[p] = PeakLoadMb(p.string());
+    return m;
+  }();
+  auto it = peaks.find(path);
+  return it == peaks.end() ? std::nullopt : it->second;
+}
+
+void LoadFile(benchmark::State& state, const fs::path& path) {
   const double fileBytes = static_cast<double>(fs::file_size(path));
   const double fileMb = fileBytes / (1024.0 * 1024.0);
-
-  // Before any load in this process, so the child starts from a small heap.
-  std::optional<double> peak = PeakLoadMb(path.string());
+  std::optional<double> peak = FirstPeakLoadMb(path);
 
   std::size_t entities = 0;
   std::optional<tv::cad::DxfReadResult> loaded;
@@ -140,9 +208,26 @@ void BM_LoadBigDxf(benchmark::State& state) {
     state.counters["peak_over_file"] = *peak / fileMb;
   }
 }
+
+void BM_LoadBigDxf(benchmark::State& state) {
+  if (!EnsureLoadFiles()) {
+    state.SkipWithError("could not write the drawings");
+    return;
+  }
+  LoadFile(state, BigFilePath());
+}
 // The rate is per CPU second of the (single-threaded) load: the file comes from the page cache,
 // and wall time on a shared build machine says more about the neighbours than about the reader.
 BENCHMARK(BM_LoadBigDxf)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_LoadTextDxf(benchmark::State& state) {
+  if (!EnsureLoadFiles()) {
+    state.SkipWithError("could not write the drawings");
+    return;
+  }
+  LoadFile(state, TextFilePath());
+}
+BENCHMARK(BM_LoadTextDxf)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // The shipped sample: a small drawing with every kind of record, read from memory.
 void BM_LoadSampleDxf(benchmark::State& state) {

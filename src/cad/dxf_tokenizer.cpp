@@ -22,7 +22,9 @@ namespace tv::cad {
 
 namespace {
 
-constexpr std::size_t kDefaultBlockSize = std::size_t{2} << 20;
+// Large enough that reads cost little next to parsing, small enough that the buffers (two in
+// use at most, two pooled) stay a small part of a loaded drawing.
+constexpr std::size_t kDefaultBlockSize = std::size_t{256} << 10;
 constexpr std::size_t kMinBlockSize = 64;
 constexpr std::size_t kMaxPooledBlocks = 2;
 constexpr char kBinarySentinel[] = "AutoCAD Binary DXF\r\n\x1a";  // + the terminating NUL: 22 bytes
