@@ -7,6 +7,11 @@ namespace tv::render {
 namespace {
 
 constexpr std::size_t kMaxBatchSegments = 4096;
+// Curves are made into chords or Bézier pieces within this many surface units.
+constexpr double kTolerance = 0.05;
+// A vector page keeps a stroke's path as it is; the tolerance at the stroke only bounds the outline
+// cairo works out for the stroke's extents, at a cost that grows with its fineness.
+constexpr double kVectorStrokeTolerance = 0.5;
 
 void FontMatrix(const GlyphRun& run, cairo_matrix_t& m) {
   // Glyph space has y down, the page y up.
@@ -30,13 +35,22 @@ void AddRings(cairo_t* cr, const std::vector<Polyline2d>& rings) {
 }  // namespace
 
 CairoCanvas::CairoCanvas(cairo_surface_t* surface, double unitsPerMm, double pageHeightMm, double minWidthMm, bool crisp)
-    : cr_(cairo_create(surface)), minWidthMm_(minWidthMm) {
+    : cr_(cairo_create(surface)),
+      minWidthMm_(minWidthMm),
+      crisp_(crisp),
+      vector_(cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) {
   if (crisp) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_NONE);
   cairo_translate(cr_, 0, pageHeightMm * unitsPerMm);
   cairo_scale(cr_, unitsPerMm, -unitsPerMm);
   cairo_set_line_cap(cr_, CAIRO_LINE_CAP_ROUND);
   cairo_set_line_join(cr_, CAIRO_LINE_JOIN_ROUND);
-  cairo_set_tolerance(cr_, 0.05);
+  cairo_set_tolerance(cr_, kTolerance);
+  // Glyphs keep their outlines as designed, unhinted, at every size.
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  cairo_set_font_options(cr_, options);
+  cairo_font_options_destroy(options);
 }
 
 CairoCanvas::~CairoCanvas() { cairo_destroy(cr_); }
@@ -44,33 +58,73 @@ CairoCanvas::~CairoCanvas() { cairo_destroy(cr_); }
 void CairoCanvas::setColor(Rgb c) { cairo_set_source_rgb(cr_, c.r / 255.0, c.g / 255.0, c.b / 255.0); }
 
 void CairoCanvas::paintBackground(Rgb color) {
+  flush();
   cairo_save(cr_);
   setColor(color);
   cairo_paint(cr_);
   cairo_restore(cr_);
 }
 
-void CairoCanvas::flush() {
-  if (!pending_) return;
+void CairoCanvas::flushStrokes() {
+  if (!pendingStroke_) return;
   setColor(pendingColor_);
   cairo_set_line_width(cr_, pendingWidth_);
+  if (vector_) cairo_set_tolerance(cr_, kVectorStrokeTolerance);
   cairo_stroke(cr_);
-  pending_ = false;
+  if (vector_) cairo_set_tolerance(cr_, kTolerance);
+  pendingStroke_ = false;
   pendingSegments_ = 0;
+}
+
+void CairoCanvas::flush() {
+  flushStrokes();
+  if (pendingText_.empty()) return;
+  setColor(pendingText_.front().color);
+  if (crisp_) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_DEFAULT);
+  for (const GlyphRun& run : pendingText_) showGlyphs(run);
+  if (crisp_) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_NONE);
+  pendingText_.clear();
+}
+
+void CairoCanvas::beginStroke(Rgb color, double width, std::size_t segments) {
+  const bool otherColor = (pendingStroke_ || !pendingText_.empty()) &&
+                          !(color == (pendingStroke_ ? pendingColor_ : pendingText_.front().color));
+  if (otherColor) flush();
+  else if (pendingStroke_ && (pendingWidth_ != width || pendingSegments_ > kMaxBatchSegments)) flushStrokes();
+  pendingStroke_ = true;
+  pendingColor_ = color;
+  pendingWidth_ = width;
+  pendingSegments_ += segments;
 }
 
 void CairoCanvas::stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) {
   if (points.empty()) return;
-  const double width = std::max(widthMm, minWidthMm_);
-  if (pending_ && (!(pendingColor_ == color) || pendingWidth_ != width || pendingSegments_ > kMaxBatchSegments)) flush();
-  pending_ = true;
-  pendingColor_ = color;
-  pendingWidth_ = width;
+  beginStroke(color, std::max(widthMm, minWidthMm_), points.size());
   cairo_move_to(cr_, points[0].x, points[0].y);
   if (points.size() == 1) cairo_line_to(cr_, points[0].x, points[0].y);  // a dot
   for (std::size_t i = 1; i < points.size(); ++i) cairo_line_to(cr_, points[i].x, points[i].y);
   if (closed) cairo_close_path(cr_);
-  pendingSegments_ += points.size();
+}
+
+void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
+  // The unit circle mapped onto the arc's axes; a flat or broken mapping is drawn by its chords.
+  const double det = arc.u.x * arc.v.y - arc.u.y * arc.v.x;
+  const double size = std::max(arc.u.length(), arc.v.length());
+  if (!std::isfinite(det) || !(std::abs(det) > 1e-9 * size * size) || !(arc.end > arc.start)) {
+    PlotCanvas::strokeArc(arc, color, widthMm);
+    return;
+  }
+  beginStroke(color, std::max(widthMm, minWidthMm_), 4);
+  cairo_matrix_t saved;
+  cairo_get_matrix(cr_, &saved);
+  cairo_matrix_t onPage;
+  cairo_matrix_init(&onPage, arc.u.x, arc.u.y, arc.v.x, arc.v.y, arc.center.x, arc.center.y);
+  cairo_transform(cr_, &onPage);
+  cairo_new_sub_path(cr_);
+  cairo_arc(cr_, 0, 0, 1, arc.start, arc.end);
+  if (arc.closed) cairo_close_path(cr_);
+  // The path is kept on the page: the pen's width stays that of the page.
+  cairo_set_matrix(cr_, &saved);
 }
 
 void CairoCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
@@ -81,33 +135,46 @@ void CairoCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
   cairo_fill(cr_);
 }
 
-void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
-  if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
-  flush();
-  cairo_save(cr_);
-  cairo_set_antialias(cr_, CAIRO_ANTIALIAS_DEFAULT);
-  cairo_set_font_face(cr_, run.face);
+void CairoCanvas::showGlyphs(const GlyphRun& run) {
+  if (run.face != face_) {
+    cairo_set_font_face(cr_, run.face);
+    face_ = run.face;
+  }
   cairo_matrix_t m;
   FontMatrix(run, m);
   cairo_set_font_matrix(cr_, &m);
-  cairo_font_options_t* options = cairo_font_options_create();
-  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-  cairo_set_font_options(cr_, options);
-  cairo_font_options_destroy(options);
-  setColor(run.color);
   const int count = static_cast<int>(run.glyphs.size());
-  if (asOutlines) {
-    cairo_glyph_path(cr_, run.glyphs.data(), count);
-    cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_WINDING);
-    cairo_fill(cr_);
-  } else if (!run.clusters.empty()) {
+  if (!run.clusters.empty()) {
     cairo_show_text_glyphs(cr_, run.utf8.data(), static_cast<int>(run.utf8.size()), run.glyphs.data(), count,
                            run.clusters.data(), static_cast<int>(run.clusters.size()), cairo_text_cluster_flags_t{});
   } else {
     cairo_show_glyphs(cr_, run.glyphs.data(), count);
   }
-  cairo_restore(cr_);
+}
+
+void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
+  if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
+  if (asOutlines) {
+    flush();
+    if (run.face != face_) {
+      cairo_set_font_face(cr_, run.face);
+      face_ = run.face;
+    }
+    cairo_matrix_t m;
+    FontMatrix(run, m);
+    cairo_set_font_matrix(cr_, &m);
+    setColor(run.color);
+    if (crisp_) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_DEFAULT);
+    cairo_glyph_path(cr_, run.glyphs.data(), static_cast<int>(run.glyphs.size()));
+    cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_WINDING);
+    cairo_fill(cr_);
+    if (crisp_) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_NONE);
+    return;
+  }
+  const bool otherColor = (pendingStroke_ || !pendingText_.empty()) &&
+                          !(run.color == (pendingStroke_ ? pendingColor_ : pendingText_.front().color));
+  if (otherColor || pendingText_.size() >= kMaxBatchSegments) flush();
+  pendingText_.push_back(run);
 }
 
 void CairoCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) {

@@ -22,6 +22,7 @@ class CairoCanvas final : public PlotCanvas {
 
   void paintBackground(Rgb color);
   void stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) override;
+  void strokeArc(const PageArc& arc, Rgb color, double widthMm) override;
   void fill(const std::vector<Polyline2d>& rings, Rgb color) override;
   void glyphs(const GlyphRun& run, bool asOutlines) override;
   void image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) override;
@@ -30,17 +31,27 @@ class CairoCanvas final : public PlotCanvas {
   bool finish(std::string& error) override;
 
  private:
+  // Starts or continues the path of strokes in this pen.
+  void beginStroke(Rgb color, double width, std::size_t segments);
+  void flushStrokes();
   void flush();
+  void showGlyphs(const GlyphRun& run);
   void setColor(Rgb c);
 
   cairo_t* cr_;
   double minWidthMm_;
-  // Strokes of one pen are gathered into one path: a drawing of many short lines then costs one
-  // stroke per pen change instead of one per line.
-  bool pending_ = false;
+  bool crisp_;
+  bool vector_;  // PDF or EPS: paths go out as they are
+  // Strokes of one pen are gathered into one path, and text in the same colour waits beside it:
+  // paint of one opaque colour looks the same in any order, so a page of lines, circles and
+  // labels in one colour costs one stroke per pen and one text object instead of one of each per
+  // entity. Anything in another colour, and every other operation, draws what waits first.
+  bool pendingStroke_ = false;
   Rgb pendingColor_;
   double pendingWidth_ = 0;
   std::size_t pendingSegments_ = 0;
+  std::vector<GlyphRun> pendingText_;
+  cairo_font_face_t* face_ = nullptr;  // the face last set
 };
 
 }  // namespace tv::render

@@ -25,11 +25,30 @@ struct GlyphRun {
   Rgb color;
 };
 
+// An arc of an ellipse on the page, the image of a circle's arc under the drawing's transform:
+// the points center + u cos t + v sin t for t from `start` up to `end` (at most a turn further).
+struct PageArc {
+  cad::Point2d center;
+  cad::Vector2d u, v;
+  double start = 0, end = 0;
+  bool closed = false;  // a whole curve, joined where it starts
+};
+
+// The arc as chords within `toleranceMm` of it.
+Polyline2d ArcPoints(const PageArc& arc, double toleranceMm);
+
+// Curves on paper are flattened within this distance where a format cannot draw them as curves.
+inline constexpr double kCurveToleranceMm = 0.05;
+
 class PlotCanvas {
  public:
   virtual ~PlotCanvas() = default;
   // A line through the points, `widthMm` wide with round ends and joins.
   virtual void stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) = 0;
+  // An arc drawn as `stroke` draws a line; formats without curves take its chords.
+  virtual void strokeArc(const PageArc& arc, Rgb color, double widthMm) {
+    stroke(ArcPoints(arc, kCurveToleranceMm), arc.closed, color, widthMm);
+  }
   // The area inside the rings by the even-odd rule.
   virtual void fill(const std::vector<Polyline2d>& rings, Rgb color) = 0;
   // Text: as text where the format keeps text (searchable), else or when asked as outlines.

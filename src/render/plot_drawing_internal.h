@@ -69,6 +69,9 @@ class DrawingPlotter {
   void strokeWorld(const std::vector<Point3d>& pts, bool closed, const Look& look, const DrawContext& ctx,
                    const Matrix3d* ocs = nullptr);
   void strokePage(const Polyline2d& pts, bool closed, const Look& look);
+  // The arc c + u cos t + v sin t, t from t0 to t1, as a curve where the canvas keeps curves; a
+  // dashed look is flattened and cut as any line. False when it was left to the caller.
+  bool strokeArcWorld(Point3d c, Vector3d u, Vector3d v, double t0, double t1, const Look& look, const DrawContext& ctx);
   double chordTolerance(const DrawContext& ctx) const;
 
   // Entity kinds (plot_curves.cpp, plot_text.cpp, plot_hatch.cpp, plot_images.cpp, plot_walk.cpp).

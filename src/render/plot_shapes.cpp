@@ -193,6 +193,25 @@ std::vector<std::pair<double, double>> SpansInside(const std::vector<Polyline2d>
   return spans;
 }
 
+Polyline2d ArcPoints(const PageArc& arc, double toleranceMm) {
+  const double r = std::max(arc.u.length(), arc.v.length());
+  const double span = arc.end - arc.start;
+  if (!(r > 0) || !std::isfinite(r) || !std::isfinite(span)) return {arc.center};
+  const double tol = toleranceMm > 0 ? toleranceMm : r * 1e-3;
+  // A chord over the angle step deviates from the circle by r (1 - cos(step / 2)).
+  const double step = tol >= r ? cad::kPi / 2 : 2 * std::acos(1 - tol / r);
+  const int minCount = std::abs(span) >= 2 * cad::kPi - 1e-9 ? 8 : 1;
+  const int count = std::clamp(static_cast<int>(std::ceil(std::abs(span) / std::max(step, 1e-9))), minCount, 4096);
+  Polyline2d points;
+  points.reserve(static_cast<std::size_t>(count) + 1);
+  for (int i = 0; i <= count; ++i) {
+    const double t = i == count ? arc.end : arc.start + span * i / count;
+    points.push_back(arc.center + arc.u * std::cos(t) + arc.v * std::sin(t));
+  }
+  if (arc.closed && points.size() > 1) points.pop_back();  // the stroke closes it
+  return points;
+}
+
 bool AllFinite(const Polyline2d& points) {
   return std::all_of(points.begin(), points.end(), [](const Point2d& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
 }

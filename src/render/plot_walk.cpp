@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include "cad/entity_geometry.h"
+#include "cad/entity_geometry_internal.h"
 #include "cad/layout_viewport.h"
 #include "render/plot_drawing_internal.h"
 #include "render/plot_shapes.h"
@@ -178,6 +179,26 @@ void DrawingPlotter::strokePage(const Polyline2d& pts, bool closed, const Look& 
   for (const auto& piece : ApplyDashes(pts, closed, look.dashesMm)) canvas_.stroke(piece, false, look.pen.color, width);
 }
 
+bool DrawingPlotter::strokeArcWorld(Point3d c, Vector3d u, Vector3d v, double t0, double t1, const Look& look,
+                                    const DrawContext& ctx) {
+  // Dash patterns run along the chords as they do along any line.
+  if (!look.dashesMm.empty()) return false;
+  if (!std::isfinite(t0)) t0 = 0;
+  t1 = cad::geom_internal::SweepEnd(t0, t1);
+  const Vector3d pu = ctx.toPage.transform(u), pv = ctx.toPage.transform(v);
+  PageArc arc;
+  arc.center = page(ctx.toPage, c);
+  arc.u = {pu.x, pu.y};
+  arc.v = {pv.x, pv.y};
+  arc.start = t0;
+  arc.end = t1;
+  arc.closed = t1 - t0 >= 2 * cad::kPi - 1e-9;
+  if (!std::isfinite(arc.center.x + arc.center.y + arc.u.x + arc.u.y + arc.v.x + arc.v.y + t1)) return true;
+  canvas_.strokeArc(arc, look.pen.color, std::max(look.pen.widthMm, minPenMm_));
+  ++result_.entitiesDrawn;
+  return true;
+}
+
 void DrawingPlotter::strokeWorld(const std::vector<Point3d>& pts, bool closed, const Look& look, const DrawContext& ctx,
                                  const Matrix3d* ocs) {
   Polyline2d out;
@@ -210,19 +231,28 @@ void DrawingPlotter::drawEntity(const cad::Entity& e, const DrawContext& ctx) {
     case ObjectType::Circle: {
       const auto& c = static_cast<const cad::Circle&>(e);
       if (!(c.radius > 0) || !std::isfinite(c.radius)) break;
-      strokeWorld(cad::CircleToPolyline(c, tol), true, look, ctx);
+      const Matrix3d toWorld = Matrix3d::planeToWorld(c.normal);
+      if (!strokeArcWorld(toWorld.transform(c.center), toWorld.transform(Vector3d{c.radius, 0, 0}),
+                          toWorld.transform(Vector3d{0, c.radius, 0}), 0, 2 * cad::kPi, look, ctx))
+        strokeWorld(cad::CircleToPolyline(c, tol), true, look, ctx);
       break;
     }
     case ObjectType::Arc: {
       const auto& a = static_cast<const cad::Arc&>(e);
       if (!(a.radius > 0) || !std::isfinite(a.radius)) break;
-      strokeWorld(cad::ArcToPolyline(a, tol), false, look, ctx);
+      const Matrix3d toWorld = Matrix3d::planeToWorld(a.normal);
+      if (!strokeArcWorld(toWorld.transform(a.center), toWorld.transform(Vector3d{a.radius, 0, 0}),
+                          toWorld.transform(Vector3d{0, a.radius, 0}), a.startAngle, a.endAngle, look, ctx))
+        strokeWorld(cad::ArcToPolyline(a, tol), false, look, ctx);
       break;
     }
     case ObjectType::Ellipse: {
       const auto& el = static_cast<const cad::Ellipse&>(e);
       if (!Finite(el.center) || !std::isfinite(el.majorAxis.length()) || !std::isfinite(el.ratio)) break;
-      strokeWorld(cad::EllipseToPolyline(el, tol), false, look, ctx);
+      Vector3d n = el.normal.normalized();
+      if (n.isZero(0)) n = Vector3d::zAxis();
+      if (!strokeArcWorld(el.center, el.majorAxis, n.cross(el.majorAxis) * el.ratio, el.startParam, el.endParam, look, ctx))
+        strokeWorld(cad::EllipseToPolyline(el, tol), false, look, ctx);
       break;
     }
     case ObjectType::Spline: {
