@@ -1,5 +1,6 @@
 #include "render/canvas_cairo.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tv::render {
@@ -11,7 +12,7 @@ constexpr std::size_t kMaxBatchSegments = 4096;
 constexpr double kTolerance = 0.05;
 // A vector page keeps a stroke's path as it is; the tolerance at the stroke only bounds the outline
 // cairo works out for the stroke's extents, at a cost that grows with its fineness.
-constexpr double kVectorStrokeTolerance = 0.5;
+constexpr double kVectorStrokeTolerance = 0.25;
 
 void FontMatrix(const GlyphRun& run, cairo_matrix_t& m) {
   // Glyph space has y down, the page y up.
@@ -21,6 +22,28 @@ void FontMatrix(const GlyphRun& run, cairo_matrix_t& m) {
 bool UsableFontMatrix(const GlyphRun& run) {
   const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
   return std::isfinite(det) && std::abs(det) > 1e-18;
+}
+
+// Appends the unit circle's arc from angle a to b (b > a) in as few cubic pieces as keep it within
+// the tolerance on a surface where the unit is at most `scale` units long. A piece over the angle t
+// strays from the circle by about 1.91e-5 t^6 (exact at a half turn, and above it for less), so a
+// circle of a few millimetres takes three pieces where the quarter-turn rule of thumb takes four.
+void AddUnitArc(cairo_t* cr, double a, double b, double scale) {
+  const double span = b - a;
+  const double limit = std::pow(kTolerance / (1.91e-5 * std::max(scale, 1e-9)), 1.0 / 6);
+  const int pieces = std::clamp(static_cast<int>(std::ceil(span / std::min(limit, kPi))), 1, 1024);
+  const double step = span / pieces;
+  const double k = 4.0 / 3.0 * std::tan(step / 4);
+  double c0 = std::cos(a), s0 = std::sin(a);
+  cairo_new_sub_path(cr);
+  cairo_move_to(cr, c0, s0);
+  for (int i = 1; i <= pieces; ++i) {
+    const double t = i == pieces ? b : a + step * i;
+    const double c1 = std::cos(t), s1 = std::sin(t);
+    cairo_curve_to(cr, c0 - k * s0, s0 + k * c0, c1 + k * s1, s1 - k * c1, c1, s1);
+    c0 = c1;
+    s0 = s1;
+  }
 }
 
 void AddRings(cairo_t* cr, const std::vector<Polyline2d>& rings) {
@@ -36,6 +59,7 @@ void AddRings(cairo_t* cr, const std::vector<Polyline2d>& rings) {
 
 CairoCanvas::CairoCanvas(cairo_surface_t* surface, double unitsPerMm, double pageHeightMm, double minWidthMm, bool crisp)
     : cr_(cairo_create(surface)),
+      unitsPerMm_(unitsPerMm),
       minWidthMm_(minWidthMm),
       crisp_(crisp),
       vector_(cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) {
@@ -69,7 +93,9 @@ void CairoCanvas::flushStrokes() {
   if (!pendingStroke_) return;
   setColor(pendingColor_);
   cairo_set_line_width(cr_, pendingWidth_);
-  if (vector_) cairo_set_tolerance(cr_, kVectorStrokeTolerance);
+  // Finer than the pen's radius, so that the outline keeps the pen's round shape and extents.
+  const double tolerance = std::clamp(pendingWidth_ * unitsPerMm_ / 2, kTolerance, kVectorStrokeTolerance);
+  if (vector_) cairo_set_tolerance(cr_, tolerance);
   cairo_stroke(cr_);
   if (vector_) cairo_set_tolerance(cr_, kTolerance);
   pendingStroke_ = false;
@@ -120,8 +146,7 @@ void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
   cairo_matrix_t onPage;
   cairo_matrix_init(&onPage, arc.u.x, arc.u.y, arc.v.x, arc.v.y, arc.center.x, arc.center.y);
   cairo_transform(cr_, &onPage);
-  cairo_new_sub_path(cr_);
-  cairo_arc(cr_, 0, 0, 1, arc.start, arc.end);
+  AddUnitArc(cr_, arc.start, arc.end, std::hypot(arc.u.length(), arc.v.length()) * unitsPerMm_);
   if (arc.closed) cairo_close_path(cr_);
   // The path is kept on the page: the pen's width stays that of the page.
   cairo_set_matrix(cr_, &saved);

@@ -39,6 +39,7 @@ class CairoCanvas final : public PlotCanvas {
   void setColor(Rgb c);
 
   cairo_t* cr_;
+  double unitsPerMm_;
   double minWidthMm_;
   bool crisp_;
   bool vector_;  // PDF or EPS: paths go out as they are
