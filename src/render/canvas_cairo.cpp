@@ -96,7 +96,16 @@ void CairoCanvas::flushStrokes() {
   // Finer than the pen's radius, so that the outline keeps the pen's round shape and extents.
   const double tolerance = std::clamp(pendingWidth_ * unitsPerMm_ / 2, kTolerance, kVectorStrokeTolerance);
   if (vector_) cairo_set_tolerance(cr_, tolerance);
+  // The path is already held in surface units and the pen is round: stroked under the page's scale
+  // without its flip it has the same outline, and a vector page then writes it as it is instead of
+  // inside a flipping transform, every y without its minus sign.
+  cairo_matrix_t page;
+  cairo_get_matrix(cr_, &page);
+  cairo_matrix_t unflipped;
+  cairo_matrix_init_scale(&unflipped, unitsPerMm_, unitsPerMm_);
+  cairo_set_matrix(cr_, &unflipped);
   cairo_stroke(cr_);
+  cairo_set_matrix(cr_, &page);
   if (vector_) cairo_set_tolerance(cr_, kTolerance);
   pendingStroke_ = false;
   pendingSegments_ = 0;
