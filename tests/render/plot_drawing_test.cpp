@@ -2,7 +2,9 @@
 // the pixels of small PNG pages.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <utility>
 
 #include "cad/dxf_reader.h"
 #include "cad/dxf_writer.h"
@@ -137,6 +139,122 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
   EXPECT_TRUE(IsDark(pic->darkestNear(Px(28), Py(15))));
   EXPECT_EQ(pic->at(Px(20), Py(15)), background());
   EXPECT_TRUE(IsDark(pic->at(Px(55), Py(8))));
+}
+
+TEST_F(PlotDrawing, CurvesKeepTheirShapeUnderEveryTransform) {
+  auto circle = std::make_unique<cad::Circle>();
+  circle->center = {20, 25, 0};
+  circle->radius = 10;
+  cad::Circle& whole = Add(db, model, std::move(circle));
+  auto arc = std::make_unique<cad::Arc>();  // the upper right quarter
+  arc->center = {50, 20, 0};
+  arc->radius = 10;
+  arc->startAngle = 0;
+  arc->endAngle = cad::kPi / 2;
+  Add(db, model, std::move(arc));
+  auto ellipse = std::make_unique<cad::Ellipse>();
+  ellipse->center = {80, 25, 0};
+  ellipse->majorAxis = {12, 0, 0};
+  ellipse->ratio = 0.5;
+  ellipse->startParam = 0;
+  ellipse->endParam = 2 * cad::kPi;
+  Add(db, model, std::move(ellipse));
+  // A circle of radius 4 stretched twice as wide by its insert, and a quarter arc mirrored by its own.
+  cad::BlockRecord& round = db.addBlock("ROUND");
+  auto inner = std::make_unique<cad::Circle>();
+  inner->radius = 4;
+  Add(db, round, std::move(inner));
+  cad::BlockRecord& quarter = db.addBlock("QUARTER");
+  auto q = std::make_unique<cad::Arc>();
+  q->radius = 5;
+  q->startAngle = 0;
+  q->endAngle = cad::kPi / 2;
+  Add(db, quarter, std::move(q));
+  const auto insert = [&](const cad::BlockRecord& block, Point3d at, cad::Vector3d scale) {
+    auto ins = std::make_unique<cad::Insert>();
+    ins->block = block.id;
+    ins->position = at;
+    ins->scale = scale;
+    Add(db, model, std::move(ins));
+  };
+  insert(round, {50, 42, 0}, {2, 1, 1});
+  insert(quarter, {85, 5, 0}, {-1, 1, 1});
+
+  const auto pic = plot();
+  const auto inked = [&](double x, double y) { return IsDark(pic->darkestNear(Px(x), Py(y))); };
+  const auto bare = [&](double x, double y) { return pic->at(Px(x), Py(y)) == background(); };
+  for (double a = 0; a < 2 * cad::kPi; a += cad::kPi / 6)
+    EXPECT_TRUE(inked(20 + 10 * std::cos(a), 25 + 10 * std::sin(a))) << "circle at " << a;
+  EXPECT_TRUE(bare(20, 25));
+  EXPECT_TRUE(inked(50 + 10 * std::cos(0.8), 20 + 10 * std::sin(0.8))) << "arc";
+  EXPECT_TRUE(bare(50 - 10 * std::cos(0.8), 20 - 10 * std::sin(0.8))) << "the arc's other side";
+  EXPECT_TRUE(bare(50 + 10 * std::cos(0.8), 20 - 10 * std::sin(0.8))) << "the arc's other side";
+  for (auto [x, y] : {std::pair{92.0, 25.0}, {68.0, 25.0}, {80.0, 31.0}, {80.0, 19.0}})
+    EXPECT_TRUE(inked(x, y)) << "ellipse at " << x << ", " << y;
+  EXPECT_TRUE(bare(80, 25));
+  EXPECT_TRUE(bare(80, 35)) << "the ellipse is flat, not round";
+  EXPECT_TRUE(inked(58, 42)) << "the stretched circle's wide end";
+  EXPECT_TRUE(inked(50, 46));
+  EXPECT_TRUE(bare(54, 42)) << "where the circle would be unstretched";
+  EXPECT_TRUE(inked(85 - 5 * std::cos(0.8), 5 + 5 * std::sin(0.8))) << "the mirrored arc";
+  EXPECT_TRUE(bare(85 + 5 * std::cos(0.8), 5 + 5 * std::sin(0.8))) << "where the arc would be unmirrored";
+
+  // Dashed curves are cut along their length as lines are.
+  cad::Linetype& dashed = db.addLinetype("DASHED");
+  dashed.dashes = {{.length = 3}, {.length = -3}};
+  dashed.patternLength = 6;
+  whole.linetype = dashed.id;
+  const auto dashedPic = plot();
+  int inkedSteps = 0, steps = 0;
+  for (double a = 0; a < 2 * cad::kPi; a += 0.05, ++steps)
+    inkedSteps += IsDark(dashedPic->darkestNear(Px(20 + 10 * std::cos(a)), Py(25 + 10 * std::sin(a)), 0));
+  EXPECT_GT(inkedSteps, steps / 4);
+  EXPECT_LT(inkedSteps, steps * 3 / 4);
+}
+
+TEST_F(PlotDrawing, LaterPaintInAnotherColourLiesOnTop) {
+  // Lines of one colour are stroked together: what comes later in another colour must still cover
+  // them, and what comes later in the first colour must cover the other.
+  cad::Layer& red = db.addLayer("RED");
+  red.colorIndex = 1;
+  const auto wide = [](cad::Line& l) { l.lineweight = 100; };
+  wide(AddLine(db, model, {5, 10}, {95, 10}));
+  wide(AddLine(db, model, {50, 5}, {50, 45}, red.id));
+  wide(AddLine(db, model, {5, 30}, {95, 30}));
+  cad::TextStyle& style = db.addTextStyle("HZ");
+  style.fontFile = "hztxt.shx";
+  const bool fonts = FontTextMeasurer().hasFont(&style);
+  if (fonts) {
+    const auto text = [&](double x, const char* s, cad::ObjectId layer) {
+      auto t = std::make_unique<cad::Text>();
+      t->text = s;
+      t->position = {x, 15, 0};
+      t->height = 10;
+      t->style = style.id;
+      Add(db, model, std::move(t), layer);
+    };
+    text(10, "HHH", {});                                // black text, then a red line through it
+    wide(AddLine(db, model, {5, 19}, {45, 19}, red.id));
+    wide(AddLine(db, model, {55, 19}, {95, 19}, red.id));  // a red line, then black text over it
+    text(60, "HHH", {});
+  }
+  PlotRequest r = PngRequest(dir / "order.png");
+  r.style = PlotStyle::objectColors();
+  const auto pic = plot(r);
+  const auto isRed = [](Rgb c) { return c.r > 200 && c.g < 80 && c.b < 80; };
+  EXPECT_TRUE(isRed(pic->at(Px(50), Py(10)))) << "red over the black line before it";
+  EXPECT_TRUE(IsDark(pic->at(Px(50), Py(30)))) << "black over the red line before it";
+  if (!fonts) GTEST_SKIP() << "no CJK font installed";
+  int darkOnRed = 0, darkOnText = 0;
+  for (int x = Px(10); x < Px(40); ++x) {
+    darkOnRed += IsDark(pic->at(x, Py(19)));
+    darkOnText += IsDark(pic->at(x, Py(17)));
+  }
+  EXPECT_GT(darkOnText, 0) << "the first text shows beside the line";
+  EXPECT_EQ(darkOnRed, 0) << "the red line covers the text drawn before it";
+  int darkOnLine = 0;
+  for (int x = Px(60); x < Px(90); ++x) darkOnLine += IsDark(pic->at(x, Py(19)));
+  EXPECT_GT(darkOnLine, 0) << "the second text covers the red line drawn before it";
 }
 
 TEST_F(PlotDrawing, LinetypesBreakLinesIntoDashes) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "render/plot_colors.h"
 #include "render/plotter_files.h"
 
@@ -109,4 +111,45 @@ TEST(PlotColors, StyleTablesGivePensPerColourIndex) {
 }
 
 }  // namespace
+TEST(PlotShapes, ArcChordsStayOnTheEllipseWithinTheTolerance) {
+  struct Case {
+    const char* name;
+    PageArc arc;
+    double tolerance;
+  };
+  const double pi = cad::kPi;
+  const Case cases[] = {
+      {"circle", {{50, 40}, {20, 0}, {0, 20}, 0, 2 * pi, true}, 0.05},
+      {"quarter", {{0, 0}, {10, 0}, {0, 10}, pi / 2, pi, false}, 0.05},
+      {"turned ellipse", {{5, 5}, {30, 30}, {-5, 5}, 0.3, 0.3 + 2 * pi, true}, 0.02},
+      {"mirrored arc", {{0, 0}, {0, 8}, {8, 0}, 0, 1, false}, 0.01},
+      {"coarse", {{0, 0}, {1, 0}, {0, 1}, 0, 2 * pi, true}, 5},
+  };
+  for (const Case& c : cases) {
+    const Polyline2d points = ArcPoints(c.arc, c.tolerance);
+    ASSERT_GE(points.size(), 2u) << c.name;
+    const auto at = [&](double t) { return c.arc.center + c.arc.u * std::cos(t) + c.arc.v * std::sin(t); };
+    EXPECT_LT(points.front().distanceTo(at(c.arc.start)), 1e-9) << c.name;
+    if (c.arc.closed) {
+      EXPECT_GE(points.size(), 8u) << c.name << ": a whole curve never collapses to a few chords";
+      EXPECT_GT(points.back().distanceTo(points.front()), 1e-9) << c.name << ": the stroke closes it";
+    } else {
+      EXPECT_LT(points.back().distanceTo(at(c.arc.end)), 1e-9) << c.name;
+    }
+    // Each chord's middle lies near the curve between its ends: search the parameter there.
+    const double span = c.arc.end - c.arc.start;
+    const std::size_t chords = c.arc.closed ? points.size() : points.size() - 1;
+    double worst = 0;
+    for (std::size_t i = 0; i < chords; ++i) {
+      const cad::Point2d a = points[i], b = points[(i + 1) % points.size()];
+      const cad::Point2d mid{(a.x + b.x) / 2, (a.y + b.y) / 2};
+      const double t = c.arc.start + span * (i + 0.5) / static_cast<double>(chords);
+      worst = std::max(worst, mid.distanceTo(at(t)));
+    }
+    if (c.tolerance < 1) {
+      EXPECT_LE(worst, c.tolerance * 1.05) << c.name;
+    }
+  }
+}
+
 }  // namespace tv::render
