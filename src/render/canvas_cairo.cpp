@@ -25,12 +25,12 @@ bool UsableFontMatrix(const GlyphRun& run) {
 }
 
 // Appends the unit circle's arc from angle a to b (b > a) in as few cubic pieces as keep it within
-// the tolerance on a surface where the unit is at most `scale` units long. A piece over the angle t
+// `tolerance` on a surface where the unit is at most `scale` units long. A piece over the angle t
 // strays from the circle by about 1.91e-5 t^6 (exact at a half turn, and above it for less), so a
 // circle of a few millimetres takes three pieces where the quarter-turn rule of thumb takes four.
-void AddUnitArc(cairo_t* cr, double a, double b, double scale) {
+void AddUnitArc(cairo_t* cr, double a, double b, double scale, double tolerance) {
   const double span = b - a;
-  const double limit = std::pow(kTolerance / (1.91e-5 * std::max(scale, 1e-9)), 1.0 / 6);
+  const double limit = std::pow(tolerance / (1.91e-5 * std::max(scale, 1e-9)), 1.0 / 6);
   const int pieces = std::clamp(static_cast<int>(std::ceil(span / std::min(limit, kPi))), 1, 1024);
   const double step = span / pieces;
   const double k = 4.0 / 3.0 * std::tan(step / 4);
@@ -155,7 +155,9 @@ void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
   cairo_matrix_t onPage;
   cairo_matrix_init(&onPage, arc.u.x, arc.u.y, arc.v.x, arc.v.y, arc.center.x, arc.center.y);
   cairo_transform(cr_, &onPage);
-  AddUnitArc(cr_, arc.start, arc.end, std::hypot(arc.u.length(), arc.v.length()) * unitsPerMm_);
+  // On a vector page as close as the chords that other formats draw; on pixels as fine as cairo's own.
+  const double tolerance = vector_ ? kCurveToleranceMm * unitsPerMm_ : kTolerance;
+  AddUnitArc(cr_, arc.start, arc.end, std::hypot(arc.u.length(), arc.v.length()) * unitsPerMm_, tolerance);
   if (arc.closed) cairo_close_path(cr_);
   // The path is kept on the page: the pen's width stays that of the page.
   cairo_set_matrix(cr_, &saved);
