@@ -138,9 +138,9 @@ class Builder {
   template <class T>
   void text(const T& t, const Matrix3d& xf, Extents3d& out) {
     if (auto box = TextBoxOcs(TextParamsOf(t), db_, m_)) {
-      const Matrix3d f = Plane(xf, t.normal);
+      const Matrix3d f = Plane(xf, t.normal());
       for (const Point3d& p : *box) out.add(f.transform(p));
-      Extrude(out, xf, t.normal, t.thickness);
+      Extrude(out, xf, t.normal(), t.thickness());
     }
   }
 

@@ -53,11 +53,11 @@ bool TransformCircular(C& c, const Matrix3d& xf) {
 // rotation, height, width factor, oblique angle and mirror flags; any non-singular map fits.
 template <class T>
 bool TransformText(T& t, const Matrix3d& xf) {
-  const auto pm = MapPlane(xf, t.normal);
+  const auto pm = MapPlane(xf, t.normal());
   if (!pm) return false;
   const double h = t.height > 0 ? t.height : 1.0, wf = t.widthFactor > 0 ? t.widthFactor : 1.0;
-  const double mx = (t.generation & Text::kMirrorX) ? -1 : 1, my = (t.generation & Text::kMirrorY) ? -1 : 1;
-  const double ob = std::isfinite(t.oblique) ? t.oblique : 0.0;
+  const double mx = (t.generation() & Text::kMirrorX) ? -1 : 1, my = (t.generation() & Text::kMirrorY) ? -1 : 1;
+  const double ob = std::isfinite(t.oblique()) ? t.oblique() : 0.0;
   const double c = std::cos(t.rotation), s = std::sin(t.rotation);
   const auto rotate = [](Vector2d v, double c, double s) { return Vector2d{c * v.x - s * v.y, s * v.x + c * v.y}; };
   const Vector2d au = Apply(*pm, rotate({mx, 0}, c, s)) * (h * wf);
@@ -72,18 +72,18 @@ bool TransformText(T& t, const Matrix3d& xf) {
   if (!(h2 > 0)) return false;
   const double ob2 = std::atan(mx2 * up.x / h2);
   if (std::abs(ob2) > kMaxOblique) return false;
-  const Point3d position = pm->map(t.position), alignPoint = pm->map(t.alignPoint);
+  const Point3d position = pm->map(t.position), alignPoint = pm->map(t.alignPoint());
   if (!Finite(position) || !Finite(alignPoint)) return false;
   t.height = t.height > 0 ? h2 : t.height;
   t.widthFactor = au.length() / h2;
   t.rotation = NormalizeAngle(rot2);
-  t.oblique = std::abs(ob2) < 1e-14 ? 0.0 : NormalizeAngle(ob2);
-  t.generation = static_cast<std::int16_t>((t.generation & ~(Text::kMirrorX | Text::kMirrorY)) | (mx2 < 0 ? Text::kMirrorX : 0) |
-                                           (my2 < 0 ? Text::kMirrorY : 0));
+  t.setOblique(std::abs(ob2) < 1e-14 ? 0.0 : NormalizeAngle(ob2));
+  t.setGeneration(static_cast<std::int16_t>((t.generation() & ~(Text::kMirrorX | Text::kMirrorY)) |
+                                            (mx2 < 0 ? Text::kMirrorX : 0) | (my2 < 0 ? Text::kMirrorY : 0)));
   t.position = position;
-  t.alignPoint = alignPoint;
-  t.normal = pm->normal;
-  t.thickness *= pm->zScale;
+  if (t.hasAlignPoint()) t.setAlignPoint(alignPoint);
+  t.setNormal(pm->normal);
+  t.setThickness(t.thickness() * pm->zScale);
   return true;
 }
 

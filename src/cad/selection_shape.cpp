@@ -430,7 +430,7 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
   Outline& o = out.own;
   const auto text = [&](const auto& t) {
     if (auto box = TextBoxOcs(TextParamsOf(t), db_, m_)) {
-      const Matrix3d f = PlaneToWorld(t.normal);
+      const Matrix3d f = PlaneToWorld(t.normal());
       o.start();
       for (const Point3d& p : *box) o.add(f.transform(p));
       o.finish(true);

@@ -150,8 +150,8 @@ std::string Entity::textContent() const {
   if (!impl_) return {};
   const cad::Entity& e = *impl_->entity;
   if (const auto* t = cad::As<cad::Text>(&e)) return t->text;
-  if (const auto* d = cad::As<cad::AttDef>(&e)) return d->multiline.empty() ? d->text : cad::MTextPlainText(d->text);
-  if (const auto* a = cad::As<cad::Attrib>(&e)) return a->multiline.empty() ? a->text : cad::MTextPlainText(a->text);
+  if (const auto* d = cad::As<cad::AttDef>(&e)) return d->multiline().empty() ? d->text : cad::MTextPlainText(d->text);
+  if (const auto* a = cad::As<cad::Attrib>(&e)) return a->multiline().empty() ? a->text : cad::MTextPlainText(a->text);
   if (const auto* m = cad::As<cad::MText>(&e)) return cad::MTextPlainText(m->text);
   if (const auto* p = cad::As<cad::ProxyEntity>(&e)) return p->text();
   return {};
@@ -159,7 +159,7 @@ std::string Entity::textContent() const {
 
 bool Entity::isMTextAttribute() const {
   const auto* a = impl_ ? cad::As<cad::Attrib>(impl_->entity) : nullptr;
-  return a && !a->multiline.empty();
+  return a && !a->multiline().empty();
 }
 
 std::string Entity::storedText() const {

@@ -132,8 +132,7 @@ TEST(EntityExtents, TextFollowsAlignmentRotationAndMirroring) {
   Text t;
   t.text = "ABCD";  // 2 units wide at height 1 with the half-em measurer
   t.height = 2;
-  t.hasAlignPoint = true;
-  t.alignPoint = {10, 0, 0};
+  t.setAlignPoint({10, 0, 0});
   t.rotation = kPi / 2;
   t.hAlign = TextHAlign::Right;
   ExpectBox(EntityExtents(t, d.db, &kHalfEm), {8, -4}, {10, 0});
@@ -154,21 +153,20 @@ TEST(EntityExtents, TextFollowsAlignmentRotationAndMirroring) {
   plain.position = {1, 1, 0};
   plain.widthFactor = 0.5;
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, 1}, {3, 3});
-  plain.generation = Text::kMirrorX;  // backward text runs to the left of its start
+  plain.setGeneration(Text::kMirrorX);  // backward text runs to the left of its start
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {-1, 1}, {1, 3});
-  plain.generation = Text::kMirrorY;  // upside down hangs below the baseline
+  plain.setGeneration(Text::kMirrorY);  // upside down hangs below the baseline
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, -1}, {3, 1});
-  plain.generation = 0;
+  plain.setGeneration(0);
   plain.widthFactor = 1;
-  plain.oblique = DegToRad(45);  // the top edge leans right by the height
+  plain.setOblique(DegToRad(45));  // the top edge leans right by the height
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, 1}, {7, 3});
 
   Text fitted;
   fitted.text = "ABCD";
   fitted.height = 2;
   fitted.position = {0, 0, 0};
-  fitted.alignPoint = {8, 0, 0};
-  fitted.hasAlignPoint = true;
+  fitted.setAlignPoint({8, 0, 0});
   fitted.hAlign = TextHAlign::Aligned;  // twice as wide as measured: twice as high
   ExpectBox(EntityExtents(fitted, d.db, &kHalfEm), {0, 0}, {8, 4});
   fitted.hAlign = TextHAlign::Fit;  // stretched, height kept
@@ -399,7 +397,7 @@ TEST(Explode, MTextBecomesPlainTextLines) {
   const auto centred = Explode(m, d.db);
   const auto* first = As<Text>(centred[0].get());
   EXPECT_EQ(first->hAlign, TextHAlign::Center);
-  ExpectPoint(first->alignPoint, {1, 10, 0});
+  ExpectPoint(first->alignPoint(), {1, 10, 0});
   EXPECT_NEAR(first->rotation, kPi / 2, 1e-12);
 }
 
@@ -525,13 +523,12 @@ TEST(Transform, CopiesCarryTheirBoxAlong) {
   auto text = std::make_unique<Text>();
   text->text = "Tilted";
   text->height = 2;
-  text->oblique = DegToRad(15);
+  text->setOblique(DegToRad(15));
   text->rotation = DegToRad(90);
-  text->generation = Text::kMirrorX;
+  text->setGeneration(Text::kMirrorX);
   text->hAlign = TextHAlign::Center;
   text->vAlign = TextVAlign::Top;
-  text->hasAlignPoint = true;
-  text->alignPoint = {4, 5, 0};
+  text->setAlignPoint({4, 5, 0});
   samples.push_back(std::move(text));
   auto arc = std::make_unique<Arc>();
   arc->center = {1, 2, 0};

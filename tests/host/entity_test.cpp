@@ -204,7 +204,7 @@ TEST_F(HostEntityKinds, TextContentIsPlainForEveryTextClass) {
   insert->block = db.addBlock("B").id;
   auto att = std::make_unique<cad::Attrib>();
   att->text = "上\\P下";
-  att->multiline = {cad::Group{101, std::string("Embedded Object")}, cad::Group{1, std::string("上\\P下")}};
+  att->editDetails().multiline = {cad::Group{101, std::string("Embedded Object")}, cad::Group{1, std::string("上\\P下")}};
   insert->attribs.push_back(std::move(att));
   const ObjectId attId = add(std::move(insert)).attribs[0]->id;
 

@@ -268,8 +268,7 @@ TEST_F(PlotDrawing, TextPlotsInTheInstalledFont) {
   // Right aligned: the text ends at its alignment point.
   auto right = std::make_unique<cad::Text>();
   right->text = "ABC";
-  right->alignPoint = {95, 5, 0};
-  right->hasAlignPoint = true;
+  right->setAlignPoint({95, 5, 0});
   right->hAlign = cad::TextHAlign::Right;
   right->height = 5;
   right->style = style.id;
