@@ -66,23 +66,42 @@ class Line final : public EntityOf<Line, Entity, ObjectType::Line> {
   // 39 thickness and 210 extrusion are rare on lines and do not change a plot: kept in extras().unknown.
 };
 
+// LWPOLYLINE fields that most polylines leave at their defaults.
+struct LwPolylineDetails {
+  std::vector<Vector2d> widths;   // 40/41 per point; empty when none given
+  double constantWidth = 0;       // 43
+  double elevation = 0;           // 38
+  double thickness = 0;           // 39
+  Vector3d normal = Vector3d::zAxis();  // 210
+};
+
 class LwPolyline final : public EntityOf<LwPolyline, Entity, ObjectType::LwPolyline> {
  public:
   std::string dxfName() const override { return "LWPOLYLINE"; }
   static constexpr std::int16_t kClosed = 1, kPlinegen = 128;
   bool isClosed() const { return polyFlags & kClosed; }
   double bulgeAt(std::size_t i) const { return i < bulges.size() ? bulges[i] : 0.0; }
-  double startWidthAt(std::size_t i) const { return i < widths.size() ? widths[i].x : constantWidth; }
-  double endWidthAt(std::size_t i) const { return i < widths.size() ? widths[i].y : constantWidth; }
+  double startWidthAt(std::size_t i) const { return i < widths().size() ? widths()[i].x : constantWidth(); }
+  double endWidthAt(std::size_t i) const { return i < widths().size() ? widths()[i].y : constantWidth(); }
 
   std::vector<Point2d> points;    // 10/20, OCS
   std::vector<double> bulges;     // 42; empty when every bulge is 0, else one per point
-  std::vector<Vector2d> widths;   // 40/41 per point; empty when none given
-  double constantWidth = 0;       // 43
-  double elevation = 0;           // 38
-  double thickness = 0;           // 39
   std::int16_t polyFlags = 0;     // 70
-  Vector3d normal = Vector3d::zAxis();  // 210
+
+  // The less common fields, read here and written through the setters or `editDetails()`.
+  const std::vector<Vector2d>& widths() const { return details_.get().widths; }
+  double constantWidth() const { return details_.get().constantWidth; }
+  double elevation() const { return details_.get().elevation; }
+  double thickness() const { return details_.get().thickness; }
+  const Vector3d& normal() const { return details_.get().normal; }
+  void setConstantWidth(double w) { details_.set(&LwPolylineDetails::constantWidth, w); }
+  void setElevation(double z) { details_.set(&LwPolylineDetails::elevation, z); }
+  void setThickness(double t) { details_.set(&LwPolylineDetails::thickness, t); }
+  void setNormal(const Vector3d& n) { details_.set(&LwPolylineDetails::normal, n); }
+  LwPolylineDetails& editDetails() { return details_.edit(); }
+
+ private:
+  LazyPart<LwPolylineDetails> details_;
 };
 
 struct PolylineVertex {

@@ -232,8 +232,8 @@ std::vector<std::unique_ptr<Entity>> Explode(const Entity& entity, const Databas
     case ObjectType::LwPolyline: {
       const auto& p = static_cast<const LwPolyline&>(entity);
       std::vector<Point3d> pts;
-      for (Point2d q : p.points) pts.push_back(Point3d{q, p.elevation});
-      OutlinePieces(p, pts, p.bulges, p.isClosed(), p.normal, p.thickness, out);
+      for (Point2d q : p.points) pts.push_back(Point3d{q, p.elevation()});
+      OutlinePieces(p, pts, p.bulges, p.isClosed(), p.normal(), p.thickness(), out);
       break;
     }
     case ObjectType::Polyline: PolylinePieces(static_cast<const Polyline&>(entity), out); break;

@@ -120,24 +120,26 @@ bool TransformInsert(Insert& ins, const Matrix3d& xf) {
 bool PlanarOutlineFits(const PlaneMap& pm, bool hasBulges, bool hasWidths) { return pm.similar || (!hasBulges && !hasWidths); }
 
 bool TransformLwPolyline(LwPolyline& p, const Matrix3d& xf) {
-  const auto pm = MapPlane(xf, p.normal);
+  const auto pm = MapPlane(xf, p.normal());
   if (!pm) return false;
   const bool bulged = std::any_of(p.bulges.begin(), p.bulges.end(), [](double b) { return b != 0; });
-  const bool wide = p.constantWidth != 0 || std::any_of(p.widths.begin(), p.widths.end(), [](Vector2d w) { return w.x != 0 || w.y != 0; });
+  const auto& widths = p.widths();
+  const bool wide = p.constantWidth() != 0 || std::any_of(widths.begin(), widths.end(), [](Vector2d w) { return w.x != 0 || w.y != 0; });
   if (!PlanarOutlineFits(*pm, bulged, wide)) return false;
-  double elevation = pm->map(Point3d{0, 0, p.elevation}).z;
+  double elevation = pm->map(Point3d{0, 0, p.elevation()}).z;
   for (Point2d& q : p.points) {
-    const Point3d m = pm->map(Point3d{q, p.elevation});
+    const Point3d m = pm->map(Point3d{q, p.elevation()});
     q = m.to2d();
     elevation = m.z;
   }
   if (pm->mirrored)
     for (double& b : p.bulges) b = -b;
-  p.constantWidth *= pm->scale;
-  for (Vector2d& w : p.widths) w = w * pm->scale;
-  p.elevation = elevation;
-  p.thickness *= pm->zScale;
-  p.normal = pm->normal;
+  p.setConstantWidth(p.constantWidth() * pm->scale);
+  if (!widths.empty())
+    for (Vector2d& w : p.editDetails().widths) w = w * pm->scale;
+  p.setElevation(elevation);
+  p.setThickness(p.thickness() * pm->zScale);
+  p.setNormal(pm->normal);
   return true;
 }
 

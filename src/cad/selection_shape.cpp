@@ -450,7 +450,7 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
     case ObjectType::LwPolyline: {
       const auto& p = static_cast<const LwPolyline&>(e);
       BulgedPoints(p.points, [&](std::size_t i) { return p.bulgeAt(i); }, p.isClosed(), scratch_);
-      Emit(o, PlaneToWorld(p.normal), p.elevation, scratch_, p.isClosed(), false);
+      Emit(o, PlaneToWorld(p.normal()), p.elevation(), scratch_, p.isClosed(), false);
       break;
     }
     case ObjectType::Polyline: EmitPolyline(o, static_cast<const Polyline&>(e), scratch_); break;

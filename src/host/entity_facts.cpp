@@ -39,9 +39,9 @@ std::vector<Point2d> Entity::vertices() const {
   if (!impl_) return out;
   if (const auto* lw = cad::As<cad::LwPolyline>(impl_->entity)) {
     // Lightweight polylines keep OCS points at one elevation.
-    const Matrix3d toWorld = Matrix3d::planeToWorld(lw->normal);
+    const Matrix3d toWorld = Matrix3d::planeToWorld(lw->normal());
     out.reserve(lw->points.size());
-    for (const Point2d& p : lw->points) out.push_back(toWorld.transform(Point3d{p, lw->elevation}).to2d());
+    for (const Point2d& p : lw->points) out.push_back(toWorld.transform(Point3d{p, lw->elevation()}).to2d());
   } else if (const auto* pl = cad::As<cad::Polyline>(impl_->entity)) {
     // 2D polylines keep OCS vertices at the header's elevation; 3D ones and meshes world points.
     const bool planar = !pl->is3d() && !pl->isMeshOrPolyface();
