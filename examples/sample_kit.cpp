@@ -77,7 +77,7 @@ LwPolyline& AddPolyline(Database& db, BlockRecord& block, std::vector<Point2d> p
   LwPolyline& p = Append<LwPolyline>(db, block, layer);
   p.points = std::move(points);
   p.polyFlags = closed ? LwPolyline::kClosed : 0;
-  p.constantWidth = width;
+  p.setConstantWidth(width);
   return p;
 }
 

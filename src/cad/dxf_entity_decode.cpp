@@ -107,7 +107,10 @@ std::unique_ptr<Entity> DecodeLwPolyline(Reader& r) {
         if (p.points.empty()) return true;  // a width before any vertex belongs to none
         if (p.widths().empty() && g.real == 0) return true;
         std::vector<Vector2d>& widths = p.editDetails().widths;
-        if (widths.empty()) widths.resize(p.points.size());
+        if (widths.empty()) {
+          widths.reserve(p.points.capacity());
+          widths.resize(p.points.size());
+        }
         Vector2d& w = widths.back();
         (g.code == 40 ? w.x : w.y) = g.real;
         return true;
@@ -116,6 +119,7 @@ std::unique_ptr<Entity> DecodeLwPolyline(Reader& r) {
         if (p.points.empty()) return true;
         if (p.bulges.empty()) {
           if (g.real == 0) return true;
+          p.bulges.reserve(p.points.capacity());  // as many as group 90 announced, not grown by doubling
           p.bulges.resize(p.points.size());
         }
         p.bulges.back() = g.real;

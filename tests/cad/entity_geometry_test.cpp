@@ -97,7 +97,7 @@ TEST(EntityExtents, BulgedLwPolylineFollowsItsArcsAndHalfItsWidth) {
   ExpectBox(EntityExtents(p, d.db), {0, -5}, {10, 0});
   p.bulges = {-1, 0};
   ExpectBox(EntityExtents(p, d.db), {0, 0}, {10, 5});
-  p.constantWidth = 2;
+  p.setConstantWidth(2);
   ExpectBox(EntityExtents(p, d.db), {-1, -1}, {11, 6});
   // Closing segment with its own bulge.
   LwPolyline closed;
@@ -370,7 +370,7 @@ TEST(Explode, NonUniformInsertMakesEllipsesAndResolvesByBlock) {
   ASSERT_EQ(mirrored.size(), 3u);
   ASSERT_NE(As<Circle>(mirrored[0].get()), nullptr);
   ExpectPoint(As<Circle>(mirrored[0].get())->center, {9, 0, 0});
-  EXPECT_TRUE(As<Text>(mirrored[2].get())->generation & Text::kMirrorX);
+  EXPECT_TRUE(As<Text>(mirrored[2].get())->generation() & Text::kMirrorX);
 }
 
 TEST(Explode, MTextBecomesPlainTextLines) {
@@ -408,8 +408,8 @@ TEST(Explode, BulgedPolylineGivesArcsThroughItsVertices) {
     p.points = {{0, 0}, {10, 0}, {10, 5}};
     p.bulges = {0.5, 0, -1};
     p.polyFlags = LwPolyline::kClosed;
-    p.elevation = 2;
-    p.normal = normal;
+    p.setElevation(2);
+    p.setNormal(normal);
     const Matrix3d toWorld = Matrix3d::planeToWorld(normal);
     const auto vertex = [&](std::size_t i) { return toWorld.transform(Point3d{p.points[i % 3], 2}); };
     const auto pieces = Explode(p, d.db);

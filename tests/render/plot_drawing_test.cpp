@@ -111,7 +111,7 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
   // A wide polyline band 4 units across, a half circle by bulge, a circle, a solid.
   auto wide = std::make_unique<cad::LwPolyline>();
   wide->points = {{5, 40}, {45, 40}};
-  wide->constantWidth = 4;
+  wide->setConstantWidth(4);
   Add(db, model, std::move(wide));
   auto arc = std::make_unique<cad::LwPolyline>();
   arc->points = {{60, 30}, {80, 30}};
