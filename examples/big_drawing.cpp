@@ -76,7 +76,7 @@ void MakeBlocks(BigDrawing& b) {
   def->text = "000";
   def->height = 300;
   def->hAlign = TextHAlign::Middle;
-  def->hasAlignPoint = true;
+  def->setHasAlignPoint(true);
   def->style = b.style;
   db.append(tag, std::move(def));
   tag.blockFlags |= BlockRecord::kHasAttributes;

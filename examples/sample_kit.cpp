@@ -77,7 +77,7 @@ LwPolyline& AddPolyline(Database& db, BlockRecord& block, std::vector<Point2d> p
   LwPolyline& p = Append<LwPolyline>(db, block, layer);
   p.points = std::move(points);
   p.polyFlags = closed ? LwPolyline::kClosed : 0;
-  p.constantWidth = width;
+  p.setConstantWidth(width);
   return p;
 }
 
@@ -109,8 +109,7 @@ Text& AddText(Database& db, BlockRecord& block, std::string text, Point2d at, Ob
   t.hAlign = place.hAlign;
   t.vAlign = place.vAlign;
   if (place.hAlign != TextHAlign::Left || place.vAlign != TextVAlign::Baseline) {
-    t.alignPoint = Point3d(at);
-    t.hasAlignPoint = true;
+    t.setAlignPoint(Point3d(at));
   }
   return t;
 }
@@ -185,8 +184,7 @@ Insert& AddInsert(Database& db, BlockRecord& owner, const BlockRecord& block, Po
     for (const auto& [tag, value] : values)
       if (tag == def->tag) att->text = value;
     att->position = place(def->position);
-    att->alignPoint = place(def->alignPoint);
-    att->hasAlignPoint = def->hasAlignPoint;
+    if (def->hasAlignPoint()) att->setAlignPoint(place(def->alignPoint()));
     att->height = def->height * scale;
     att->widthFactor = def->widthFactor;
     att->style = def->style;
@@ -285,8 +283,7 @@ void AddTitleAttDefs(Database& db, BlockRecord& block, const FrameStyle& style, 
     def->text.assign(1, '-');  // default value
     Point3d at{titleOrigin.x + f.at.x, titleOrigin.y + f.at.y, 0};
     def->position = at;
-    def->alignPoint = at;
-    def->hasAlignPoint = true;
+    def->setAlignPoint(at);
     def->hAlign = TextHAlign::Middle;
     def->height = f.height;
     def->widthFactor = 0.7;

@@ -75,6 +75,9 @@ class Database {
   // Makes `o` findable by id; gives it a new handle when it has none or its handle is taken.
   // Returns the id it ended up with. Used by the reader and by every add function below.
   ObjectId registerObject(DbObject& o);
+  // Room for `count` objects in all, so that a reader that knows how many are coming does not
+  // leave the index grown by doubling.
+  void reserveObjects(std::size_t count) { index_.reserve(count); }
   void unregisterObject(ObjectId id);
 
   // ---- tables ----------------------------------------------------------------------------------

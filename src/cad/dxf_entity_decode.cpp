@@ -91,13 +91,13 @@ std::unique_ptr<Entity> DecodeLwPolyline(Reader& r) {
     switch (g.code) {
       case 90: p.points.reserve(ReserveFor(g.integer)); return true;
       case 70: p.polyFlags = r.i16(); return true;
-      case 43: p.constantWidth = g.real; return true;
-      case 38: p.elevation = g.real; return true;
-      case 39: p.thickness = g.real; return true;
+      case 43: p.setConstantWidth(g.real); return true;
+      case 38: p.setElevation(g.real); return true;
+      case 39: p.setThickness(g.real); return true;
       case 10:
         p.points.push_back({g.real, 0});
         if (!p.bulges.empty()) p.bulges.push_back(0);
-        if (!p.widths.empty()) p.widths.push_back({});
+        if (!p.widths().empty()) p.editDetails().widths.push_back({});
         return true;
       case 20:
         if (!p.points.empty()) p.points.back().y = g.real;
@@ -105,11 +105,13 @@ std::unique_ptr<Entity> DecodeLwPolyline(Reader& r) {
       case 40:
       case 41: {
         if (p.points.empty()) return true;  // a width before any vertex belongs to none
-        if (p.widths.empty()) {
-          if (g.real == 0) return true;
-          p.widths.resize(p.points.size());
+        if (p.widths().empty() && g.real == 0) return true;
+        std::vector<Vector2d>& widths = p.editDetails().widths;
+        if (widths.empty()) {
+          widths.reserve(p.points.capacity());
+          widths.resize(p.points.size());
         }
-        Vector2d& w = p.widths.back();
+        Vector2d& w = widths.back();
         (g.code == 40 ? w.x : w.y) = g.real;
         return true;
       }
@@ -117,12 +119,18 @@ std::unique_ptr<Entity> DecodeLwPolyline(Reader& r) {
         if (p.points.empty()) return true;
         if (p.bulges.empty()) {
           if (g.real == 0) return true;
+          p.bulges.reserve(p.points.capacity());  // as many as group 90 announced, not grown by doubling
           p.bulges.resize(p.points.size());
         }
         p.bulges.back() = g.real;
         return true;
       case 91: return true;  // vertex identifiers are not kept
-      case 210: case 220: case 230: SetCoord(p.normal, g.code, 210, g.real); return true;
+      case 210: case 220: case 230: {
+        Vector3d n = p.normal();
+        SetCoord(n, g.code, 210, g.real);
+        p.setNormal(n);
+        return true;
+      }
       default: return false;
     }
   });

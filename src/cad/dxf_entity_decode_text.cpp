@@ -13,18 +13,26 @@ bool TextGroup(T& t, Reader& r) {
     case 1: t.text = r.str(); return true;
     case 10: case 20: case 30: SetCoord(t.position, g.code, 10, g.real); return true;
     case 11: case 21: case 31:
-      SetCoord(t.alignPoint, g.code, 11, g.real);
-      t.hasAlignPoint = true;
+    {
+      TextDetails& d = t.editDetails();
+      SetCoord(d.alignPoint, g.code, 11, g.real);
+      d.hasAlignPoint = true;
       return true;
+    }
     case 40: t.height = g.real; return true;
     case 41: t.widthFactor = g.real; return true;
     case 50: t.rotation = DegToRad(g.real); return true;
-    case 51: t.oblique = DegToRad(g.real); return true;
+    case 51: t.setOblique(DegToRad(g.real)); return true;
     case 7: t.style = r.ctx.textStyleByName(r.str()); return true;
-    case 71: t.generation = r.i16(); return true;
+    case 71: t.setGeneration(r.i16()); return true;
     case 72: t.hAlign = static_cast<TextHAlign>(r.i16()); return true;
-    case 39: t.thickness = g.real; return true;
-    case 210: case 220: case 230: SetCoord(t.normal, g.code, 210, g.real); return true;
+    case 39: t.setThickness(g.real); return true;
+    case 210: case 220: case 230: {
+      Vector3d n = t.normal();
+      SetCoord(n, g.code, 210, g.real);
+      t.setNormal(n);
+      return true;
+    }
     default: return false;
   }
 }
@@ -54,9 +62,9 @@ bool AttributeGroup(T& a, Reader& r, bool& tagSeen) {
     case 73: a.fieldLength = r.i16(); return true;
     case 74: a.vAlign = static_cast<TextVAlign>(r.i16()); return true;
     case 280:
-      if (tagSeen) a.lockPosition = r.flag();
+      if (tagSeen) a.setLockPosition(r.flag());
       return true;
-    case 101: ReadEmbedded(r, a.multiline); return true;
+    case 101: ReadEmbedded(r, a.editDetails().multiline); return true;
     default: return TextGroup(a, r);
   }
 }

@@ -50,19 +50,19 @@ void EncodeLwPolyline(Writer& w, const LwPolyline& e) {
   out.str(100, "AcDbPolyline");
   out.integer(90, static_cast<std::int64_t>(e.points.size()));
   out.integer(70, e.polyFlags);
-  if (e.widths.empty()) out.real(43, e.constantWidth);
-  if (e.elevation != 0) out.real(38, e.elevation);
-  if (e.thickness != 0) out.real(39, e.thickness);
+  if (e.widths().empty()) out.real(43, e.constantWidth());
+  if (e.elevation() != 0) out.real(38, e.elevation());
+  if (e.thickness() != 0) out.real(39, e.thickness());
   for (std::size_t i = 0; i < e.points.size(); ++i) {
     out.point2d(10, e.points[i]);
-    if (!e.widths.empty()) {
+    if (!e.widths().empty()) {
       out.real(40, e.startWidthAt(i));
       out.real(41, e.endWidthAt(i));
     }
     const double bulge = e.bulgeAt(i);
     if (bulge != 0) out.real(42, bulge);
   }
-  out.normal(210, e.normal);
+  out.normal(210, e.normal());
   EncodeTail(w, e, k);
 }
 

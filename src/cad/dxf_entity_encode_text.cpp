@@ -14,18 +14,18 @@ template <class T>
 void EncodeTextFields(Writer& w, const T& t) {
   DxfOutput& out = w.out;
   out.str(100, "AcDbText");
-  if (t.thickness != 0) out.real(39, t.thickness);
+  if (t.thickness() != 0) out.real(39, t.thickness());
   out.point(10, t.position);
   out.real(40, t.height);
   w.str(1, t.text);
   if (t.rotation != 0) w.angle(50, t.rotation);
   if (t.widthFactor != 1) out.real(41, t.widthFactor);
-  if (t.oblique != 0) w.angle(51, t.oblique);
+  if (t.oblique() != 0) w.angle(51, t.oblique());
   w.str(7, w.textStyleName(t.style));
-  if (t.generation != 0) out.integer(71, t.generation);
+  if (t.generation() != 0) out.integer(71, t.generation());
   if (t.hAlign != TextHAlign::Left) out.integer(72, static_cast<std::int16_t>(t.hAlign));
-  if (t.hasAlignPoint) out.point(11, t.alignPoint);
-  out.normal(210, t.normal);
+  if (t.hasAlignPoint()) out.point(11, t.alignPoint());
+  out.normal(210, t.normal());
 }
 
 // The attribute subclass after the text groups.
@@ -40,8 +40,8 @@ void EncodeAttributeFields(Writer& w, const T& a, std::string_view subclass, con
   out.integer(70, a.attFlags);
   if (a.fieldLength != 0) out.integer(73, a.fieldLength);
   if (a.vAlign != TextVAlign::Baseline) out.integer(74, static_cast<std::int16_t>(a.vAlign));
-  if (r2010 && a.lockPosition) out.integer(280, 1);
-  w.groups(a.multiline);
+  if (r2010 && a.lockPosition()) out.integer(280, 1);
+  w.groups(a.multiline());
 }
 
 }  // namespace

@@ -235,6 +235,10 @@ bool Reader::readHeader() {
   const std::string acadver(TrimBlanks(db_.header.getString("$ACADVER")));
   if (!acadver.empty()) version_ = DxfVersionOf(acadver);
   fileHandSeed_ = db_.header.getHandle("$HANDSEED").value;
+  // Handles run up to $HANDSEED, so that many objects at most are coming, and fewer when handles
+  // were left unused; the file size bounds a seed far above the objects it holds.
+  constexpr std::uint64_t kObjectBytesAtLeast = 96;
+  db_.reserveObjects(static_cast<std::size_t>(std::min(fileHandSeed_, tok_.fileSize() / kObjectBytesAtLeast)));
   if (!ensureDecoder()) return false;
   for (auto& var : db_.header.variables)
     for (auto& value : var.values)

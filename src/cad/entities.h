@@ -9,6 +9,7 @@
 
 #include "cad/db_object.h"
 #include "cad/geometry.h"
+#include "cad/lazy_part.h"
 
 namespace tv::cad {
 
@@ -65,23 +66,42 @@ class Line final : public EntityOf<Line, Entity, ObjectType::Line> {
   // 39 thickness and 210 extrusion are rare on lines and do not change a plot: kept in extras().unknown.
 };
 
+// LWPOLYLINE fields that most polylines leave at their defaults.
+struct LwPolylineDetails {
+  std::vector<Vector2d> widths;   // 40/41 per point; empty when none given
+  double constantWidth = 0;       // 43
+  double elevation = 0;           // 38
+  double thickness = 0;           // 39
+  Vector3d normal = Vector3d::zAxis();  // 210
+};
+
 class LwPolyline final : public EntityOf<LwPolyline, Entity, ObjectType::LwPolyline> {
  public:
   std::string dxfName() const override { return "LWPOLYLINE"; }
   static constexpr std::int16_t kClosed = 1, kPlinegen = 128;
   bool isClosed() const { return polyFlags & kClosed; }
   double bulgeAt(std::size_t i) const { return i < bulges.size() ? bulges[i] : 0.0; }
-  double startWidthAt(std::size_t i) const { return i < widths.size() ? widths[i].x : constantWidth; }
-  double endWidthAt(std::size_t i) const { return i < widths.size() ? widths[i].y : constantWidth; }
+  double startWidthAt(std::size_t i) const { return i < widths().size() ? widths()[i].x : constantWidth(); }
+  double endWidthAt(std::size_t i) const { return i < widths().size() ? widths()[i].y : constantWidth(); }
 
   std::vector<Point2d> points;    // 10/20, OCS
   std::vector<double> bulges;     // 42; empty when every bulge is 0, else one per point
-  std::vector<Vector2d> widths;   // 40/41 per point; empty when none given
-  double constantWidth = 0;       // 43
-  double elevation = 0;           // 38
-  double thickness = 0;           // 39
   std::int16_t polyFlags = 0;     // 70
-  Vector3d normal = Vector3d::zAxis();  // 210
+
+  // The less common fields, read here and written through the setters or `editDetails()`.
+  const std::vector<Vector2d>& widths() const { return details_.get().widths; }
+  double constantWidth() const { return details_.get().constantWidth; }
+  double elevation() const { return details_.get().elevation; }
+  double thickness() const { return details_.get().thickness; }
+  const Vector3d& normal() const { return details_.get().normal; }
+  void setConstantWidth(double w) { details_.set(&LwPolylineDetails::constantWidth, w); }
+  void setElevation(double z) { details_.set(&LwPolylineDetails::elevation, z); }
+  void setThickness(double t) { details_.set(&LwPolylineDetails::thickness, t); }
+  void setNormal(const Vector3d& n) { details_.set(&LwPolylineDetails::normal, n); }
+  LwPolylineDetails& editDetails() { return details_.edit(); }
+
+ private:
+  LazyPart<LwPolylineDetails> details_;
 };
 
 struct PolylineVertex {
@@ -201,25 +221,63 @@ class Face3d final : public QuadEntity<Face3d, ObjectType::Face3d> {
 enum class TextHAlign : std::int16_t { Left = 0, Center = 1, Right = 2, Aligned = 3, Middle = 4, Fit = 5 };
 enum class TextVAlign : std::int16_t { Baseline = 0, Bottom = 1, Middle = 2, Top = 3 };
 
-// Fields shared by TEXT, ATTDEF and ATTRIB.
+// Text fields that most texts leave at their defaults.
+struct TextDetails {
+  Point3d alignPoint;        // 11, OCS, used unless left/baseline aligned
+  bool hasAlignPoint = false;
+  bool lockPosition = false;  // 280 after the tag, attributes only
+  std::int16_t generation = 0;  // 71
+  double oblique = 0;        // 51, radians
+  double thickness = 0;      // 39
+  Vector3d normal = Vector3d::zAxis();  // 210
+  Groups multiline;          // 101 embedded MTEXT of a multi-line attribute, kept as read; attributes only
+};
+
+// Fields shared by TEXT, ATTDEF and ATTRIB. The less common ones are in `TextDetails`, read
+// through the accessors and written through the setters or `editDetails()`.
 template <class Derived, ObjectType kType>
 class TextBase : public EntityOf<Derived, Entity, kType> {
  public:
   static constexpr std::int16_t kMirrorX = 2, kMirrorY = 4;  // 71
   std::string text;          // 1, UTF-8 with DXF escapes resolved
   Point3d position;          // 10, OCS, the first alignment point
-  Point3d alignPoint;        // 11, OCS, used unless left/baseline aligned
-  bool hasAlignPoint = false;
   double height = 0;         // 40
   double rotation = 0;       // 50, radians
   double widthFactor = 1;    // 41
-  double oblique = 0;        // 51, radians
   ObjectId style;            // 7, by name
-  std::int16_t generation = 0;  // 71
+
+ private:
+  LazyPart<TextDetails> details_;
+
+ public:
+  // Last, so that a derived record's small fields fill the padding after them.
   TextHAlign hAlign = TextHAlign::Left;    // 72
   TextVAlign vAlign = TextVAlign::Baseline;  // 73 (74 for attributes)
-  double thickness = 0;      // 39
-  Vector3d normal = Vector3d::zAxis();  // 210
+
+  const Point3d& alignPoint() const { return details_.get().alignPoint; }
+  bool hasAlignPoint() const { return details_.get().hasAlignPoint; }
+  std::int16_t generation() const { return details_.get().generation; }
+  double oblique() const { return details_.get().oblique; }
+  double thickness() const { return details_.get().thickness; }
+  const Vector3d& normal() const { return details_.get().normal; }
+  const Groups& multiline() const { return details_.get().multiline; }
+
+  // Sets the second alignment point and marks it present.
+  void setAlignPoint(const Point3d& p) {
+    TextDetails& d = details_.edit();
+    d.alignPoint = p;
+    d.hasAlignPoint = true;
+  }
+  void setHasAlignPoint(bool has) { details_.set(&TextDetails::hasAlignPoint, has); }
+  void setGeneration(std::int16_t g) { details_.set(&TextDetails::generation, g); }
+  void setOblique(double radians) { details_.set(&TextDetails::oblique, radians); }
+  void setThickness(double t) { details_.set(&TextDetails::thickness, t); }
+  void setNormal(const Vector3d& n) { details_.set(&TextDetails::normal, n); }
+  TextDetails& editDetails() { return details_.edit(); }
+
+ protected:
+  bool lockPositionField() const { return details_.get().lockPosition; }
+  void setLockPositionField(bool lock) { details_.set(&TextDetails::lockPosition, lock); }
 };
 
 class Text final : public TextBase<Text, ObjectType::Text> {
@@ -233,23 +291,24 @@ inline constexpr std::int16_t kAttInvisible = 1, kAttConstant = 2, kAttVerify = 
 class AttDef final : public TextBase<AttDef, ObjectType::AttDef> {
  public:
   std::string dxfName() const override { return "ATTDEF"; }
-  std::string tag;     // 2
-  std::string prompt;  // 3
   std::int16_t attFlags = 0;     // 70
   std::int16_t fieldLength = 0;  // 73
-  bool lockPosition = false;     // 280 (subclass AcDbAttributeDefinition)
-  Groups multiline;    // 101 embedded MTEXT of a multi-line attribute, kept as read
+  std::string tag;     // 2
+  std::string prompt;  // 3
+  // 280 (subclass AcDbAttributeDefinition)
+  bool lockPosition() const { return lockPositionField(); }
+  void setLockPosition(bool lock) { setLockPositionField(lock); }
 };
 
 class Attrib final : public TextBase<Attrib, ObjectType::Attrib> {
  public:
   std::string dxfName() const override { return "ATTRIB"; }
   bool isInvisible() const { return attFlags & kAttInvisible; }
-  std::string tag;
   std::int16_t attFlags = 0;
   std::int16_t fieldLength = 0;
-  bool lockPosition = false;
-  Groups multiline;
+  std::string tag;
+  bool lockPosition() const { return lockPositionField(); }
+  void setLockPosition(bool lock) { setLockPositionField(lock); }
 };
 
 class MText final : public EntityOf<MText, Entity, ObjectType::MText> {

@@ -55,12 +55,11 @@ Pieces MTextLines(const MText& m, const Database& db, const TextMeasurer& measur
     t->height = layout.height;
     t->widthFactor = layout.widthFactor;
     t->style = m.style;
-    t->normal = n;
+    t->setNormal(n);
     t->rotation = rotation;
     const Point2d anchor = line.baselineStart + Vector2d{line.width * layout.column / 2.0, 0};
     t->position = toOcs.transform(layout.frameToWorld.transform(Point3d{line.baselineStart}));
-    t->alignPoint = toOcs.transform(layout.frameToWorld.transform(Point3d{anchor}));
-    t->hasAlignPoint = layout.column != 0;
+    if (layout.column != 0) t->setAlignPoint(toOcs.transform(layout.frameToWorld.transform(Point3d{anchor})));
     t->hAlign = layout.column == 0 ? TextHAlign::Left : layout.column == 1 ? TextHAlign::Center : TextHAlign::Right;
     out.push_back(std::move(t));
   }
@@ -233,8 +232,8 @@ std::vector<std::unique_ptr<Entity>> Explode(const Entity& entity, const Databas
     case ObjectType::LwPolyline: {
       const auto& p = static_cast<const LwPolyline&>(entity);
       std::vector<Point3d> pts;
-      for (Point2d q : p.points) pts.push_back(Point3d{q, p.elevation});
-      OutlinePieces(p, pts, p.bulges, p.isClosed(), p.normal, p.thickness, out);
+      for (Point2d q : p.points) pts.push_back(Point3d{q, p.elevation()});
+      OutlinePieces(p, pts, p.bulges, p.isClosed(), p.normal(), p.thickness(), out);
       break;
     }
     case ObjectType::Polyline: PolylinePieces(static_cast<const Polyline&>(entity), out); break;

@@ -138,9 +138,9 @@ class Builder {
   template <class T>
   void text(const T& t, const Matrix3d& xf, Extents3d& out) {
     if (auto box = TextBoxOcs(TextParamsOf(t), db_, m_)) {
-      const Matrix3d f = Plane(xf, t.normal);
+      const Matrix3d f = Plane(xf, t.normal());
       for (const Point3d& p : *box) out.add(f.transform(p));
-      Extrude(out, xf, t.normal, t.thickness);
+      Extrude(out, xf, t.normal(), t.thickness());
     }
   }
 
@@ -162,12 +162,12 @@ void Builder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
     }
     case ObjectType::LwPolyline: {
       const auto& p = static_cast<const LwPolyline&>(e);
-      const Matrix3d f = Plane(xf, p.normal);
-      Bulged(ext, f, p.points, p.bulges, p.isClosed(), p.elevation);
-      double width = p.constantWidth;
-      for (const Vector2d& w : p.widths) width = std::max({width, w.x, w.y});
+      const Matrix3d f = Plane(xf, p.normal());
+      Bulged(ext, f, p.points, p.bulges, p.isClosed(), p.elevation());
+      double width = p.constantWidth();
+      for (const Vector2d& w : p.widths()) width = std::max({width, w.x, w.y});
       Widen(ext, f, width / 2);
-      Extrude(ext, xf, p.normal, p.thickness);
+      Extrude(ext, xf, p.normal(), p.thickness());
       break;
     }
     case ObjectType::Polyline: polyline(static_cast<const Polyline&>(e), xf, ext); break;

@@ -41,8 +41,8 @@ struct TextParams {
 
 template <class T>
 TextParams TextParamsOf(const T& t) {
-  return {t.text, t.position, t.alignPoint, t.hasAlignPoint, t.height, t.rotation, t.widthFactor, t.oblique,
-          t.generation, t.hAlign, t.vAlign, t.style, t.normal};
+  return {t.text, t.position, t.alignPoint(), t.hasAlignPoint(), t.height, t.rotation, t.widthFactor, t.oblique(),
+          t.generation(), t.hAlign, t.vAlign, t.style, t.normal()};
 }
 
 // Corners of the text box in the entity's OCS (baseline start, baseline end, top end, top start),

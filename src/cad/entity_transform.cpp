@@ -53,11 +53,11 @@ bool TransformCircular(C& c, const Matrix3d& xf) {
 // rotation, height, width factor, oblique angle and mirror flags; any non-singular map fits.
 template <class T>
 bool TransformText(T& t, const Matrix3d& xf) {
-  const auto pm = MapPlane(xf, t.normal);
+  const auto pm = MapPlane(xf, t.normal());
   if (!pm) return false;
   const double h = t.height > 0 ? t.height : 1.0, wf = t.widthFactor > 0 ? t.widthFactor : 1.0;
-  const double mx = (t.generation & Text::kMirrorX) ? -1 : 1, my = (t.generation & Text::kMirrorY) ? -1 : 1;
-  const double ob = std::isfinite(t.oblique) ? t.oblique : 0.0;
+  const double mx = (t.generation() & Text::kMirrorX) ? -1 : 1, my = (t.generation() & Text::kMirrorY) ? -1 : 1;
+  const double ob = std::isfinite(t.oblique()) ? t.oblique() : 0.0;
   const double c = std::cos(t.rotation), s = std::sin(t.rotation);
   const auto rotate = [](Vector2d v, double c, double s) { return Vector2d{c * v.x - s * v.y, s * v.x + c * v.y}; };
   const Vector2d au = Apply(*pm, rotate({mx, 0}, c, s)) * (h * wf);
@@ -72,18 +72,18 @@ bool TransformText(T& t, const Matrix3d& xf) {
   if (!(h2 > 0)) return false;
   const double ob2 = std::atan(mx2 * up.x / h2);
   if (std::abs(ob2) > kMaxOblique) return false;
-  const Point3d position = pm->map(t.position), alignPoint = pm->map(t.alignPoint);
+  const Point3d position = pm->map(t.position), alignPoint = pm->map(t.alignPoint());
   if (!Finite(position) || !Finite(alignPoint)) return false;
   t.height = t.height > 0 ? h2 : t.height;
   t.widthFactor = au.length() / h2;
   t.rotation = NormalizeAngle(rot2);
-  t.oblique = std::abs(ob2) < 1e-14 ? 0.0 : NormalizeAngle(ob2);
-  t.generation = static_cast<std::int16_t>((t.generation & ~(Text::kMirrorX | Text::kMirrorY)) | (mx2 < 0 ? Text::kMirrorX : 0) |
-                                           (my2 < 0 ? Text::kMirrorY : 0));
+  t.setOblique(std::abs(ob2) < 1e-14 ? 0.0 : NormalizeAngle(ob2));
+  t.setGeneration(static_cast<std::int16_t>((t.generation() & ~(Text::kMirrorX | Text::kMirrorY)) |
+                                            (mx2 < 0 ? Text::kMirrorX : 0) | (my2 < 0 ? Text::kMirrorY : 0)));
   t.position = position;
-  t.alignPoint = alignPoint;
-  t.normal = pm->normal;
-  t.thickness *= pm->zScale;
+  if (t.hasAlignPoint()) t.setAlignPoint(alignPoint);
+  t.setNormal(pm->normal);
+  t.setThickness(t.thickness() * pm->zScale);
   return true;
 }
 
@@ -120,24 +120,26 @@ bool TransformInsert(Insert& ins, const Matrix3d& xf) {
 bool PlanarOutlineFits(const PlaneMap& pm, bool hasBulges, bool hasWidths) { return pm.similar || (!hasBulges && !hasWidths); }
 
 bool TransformLwPolyline(LwPolyline& p, const Matrix3d& xf) {
-  const auto pm = MapPlane(xf, p.normal);
+  const auto pm = MapPlane(xf, p.normal());
   if (!pm) return false;
   const bool bulged = std::any_of(p.bulges.begin(), p.bulges.end(), [](double b) { return b != 0; });
-  const bool wide = p.constantWidth != 0 || std::any_of(p.widths.begin(), p.widths.end(), [](Vector2d w) { return w.x != 0 || w.y != 0; });
+  const auto& widths = p.widths();
+  const bool wide = p.constantWidth() != 0 || std::any_of(widths.begin(), widths.end(), [](Vector2d w) { return w.x != 0 || w.y != 0; });
   if (!PlanarOutlineFits(*pm, bulged, wide)) return false;
-  double elevation = pm->map(Point3d{0, 0, p.elevation}).z;
+  double elevation = pm->map(Point3d{0, 0, p.elevation()}).z;
   for (Point2d& q : p.points) {
-    const Point3d m = pm->map(Point3d{q, p.elevation});
+    const Point3d m = pm->map(Point3d{q, p.elevation()});
     q = m.to2d();
     elevation = m.z;
   }
   if (pm->mirrored)
     for (double& b : p.bulges) b = -b;
-  p.constantWidth *= pm->scale;
-  for (Vector2d& w : p.widths) w = w * pm->scale;
-  p.elevation = elevation;
-  p.thickness *= pm->zScale;
-  p.normal = pm->normal;
+  p.setConstantWidth(p.constantWidth() * pm->scale);
+  if (!widths.empty())
+    for (Vector2d& w : p.editDetails().widths) w = w * pm->scale;
+  p.setElevation(elevation);
+  p.setThickness(p.thickness() * pm->zScale);
+  p.setNormal(pm->normal);
   return true;
 }
 

@@ -55,7 +55,7 @@ Outline Flatten(const std::vector<Point2d>& pts, const std::vector<Vector2d>& wi
 }
 
 std::unique_ptr<Entity> ApproximateLwPolyline(const LwPolyline& src, const Matrix3d& xf) {
-  const auto pm = MapPlane(xf, src.normal);
+  const auto pm = MapPlane(xf, src.normal());
   if (!pm) return nullptr;
   std::vector<Vector2d> widths;
   for (std::size_t i = 0; i < src.points.size(); ++i) widths.push_back({src.startWidthAt(i), src.endWidthAt(i)});
@@ -64,19 +64,19 @@ std::unique_ptr<Entity> ApproximateLwPolyline(const LwPolyline& src, const Matri
   const double s = MeanScale(*pm);
   p->points.clear();
   p->bulges.clear();
-  p->widths.clear();
+  if (!p->widths().empty()) p->editDetails().widths.clear();
   const bool wide = std::any_of(flat.widths.begin(), flat.widths.end(), [](Vector2d w) { return w.x != 0 || w.y != 0; });
-  double elevation = pm->map(Point3d{0, 0, src.elevation}).z;
+  double elevation = pm->map(Point3d{0, 0, src.elevation()}).z;
   for (std::size_t i = 0; i < flat.points.size(); ++i) {
-    const Point3d m = pm->map(Point3d{flat.points[i], src.elevation});
+    const Point3d m = pm->map(Point3d{flat.points[i], src.elevation()});
     p->points.push_back(m.to2d());
     elevation = m.z;
-    if (wide) p->widths.push_back(flat.widths[i] * s);
+    if (wide) p->editDetails().widths.push_back(flat.widths[i] * s);
   }
-  p->constantWidth = src.constantWidth * s;
-  p->elevation = elevation;
-  p->thickness *= pm->zScale;
-  p->normal = pm->normal;
+  p->setConstantWidth(src.constantWidth() * s);
+  p->setElevation(elevation);
+  p->setThickness(p->thickness() * pm->zScale);
+  p->setNormal(pm->normal);
   return p;
 }
 

@@ -430,7 +430,7 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
   Outline& o = out.own;
   const auto text = [&](const auto& t) {
     if (auto box = TextBoxOcs(TextParamsOf(t), db_, m_)) {
-      const Matrix3d f = PlaneToWorld(t.normal);
+      const Matrix3d f = PlaneToWorld(t.normal());
       o.start();
       for (const Point3d& p : *box) o.add(f.transform(p));
       o.finish(true);
@@ -450,7 +450,7 @@ void ShapeBuilder::entity(const Entity& e, Shape& out) {
     case ObjectType::LwPolyline: {
       const auto& p = static_cast<const LwPolyline&>(e);
       BulgedPoints(p.points, [&](std::size_t i) { return p.bulgeAt(i); }, p.isClosed(), scratch_);
-      Emit(o, PlaneToWorld(p.normal), p.elevation, scratch_, p.isClosed(), false);
+      Emit(o, PlaneToWorld(p.normal()), p.elevation(), scratch_, p.isClosed(), false);
       break;
     }
     case ObjectType::Polyline: EmitPolyline(o, static_cast<const Polyline&>(e), scratch_); break;

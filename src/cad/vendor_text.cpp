@@ -118,8 +118,7 @@ std::unique_ptr<Entity> VendorTextStandIn(const ProxyEntity& proxy, const Databa
   if (h >= 0 && h <= 5) t->hAlign = static_cast<TextHAlign>(static_cast<std::int16_t>(h));
   if (v >= 0 && v <= 3) t->vAlign = static_cast<TextVAlign>(static_cast<std::int16_t>(v));
   if (First(proxy, 11)) {
-    t->alignPoint = {Number(proxy, 11, 0), Number(proxy, 21, 0), Number(proxy, 31, 0)};
-    t->hasAlignPoint = true;
+    t->setAlignPoint({Number(proxy, 11, 0), Number(proxy, 21, 0), Number(proxy, 31, 0)});
   }
   t->layer = proxy.layer;
   return t;

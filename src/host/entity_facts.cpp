@@ -39,9 +39,9 @@ std::vector<Point2d> Entity::vertices() const {
   if (!impl_) return out;
   if (const auto* lw = cad::As<cad::LwPolyline>(impl_->entity)) {
     // Lightweight polylines keep OCS points at one elevation.
-    const Matrix3d toWorld = Matrix3d::planeToWorld(lw->normal);
+    const Matrix3d toWorld = Matrix3d::planeToWorld(lw->normal());
     out.reserve(lw->points.size());
-    for (const Point2d& p : lw->points) out.push_back(toWorld.transform(Point3d{p, lw->elevation}).to2d());
+    for (const Point2d& p : lw->points) out.push_back(toWorld.transform(Point3d{p, lw->elevation()}).to2d());
   } else if (const auto* pl = cad::As<cad::Polyline>(impl_->entity)) {
     // 2D polylines keep OCS vertices at the header's elevation; 3D ones and meshes world points.
     const bool planar = !pl->is3d() && !pl->isMeshOrPolyface();
@@ -150,8 +150,8 @@ std::string Entity::textContent() const {
   if (!impl_) return {};
   const cad::Entity& e = *impl_->entity;
   if (const auto* t = cad::As<cad::Text>(&e)) return t->text;
-  if (const auto* d = cad::As<cad::AttDef>(&e)) return d->multiline.empty() ? d->text : cad::MTextPlainText(d->text);
-  if (const auto* a = cad::As<cad::Attrib>(&e)) return a->multiline.empty() ? a->text : cad::MTextPlainText(a->text);
+  if (const auto* d = cad::As<cad::AttDef>(&e)) return d->multiline().empty() ? d->text : cad::MTextPlainText(d->text);
+  if (const auto* a = cad::As<cad::Attrib>(&e)) return a->multiline().empty() ? a->text : cad::MTextPlainText(a->text);
   if (const auto* m = cad::As<cad::MText>(&e)) return cad::MTextPlainText(m->text);
   if (const auto* p = cad::As<cad::ProxyEntity>(&e)) return p->text();
   return {};
@@ -159,7 +159,7 @@ std::string Entity::textContent() const {
 
 bool Entity::isMTextAttribute() const {
   const auto* a = impl_ ? cad::As<cad::Attrib>(impl_->entity) : nullptr;
-  return a && !a->multiline.empty();
+  return a && !a->multiline().empty();
 }
 
 std::string Entity::storedText() const {

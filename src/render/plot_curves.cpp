@@ -104,7 +104,7 @@ void DrawingPlotter::drawWidePolyline(const std::vector<Point2d>& pts, const std
 void DrawingPlotter::drawLwPolyline(const cad::LwPolyline& p, const Look& look, const DrawContext& ctx) {
   std::vector<Vector2d> widths(p.points.size());
   for (std::size_t i = 0; i < p.points.size(); ++i) widths[i] = {p.startWidthAt(i), p.endWidthAt(i)};
-  drawWidePolyline(p.points, p.bulges, widths, p.isClosed(), p.elevation, ctx.toPage * Matrix3d::planeToWorld(p.normal), look, ctx);
+  drawWidePolyline(p.points, p.bulges, widths, p.isClosed(), p.elevation(), ctx.toPage * Matrix3d::planeToWorld(p.normal()), look, ctx);
 }
 
 void DrawingPlotter::drawPolyline(const cad::Polyline& p, const Look& look, const DrawContext& ctx) {

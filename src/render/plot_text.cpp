@@ -67,7 +67,7 @@ void DrawingPlotter::drawTextEntity(const T& t, const Look& look, const DrawCont
   const std::vector<ShapedGlyph> shaped = ShapeText(plain, style);
   const double advance = Advance(shaped);
   if (!(advance > 0)) return;
-  const Matrix3d m = ctx.toPage * Matrix3d::planeToWorld(t.normal);
+  const Matrix3d m = ctx.toPage * Matrix3d::planeToWorld(t.normal());
   const auto& c = *box;
   for (const auto& p : c)
     if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) return;

@@ -373,14 +373,14 @@ bool DrawingPlotter::outlineOf(const cad::Entity& e, const DrawContext& ctx, Pol
   switch (e.type()) {
     case cad::ObjectType::LwPolyline: {
       const auto& p = static_cast<const cad::LwPolyline&>(e);
-      const Matrix3d ocs = Matrix3d::planeToWorld(p.normal);
+      const Matrix3d ocs = Matrix3d::planeToWorld(p.normal());
       std::vector<Point2d> flat;
       const std::size_t n = p.points.size();
       for (std::size_t i = 0; i < n; ++i) {
         if (i == 0) flat.push_back(p.points[0]);
         if (i + 1 < n || p.isClosed()) AppendBulgeSegment(flat, p.points[i], p.points[(i + 1) % n], p.bulgeAt(i), tol);
       }
-      for (const Point2d& q : flat) pts.push_back(ocs.transform(Point3d{q, p.elevation}));
+      for (const Point2d& q : flat) pts.push_back(ocs.transform(Point3d{q, p.elevation()}));
       break;
     }
     case cad::ObjectType::Polyline: {

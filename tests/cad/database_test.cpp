@@ -144,6 +144,49 @@ TEST(Database, CopiesAreDeep) {
   EXPECT_EQ(As<Line>(copy.get()), nullptr);
 }
 
+// Rarely set fields live apart from the record: a copy must own them, and a record that never
+// set them reads the defaults.
+TEST(Database, CopiesOwnTheirRarelySetFields) {
+  Text text;
+  EXPECT_EQ(text.normal(), Vector3d::zAxis());
+  EXPECT_FALSE(text.hasAlignPoint());
+  text.setOblique(0.25);
+  text.setAlignPoint({1, 2, 0});
+  auto textCopy = text.clone();
+  auto* t = As<Text>(textCopy.get());
+  ASSERT_NE(t, nullptr);
+  t->setOblique(0.5);
+  t->setHasAlignPoint(false);
+  EXPECT_EQ(text.oblique(), 0.25);
+  EXPECT_TRUE(text.hasAlignPoint());
+  EXPECT_EQ(t->oblique(), 0.5);
+  EXPECT_EQ(t->alignPoint(), Point3d(1, 2, 0));
+
+  Attrib att;
+  att.setLockPosition(true);
+  att.editDetails().multiline.emplace_back(101, std::string("Embedded Object"));
+  auto attCopy = att.clone();
+  auto* a = As<Attrib>(attCopy.get());
+  ASSERT_NE(a, nullptr);
+  a->editDetails().multiline.clear();
+  EXPECT_TRUE(a->lockPosition());
+  EXPECT_EQ(att.multiline().size(), 1u);
+
+  LwPolyline poly;
+  EXPECT_EQ(poly.startWidthAt(0), 0);
+  poly.points = {{0, 0}, {1, 0}};
+  poly.editDetails().widths = {{1, 2}, {3, 4}};
+  poly.setElevation(5);
+  auto polyCopy = poly.clone();
+  auto* p = As<LwPolyline>(polyCopy.get());
+  ASSERT_NE(p, nullptr);
+  p->editDetails().widths.clear();
+  p->setConstantWidth(7);
+  EXPECT_EQ(poly.endWidthAt(1), 4);
+  EXPECT_EQ(p->endWidthAt(1), 7);
+  EXPECT_EQ(p->elevation(), 5);
+}
+
 TEST(Database, VersionNames) {
   EXPECT_EQ(DxfVersionOf("AC1009"), DxfVersion::R12);
   EXPECT_EQ(DxfVersionOf("AC1006"), DxfVersion::R12);

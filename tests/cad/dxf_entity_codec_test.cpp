@@ -235,7 +235,7 @@ TEST_F(EntityCodec, TextAlignmentAndAttributeSubclass) {
   auto text = roundTrip(kText);
   auto* t = As<Text>(text.get());
   ASSERT_TRUE(t);
-  EXPECT_TRUE(t->hasAlignPoint);
+  EXPECT_TRUE(t->hasAlignPoint());
   EXPECT_EQ(t->hAlign, TextHAlign::Center);
   EXPECT_EQ(t->vAlign, TextVAlign::Middle);
   EXPECT_EQ(ctx.db().objectAs<TextStyle>(t->style)->name, "Notes");
@@ -247,7 +247,7 @@ TEST_F(EntityCodec, TextAlignmentAndAttributeSubclass) {
   EXPECT_EQ(a->prompt, "Number?");
   EXPECT_EQ(a->fieldLength, 4);
   EXPECT_EQ(a->vAlign, TextVAlign::Middle);
-  EXPECT_TRUE(a->lockPosition);
+  EXPECT_TRUE(a->lockPosition());
 }
 
 TEST_F(EntityCodec, TangentTextKeepsItsStringAsAProxy) {
@@ -274,7 +274,7 @@ TEST_F(EntityCodec, InsertTakesItsAttributesAndSeqend) {
   EXPECT_EQ(num.tag, "NUM");
   EXPECT_EQ(num.text, "D-01");
   EXPECT_EQ(num.vAlign, TextVAlign::Middle);
-  EXPECT_TRUE(num.lockPosition);
+  EXPECT_TRUE(num.lockPosition());
   EXPECT_TRUE(ins->attribs[1]->isInvisible());
 
   // An erased attribute is not written; with none left, neither is the SEQEND.

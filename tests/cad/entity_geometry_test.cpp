@@ -97,7 +97,7 @@ TEST(EntityExtents, BulgedLwPolylineFollowsItsArcsAndHalfItsWidth) {
   ExpectBox(EntityExtents(p, d.db), {0, -5}, {10, 0});
   p.bulges = {-1, 0};
   ExpectBox(EntityExtents(p, d.db), {0, 0}, {10, 5});
-  p.constantWidth = 2;
+  p.setConstantWidth(2);
   ExpectBox(EntityExtents(p, d.db), {-1, -1}, {11, 6});
   // Closing segment with its own bulge.
   LwPolyline closed;
@@ -132,8 +132,7 @@ TEST(EntityExtents, TextFollowsAlignmentRotationAndMirroring) {
   Text t;
   t.text = "ABCD";  // 2 units wide at height 1 with the half-em measurer
   t.height = 2;
-  t.hasAlignPoint = true;
-  t.alignPoint = {10, 0, 0};
+  t.setAlignPoint({10, 0, 0});
   t.rotation = kPi / 2;
   t.hAlign = TextHAlign::Right;
   ExpectBox(EntityExtents(t, d.db, &kHalfEm), {8, -4}, {10, 0});
@@ -154,21 +153,20 @@ TEST(EntityExtents, TextFollowsAlignmentRotationAndMirroring) {
   plain.position = {1, 1, 0};
   plain.widthFactor = 0.5;
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, 1}, {3, 3});
-  plain.generation = Text::kMirrorX;  // backward text runs to the left of its start
+  plain.setGeneration(Text::kMirrorX);  // backward text runs to the left of its start
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {-1, 1}, {1, 3});
-  plain.generation = Text::kMirrorY;  // upside down hangs below the baseline
+  plain.setGeneration(Text::kMirrorY);  // upside down hangs below the baseline
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, -1}, {3, 1});
-  plain.generation = 0;
+  plain.setGeneration(0);
   plain.widthFactor = 1;
-  plain.oblique = DegToRad(45);  // the top edge leans right by the height
+  plain.setOblique(DegToRad(45));  // the top edge leans right by the height
   ExpectBox(EntityExtents(plain, d.db, &kHalfEm), {1, 1}, {7, 3});
 
   Text fitted;
   fitted.text = "ABCD";
   fitted.height = 2;
   fitted.position = {0, 0, 0};
-  fitted.alignPoint = {8, 0, 0};
-  fitted.hasAlignPoint = true;
+  fitted.setAlignPoint({8, 0, 0});
   fitted.hAlign = TextHAlign::Aligned;  // twice as wide as measured: twice as high
   ExpectBox(EntityExtents(fitted, d.db, &kHalfEm), {0, 0}, {8, 4});
   fitted.hAlign = TextHAlign::Fit;  // stretched, height kept
@@ -372,7 +370,7 @@ TEST(Explode, NonUniformInsertMakesEllipsesAndResolvesByBlock) {
   ASSERT_EQ(mirrored.size(), 3u);
   ASSERT_NE(As<Circle>(mirrored[0].get()), nullptr);
   ExpectPoint(As<Circle>(mirrored[0].get())->center, {9, 0, 0});
-  EXPECT_TRUE(As<Text>(mirrored[2].get())->generation & Text::kMirrorX);
+  EXPECT_TRUE(As<Text>(mirrored[2].get())->generation() & Text::kMirrorX);
 }
 
 TEST(Explode, MTextBecomesPlainTextLines) {
@@ -399,7 +397,7 @@ TEST(Explode, MTextBecomesPlainTextLines) {
   const auto centred = Explode(m, d.db);
   const auto* first = As<Text>(centred[0].get());
   EXPECT_EQ(first->hAlign, TextHAlign::Center);
-  ExpectPoint(first->alignPoint, {1, 10, 0});
+  ExpectPoint(first->alignPoint(), {1, 10, 0});
   EXPECT_NEAR(first->rotation, kPi / 2, 1e-12);
 }
 
@@ -410,8 +408,8 @@ TEST(Explode, BulgedPolylineGivesArcsThroughItsVertices) {
     p.points = {{0, 0}, {10, 0}, {10, 5}};
     p.bulges = {0.5, 0, -1};
     p.polyFlags = LwPolyline::kClosed;
-    p.elevation = 2;
-    p.normal = normal;
+    p.setElevation(2);
+    p.setNormal(normal);
     const Matrix3d toWorld = Matrix3d::planeToWorld(normal);
     const auto vertex = [&](std::size_t i) { return toWorld.transform(Point3d{p.points[i % 3], 2}); };
     const auto pieces = Explode(p, d.db);
@@ -525,13 +523,12 @@ TEST(Transform, CopiesCarryTheirBoxAlong) {
   auto text = std::make_unique<Text>();
   text->text = "Tilted";
   text->height = 2;
-  text->oblique = DegToRad(15);
+  text->setOblique(DegToRad(15));
   text->rotation = DegToRad(90);
-  text->generation = Text::kMirrorX;
+  text->setGeneration(Text::kMirrorX);
   text->hAlign = TextHAlign::Center;
   text->vAlign = TextVAlign::Top;
-  text->hasAlignPoint = true;
-  text->alignPoint = {4, 5, 0};
+  text->setAlignPoint({4, 5, 0});
   samples.push_back(std::move(text));
   auto arc = std::make_unique<Arc>();
   arc->center = {1, 2, 0};

@@ -347,11 +347,10 @@ TEST(SelectByFence, TextBoxesAreAreasMatchingTheirExtents) {
   auto def = std::make_unique<AttDef>();
   def->text = "TAG VALUE";
   def->position = {400, 0, 0};
-  def->alignPoint = {400, 0, 0};
-  def->hasAlignPoint = true;
+  def->setAlignPoint({400, 0, 0});
   def->hAlign = TextHAlign::Center;
   def->vAlign = TextVAlign::Middle;
-  def->oblique = 0.2;
+  def->setOblique(0.2);
   def->height = 3;
   const AttDef& attdef = d.add(std::move(def));
   for (const Entity* e : std::vector<const Entity*>{&t, &r, &mtext, &attdef}) {

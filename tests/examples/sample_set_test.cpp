@@ -108,7 +108,7 @@ class FrameReader {
       }
       run.clear();
       if (const auto* pl = As<LwPolyline>(&e); pl && pl->layer == frameLayer_ && pl->points.size() == 4 &&
-                                                (pl->polyFlags & LwPolyline::kClosed) && pl->constantWidth == 0) {
+                                                (pl->polyFlags & LwPolyline::kClosed) && pl->constantWidth() == 0) {
         std::vector<Point3d> corners;
         for (Point2d p : pl->points) corners.push_back(toFrame_.transform(Point3d(p)));
         add(Kind::Polyline, corners);

@@ -80,8 +80,8 @@ using HostEntityPolyline = HostDrawingTest;
 TEST_F(HostEntityPolyline, LightweightPointsGoFromTheirPlaneToWorld) {
   auto flipped = std::make_unique<cad::LwPolyline>();
   flipped->points = {{1, 2}, {3, 2}, {3, 5}};
-  flipped->normal = {0, 0, -1};  // mirrored drawing: OCS x runs to world -x
-  flipped->elevation = 4;
+  flipped->setNormal({0, 0, -1});  // mirrored drawing: OCS x runs to world -x
+  flipped->setElevation(4);
   flipped->polyFlags = cad::LwPolyline::kClosed;
   const ObjectId flippedId = add(std::move(flipped)).id;
 
@@ -89,8 +89,8 @@ TEST_F(HostEntityPolyline, LightweightPointsGoFromTheirPlaneToWorld) {
   // the elevation runs along world x.
   auto side = std::make_unique<cad::LwPolyline>();
   side->points = {{2, 3}};
-  side->normal = {1, 0, 0};
-  side->elevation = 7;
+  side->setNormal({1, 0, 0});
+  side->setElevation(7);
   const ObjectId sideId = add(std::move(side)).id;
 
   Entity f = OpenEntity(flippedId);
@@ -204,7 +204,7 @@ TEST_F(HostEntityKinds, TextContentIsPlainForEveryTextClass) {
   insert->block = db.addBlock("B").id;
   auto att = std::make_unique<cad::Attrib>();
   att->text = "上\\P下";
-  att->multiline = {cad::Group{101, std::string("Embedded Object")}, cad::Group{1, std::string("上\\P下")}};
+  att->editDetails().multiline = {cad::Group{101, std::string("Embedded Object")}, cad::Group{1, std::string("上\\P下")}};
   insert->attribs.push_back(std::move(att));
   const ObjectId attId = add(std::move(insert)).attribs[0]->id;
 

@@ -113,7 +113,7 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
   // A wide polyline band 4 units across, a half circle by bulge, a circle, a solid.
   auto wide = std::make_unique<cad::LwPolyline>();
   wide->points = {{5, 40}, {45, 40}};
-  wide->constantWidth = 4;
+  wide->setConstantWidth(4);
   Add(db, model, std::move(wide));
   auto arc = std::make_unique<cad::LwPolyline>();
   arc->points = {{60, 30}, {80, 30}};
@@ -386,8 +386,7 @@ TEST_F(PlotDrawing, TextPlotsInTheInstalledFont) {
   // Right aligned: the text ends at its alignment point.
   auto right = std::make_unique<cad::Text>();
   right->text = "ABC";
-  right->alignPoint = {95, 5, 0};
-  right->hasAlignPoint = true;
+  right->setAlignPoint({95, 5, 0});
   right->hAlign = cad::TextHAlign::Right;
   right->height = 5;
   right->style = style.id;
