@@ -11,17 +11,10 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
-#include <sstream>
 #include <string>
 
+#include "bench/batch_runs.h"
 #include "bench/frame_set.h"
-#include "console/console_editor.h"
-#include "console/session.h"
-#include "host/module_entry.h"
-#include "plot/output_paths.h"
-#include "settings/config.h"
-#include "settings/plot_setting.h"
 
 namespace {
 
@@ -45,34 +38,9 @@ void BM_PlotFrameSet(benchmark::State& state) {
   std::size_t written = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    std::error_code ec;
-    fs::remove_all(out, ec);
-    fs::create_directories(out, ec);
     std::optional<cad::Database> db = bench::LoadFrameSet(state, kFrames);
     if (!db) break;
-    std::ostringstream transcript;
-    console::SessionOptions options;
-    options.out = &transcript;
-    options.yesNoAnswer = true;
-    auto session = std::make_unique<console::Session>(std::move(*db), (root / "frames.dxf").string(), options);
-    host::OnLoad();
-    settings::GlobalConfig().open_folder_after = 0;
-    settings::PlotSettingRec rec = settings::CurrentPlotSetting();
-    rec.format = format;
-    rec.path_mode = plot::kPathCustom;
-    rec.custom_path = out.string();
-    settings::SaveDwgPlotSetting(rec);
-    session->editor().answers().pushFront({"", "1", "", "^C"});
-    state.ResumeTiming();
-
-    session->runCommandLine("TV_BatchPlot_2");
-
-    state.PauseTiming();
-    written = 0;
-    for (const auto& p : session->editor().plots()) written += p.ok ? 1 : 0;
-    host::OnUnload();
-    session.reset();
-    state.ResumeTiming();
+    written = bench::PlotGenericBatch(state, std::move(*db), root / "frames.dxf", out, format);
   }
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =

@@ -13,17 +13,11 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 
+#include "bench/batch_runs.h"
 #include "bench/frame_set.h"
-#include "console/session.h"
-#include "host/wrappers.h"
-#include "recognition/sheet_order.h"
-#include "recognition/sheet_records.h"
-#include "recognition/sheet_traversal.h"
 
 namespace {
 
@@ -31,12 +25,7 @@ namespace fs = std::filesystem;
 using tv::bench::EnsureFrameFile;
 using tv::bench::FrameFilePath;
 using tv::bench::LoadFrameSet;
-
-std::size_t ModelEntities(const tv::cad::Database& db) {
-  std::size_t n = 0;
-  db.forEachEntity(*db.modelSpace(), [&](const tv::cad::Entity&) { ++n; });
-  return n;
-}
+using tv::bench::ModelEntities;
 
 void BM_LoadFrameSet(benchmark::State& state) {
   const auto frames = static_cast<std::size_t>(state.range(0));
@@ -77,26 +66,9 @@ void BM_RecogniseFrameSet(benchmark::State& state) {
     std::optional<cad::Database> db = LoadFrameSet(state, frames);
     if (!db) break;
     entities = ModelEntities(*db);
-    std::ostringstream transcript;
-    console::SessionOptions options;
-    options.out = &transcript;
-    auto session = std::make_unique<console::Session>(std::move(*db), "frames.dxf", options);
-    host::ReadLayerStates();
-    auto job = std::make_unique<recognition::SheetJob>();
-    state.ResumeTiming();
-
-    ObjectIdArray ids;
-    host::CollectSpaceIds(host::ModelSpaceId(), ids);
-    recognition::ScanSpace(*job, ids, host::ModelSpaceId());
-    recognition::FilterSheets(*job);
-    recognition::OrderSheets(*job, 1);
-
-    state.PauseTiming();
-    found = job->allSheets.size();
-    kept = job->keptSheets.size();
-    job.reset();  // erases the markers while the drawing is still there
-    session.reset();
-    state.ResumeTiming();
+    const bench::RecognisedSheets sheets = bench::RecogniseModelSpace(state, std::move(*db), "frames.dxf");
+    found = sheets.found;
+    kept = sheets.kept;
   }
   state.counters["entities"] = static_cast<double>(entities);
   state.counters["sheets"] = static_cast<double>(found);

@@ -20,6 +20,7 @@
 #include <memory>
 #include <sstream>
 
+#include "bench/batch_runs.h"
 #include "bench/sparse_frame_sets.h"
 #include "console/console_editor.h"
 #include "console/session.h"
@@ -38,13 +39,8 @@
 namespace {
 
 using namespace tv;
+using bench::ModelEntities;
 using bench::SparseSet;
-
-std::size_t ModelEntities(const cad::Database& db) {
-  std::size_t n = 0;
-  db.forEachEntity(*db.modelSpace(), [&](const cad::Entity&) { ++n; });
-  return n;
-}
 
 void Load(benchmark::State& state, SparseSet set) {
   const auto frames = static_cast<std::size_t>(state.range(0));
@@ -82,26 +78,9 @@ void BM_RecogniseBareFrames(benchmark::State& state) {
     state.PauseTiming();
     std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, frames);
     if (!db) break;
-    std::ostringstream transcript;
-    console::SessionOptions options;
-    options.out = &transcript;
-    auto session = std::make_unique<console::Session>(std::move(*db), "bare-frames.dxf", options);
-    host::ReadLayerStates();
-    auto job = std::make_unique<recognition::SheetJob>();
-    state.ResumeTiming();
-
-    ObjectIdArray ids;
-    host::CollectSpaceIds(host::ModelSpaceId(), ids);
-    recognition::ScanSpace(*job, ids, host::ModelSpaceId());
-    recognition::FilterSheets(*job);
-    recognition::OrderSheets(*job, 1);
-
-    state.PauseTiming();
-    found = job->allSheets.size();
-    kept = job->keptSheets.size();
-    job.reset();
-    session.reset();
-    state.ResumeTiming();
+    const bench::RecognisedSheets sheets = bench::RecogniseModelSpace(state, std::move(*db), "bare-frames.dxf");
+    found = sheets.found;
+    kept = sheets.kept;
   }
   state.counters["sheets"] = static_cast<double>(found);
   state.counters["kept"] = static_cast<double>(kept);
@@ -118,34 +97,9 @@ void BM_PlotBareFrames(benchmark::State& state) {
   std::size_t written = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    std::error_code ec;
-    bench::fs::remove_all(out, ec);
-    bench::fs::create_directories(out, ec);
     std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, kFrames);
     if (!db) break;
-    std::ostringstream transcript;
-    console::SessionOptions options;
-    options.out = &transcript;
-    options.yesNoAnswer = true;
-    auto session = std::make_unique<console::Session>(std::move(*db), (root / "bare-frames.dxf").string(), options);
-    host::OnLoad();
-    settings::GlobalConfig().open_folder_after = 0;
-    settings::PlotSettingRec rec = settings::CurrentPlotSetting();
-    rec.format = 0;
-    rec.path_mode = plot::kPathCustom;
-    rec.custom_path = out.string();
-    settings::SaveDwgPlotSetting(rec);
-    session->editor().answers().pushFront({"", "1", "", "^C"});
-    state.ResumeTiming();
-
-    session->runCommandLine("TV_BatchPlot_2");
-
-    state.PauseTiming();
-    written = 0;
-    for (const auto& p : session->editor().plots()) written += p.ok ? 1 : 0;
-    host::OnUnload();
-    session.reset();
-    state.ResumeTiming();
+    written = bench::PlotGenericBatch(state, std::move(*db), root / "bare-frames.dxf", out, 0);
   }
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =

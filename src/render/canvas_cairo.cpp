@@ -171,7 +171,7 @@ void CairoCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
   cairo_fill(cr_);
 }
 
-void CairoCanvas::showGlyphs(const GlyphRun& run) {
+void CairoCanvas::useFontOf(const GlyphRun& run) {
   if (run.face != face_) {
     cairo_set_font_face(cr_, run.face);
     face_ = run.face;
@@ -179,6 +179,10 @@ void CairoCanvas::showGlyphs(const GlyphRun& run) {
   cairo_matrix_t m;
   FontMatrix(run, m);
   cairo_set_font_matrix(cr_, &m);
+}
+
+void CairoCanvas::showGlyphs(const GlyphRun& run) {
+  useFontOf(run);
   const int count = static_cast<int>(run.glyphs.size());
   if (!run.clusters.empty()) {
     cairo_show_text_glyphs(cr_, run.utf8.data(), static_cast<int>(run.utf8.size()), run.glyphs.data(), count,
@@ -192,13 +196,7 @@ void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
   if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
   if (asOutlines) {
     flush();
-    if (run.face != face_) {
-      cairo_set_font_face(cr_, run.face);
-      face_ = run.face;
-    }
-    cairo_matrix_t m;
-    FontMatrix(run, m);
-    cairo_set_font_matrix(cr_, &m);
+    useFontOf(run);
     setColor(run.color);
     if (crisp_) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_DEFAULT);
     cairo_glyph_path(cr_, run.glyphs.data(), static_cast<int>(run.glyphs.size()));

@@ -35,6 +35,8 @@ class CairoCanvas final : public PlotCanvas {
   void beginStroke(Rgb color, double width, std::size_t segments);
   void flushStrokes();
   void flush();
+  // The run's face and size on the context.
+  void useFontOf(const GlyphRun& run);
   void showGlyphs(const GlyphRun& run);
   void setColor(Rgb c);
 
