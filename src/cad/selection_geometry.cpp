@@ -211,6 +211,22 @@ class FenceIndex {
   std::uint32_t tick_ = 0;
 };
 
+// Whether a fence segment may come within its tolerance of a circle's outline: false only when it
+// passes wholly outside the circle or wholly inside the ring its chords keep to, so that the circle
+// need not be flattened to learn it. Circles off the XY plane are always "may".
+bool MayMeetCircle(const Circle& c, const FenceSegment& s) {
+  const double r = std::abs(c.radius);
+  if (!(c.normal == Vector3d::zAxis()) || !std::isfinite(r) || !(r > 0) || !std::isfinite(c.center.x) || !std::isfinite(c.center.y))
+    return true;
+  const Point2d centre{c.center.x, c.center.y};
+  const double slack = s.tol + 1e-9 * (r + std::abs(centre.x) + std::abs(centre.y));
+  const double nearest = std::sqrt(Dist2PointSegment(centre, s.a, s.b));
+  if (nearest > r + slack) return false;
+  // The chords keep within a ten-thousandth of the radius of the circle; twice that is room enough.
+  const double farthest = std::max(centre.distanceTo(s.a), centre.distanceTo(s.b));
+  return farthest >= r * (1 - 2e-4) - slack;
+}
+
 bool FenceCrosses(const Point2d* pts, std::size_t n, bool area, const FenceSegment& s) {
   const double t2 = s.tol * s.tol;
   if (n == 1) return Dist2PointSegment(pts[0], s.a, s.b) <= t2;
@@ -303,7 +319,7 @@ struct WholeSpace {
 // The index's candidates; `near` (may be empty) turns down an entity by its box before its outline is built.
 struct IndexedSpace {
   SelectionIndex& index;
-  std::function<bool(const Box2&)> near;
+  std::function<bool(const Entity&, const Box2&)> near;
   ObjectId layoutViewport() const { return index.layoutViewport(); }
   template <class F>
   void forEach(const Box2& box, F f) const {
@@ -311,7 +327,7 @@ struct IndexedSpace {
     index.candidates(box.minX, box.minY, box.maxX, box.maxY, found);
     for (const SelectionIndex::Candidate& c : found) {
       if (c.entity->isErased()) continue;
-      if (near && c.bounded && !near({c.minX, c.minY, c.maxX, c.maxY})) continue;
+      if (near && c.bounded && !near(*c.entity, {c.minX, c.minY, c.maxX, c.maxY})) continue;
       f(*c.entity);
     }
   }
@@ -346,7 +362,11 @@ std::vector<ObjectId> FenceSelection(const Database& db, Source source, const st
     // Only entities whose box a segment passes through can be crossed: the rest of the fence's
     // bounds (most of a zigzag's) is left alone.
     std::vector<std::uint32_t> near;
-    source.near = [&index, near](const Box2& b) mutable { return index.query(b, near); };
+    source.near = [&index, near](const Entity& e, const Box2& b) mutable {
+      if (!index.query(b, near)) return false;
+      const auto* circle = As<Circle>(&e);
+      return !circle || std::any_of(near.begin(), near.end(), [&](std::uint32_t i) { return MayMeetCircle(*circle, index.segment(i)); });
+    };
   }
   FenceVisitor v{index, {}};
   std::vector<Point2d> scratch;

@@ -283,6 +283,40 @@ TEST(SelectionIndex, AgreesWithTheWholeSpaceWalkWhileTheDrawingIsEdited) {
 }
 
 // Real drawings: every layout space of the corpus, fences and boxes scattered over its extents.
+// Fences near a circle's ring, where the index may answer without flattening the circle: inside
+// the ring its chords keep to, across it, tangent within the tolerance and just outside.
+TEST(SelectionIndex, FencesByACircleAgreeWithTheWalk) {
+  struct Case {
+    const char* what;
+    std::vector<Point2d> fence;
+    bool crosses;
+  };
+  const Point2d c{1000, -500};
+  const double r = 250;
+  const Case cases[] = {
+      {"deep inside", {{c.x - 100, c.y}, {c.x + 100, c.y + 50}}, false},
+      {"inside, near the ring", {{c.x - r * 0.999, c.y}, {c.x, c.y}}, false},
+      {"from the centre out", {{c.x, c.y}, {c.x + 2 * r, c.y}}, true},
+      {"a chord of the circle", {{c.x - r, c.y - 300}, {c.x - r + 10, c.y + 300}}, true},
+      {"tangent at the first point of the ring", {{c.x + r, c.y - 300}, {c.x + r, c.y + 300}}, true},
+      {"just outside", {{c.x + r * 1.001, c.y - 300}, {c.x + r * 1.001, c.y + 300}}, false},
+      {"zigzag through the box only", {{c.x - r, c.y - r}, {c.x - r * 0.8, c.y - r}, {c.x - r, c.y - r * 0.8}}, false},
+  };
+  Database db = Database::createDefault();
+  BlockRecord& model = *db.modelSpace();
+  auto circle = std::make_unique<Circle>();
+  circle->center = {c.x, c.y, 0};
+  circle->radius = r;
+  db.append(model, std::move(circle));
+  SelectionIndex index(db, model, &kHalfEm);
+  for (const Case& k : cases) {
+    SCOPED_TRACE(k.what);
+    const std::vector<ObjectId> walked = SelectByFence(db, model, k.fence, {}, &kHalfEm);
+    EXPECT_EQ(walked.size(), k.crosses ? 1u : 0u);
+    EXPECT_EQ(SelectByFence(db, index, k.fence, {}), walked);
+  }
+}
+
 TEST(SelectionIndex, AgreesWithTheWholeSpaceWalkOnCorpusDrawings) {
   namespace fs = std::filesystem;
   const fs::path root = TV_CORPUS_DIR;
