@@ -34,20 +34,7 @@ void BM_LoadFrameSet(benchmark::State& state) {
     state.SkipWithError("could not write the frame set");
     return;
   }
-  std::size_t entities = 0;
-  std::optional<tv::cad::DxfReadResult> loaded;
-  for (auto _ : state) {
-    loaded = tv::cad::ReadDxf(path.string());
-    state.PauseTiming();
-    if (!loaded->ok()) {
-      state.SkipWithError(loaded->error.c_str());
-      state.ResumeTiming();
-      break;
-    }
-    entities = ModelEntities(*loaded->db);
-    loaded.reset();  // freeing the drawing is not part of loading it
-    state.ResumeTiming();
-  }
+  const std::size_t entities = tv::bench::TimeLoad(state, path);
   state.counters["entities"] = static_cast<double>(entities);
   state.counters["file_MB"] = static_cast<double>(fs::file_size(path)) / (1024.0 * 1024.0);
   state.counters["entities_per_second"] =

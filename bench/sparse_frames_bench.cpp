@@ -39,7 +39,6 @@
 namespace {
 
 using namespace tv;
-using bench::ModelEntities;
 using bench::SparseSet;
 
 void Load(benchmark::State& state, SparseSet set) {
@@ -49,19 +48,7 @@ void Load(benchmark::State& state, SparseSet set) {
     state.SkipWithError("could not write the frame set");
     return;
   }
-  std::size_t entities = 0;
-  for (auto _ : state) {
-    std::optional<cad::DxfReadResult> loaded = cad::ReadDxf(path.string());
-    state.PauseTiming();
-    if (!loaded->ok()) {
-      state.SkipWithError(loaded->error.c_str());
-      state.ResumeTiming();
-      break;
-    }
-    entities = ModelEntities(*loaded->db);
-    loaded.reset();  // freeing the drawing is not part of loading it
-    state.ResumeTiming();
-  }
+  const std::size_t entities = bench::TimeLoad(state, path);
   state.counters["entities"] = static_cast<double>(entities);
 }
 

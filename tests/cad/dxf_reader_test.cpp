@@ -87,18 +87,15 @@ TEST(DxfReader, EveryCorpusDrawingLoadsOrIsRefusedWithAMessage) {
   TV_SKIP_WITHOUT_CORPUS(kCorpus);
   std::vector<std::string> refused;
   std::size_t loaded = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(kCorpus)) {
-    std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), ::tolower);
-    if (!entry.is_regular_file() || ext != ".dxf") continue;
-    DxfReadResult r = ReadDxf(entry.path().string());
+  for (const fs::path& file : tv::test_support::CorpusDxfFiles(kCorpus)) {
+    DxfReadResult r = ReadDxf(file.string());
     if (r.ok()) {
       ++loaded;
-      EXPECT_NE(r.db->modelSpace(), nullptr) << entry.path();
-      EXPECT_NE(r.db->rootDictionary(), nullptr) << entry.path();
+      EXPECT_NE(r.db->modelSpace(), nullptr) << file;
+      EXPECT_NE(r.db->rootDictionary(), nullptr) << file;
     } else {
-      EXPECT_NE(r.error.find(entry.path().string()), std::string::npos) << r.error;
-      refused.push_back(fs::relative(entry.path(), kCorpus).string());
+      EXPECT_NE(r.error.find(file.string()), std::string::npos) << r.error;
+      refused.push_back(fs::relative(file, kCorpus).string());
     }
   }
   EXPECT_GT(loaded, 90u);

@@ -566,12 +566,8 @@ TEST(DxfTokenizerCorpus, EveryDrawingReadsToTheEnd) {
   const fs::path root = test_support::CorpusDir();
   TV_SKIP_WITHOUT_CORPUS(root);
   std::size_t files = 0, binary = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    if (!entry.is_regular_file()) continue;
-    std::string ext = entry.path().extension().string();
-    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    if (ext != ".dxf") continue;
-    const std::string path = entry.path().string();
+  for (const fs::path& file : test_support::CorpusDxfFiles(root)) {
+    const std::string path = file.string();
     SCOPED_TRACE(path);
     ++files;
     // The whole file in one go, and again through small buffers released at every 0 group.

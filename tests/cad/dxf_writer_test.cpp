@@ -326,17 +326,14 @@ TEST(DxfWriter, CorpusDrawingsReadBackTheSame) {
   const fs::path root = test_support::CorpusDir();
   TV_SKIP_WITHOUT_CORPUS(root);
   int checked = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (!entry.is_regular_file() || ext != ".dxf") continue;
-    DxfReadResult first = ReadDxf(entry.path().string());
+  for (const fs::path& file : test_support::CorpusDxfFiles(root)) {
+    DxfReadResult first = ReadDxf(file.string());
     if (!first.ok()) continue;
-    SCOPED_TRACE(entry.path().string());
+    SCOPED_TRACE(file.string());
     ++checked;
     const std::string dxf = WriteDxfToString(*first.db);
     ExpectWellFormed(dxf, false);
-    DxfReadResult second = ReadDxfFromBytes(dxf, entry.path().string());
+    DxfReadResult second = ReadDxfFromBytes(dxf, file.string());
     ASSERT_TRUE(second.ok()) << second.error;
     ExpectSameSummary(Summarize(*first.db), Summarize(*second.db));
   }

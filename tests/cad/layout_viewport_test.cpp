@@ -57,13 +57,10 @@ TEST(LayoutViewport, CorpusLayoutsHaveTheirViewportNumberedOne) {
   const fs::path root = test_support::CorpusDir();
   TV_SKIP_WITHOUT_CORPUS(root);
   int layouts = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char ch) { return static_cast<char>(std::tolower(ch)); });
-    if (!entry.is_regular_file() || ext != ".dxf") continue;
-    const DxfReadResult read = ReadDxf(entry.path().string());
+  for (const fs::path& file : test_support::CorpusDxfFiles(root)) {
+    const DxfReadResult read = ReadDxf(file.string());
     if (!read.ok()) continue;
-    SCOPED_TRACE(entry.path().string());
+    SCOPED_TRACE(file.string());
     const Database& db = *read.db;
     for (const auto& block : db.blocks) {
       if (!block->isLayout() || block.get() == db.modelSpace()) continue;

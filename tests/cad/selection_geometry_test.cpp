@@ -11,6 +11,7 @@
 #include "cad/layout_viewport.h"
 #include "../support/corpus.h"
 #include "../support/half_em_measurer.h"
+#include "../support/test_content.h"
 #include "examples/sample_drawing.h"
 
 namespace tv::cad {
@@ -19,20 +20,7 @@ namespace {
 // Every character half an em wide: text boxes become simple numbers.
 using test_support::kHalfEm;
 
-// An application entity drawing the given primitives.
-class TestContent final : public CustomContent {
- public:
-  TestContent(bool transient, std::vector<CustomPrimitive> prims) : transient_(transient), prims_(std::move(prims)) {}
-  std::string dxfName() const override { return "TV_TEST"; }
-  std::unique_ptr<CustomContent> clone() const override { return std::make_unique<TestContent>(*this); }
-  std::vector<CustomPrimitive> primitives() const override { return prims_; }
-  bool isTransient() const override { return transient_; }
-  Groups dxfGroups() const override { return {}; }
-
- private:
-  bool transient_;
-  std::vector<CustomPrimitive> prims_;
-};
+using test_support::TestContent;
 
 bool Has(const std::vector<ObjectId>& ids, ObjectId id) { return std::find(ids.begin(), ids.end(), id) != ids.end(); }
 
@@ -785,13 +773,10 @@ TEST(SelectionShape, CorpusOutlinesStayWithinExtentsAndBoxesTakeThem) {
   const fs::path root = test_support::CorpusDir();
   TV_SKIP_WITHOUT_CORPUS(root);
   int files = 0, outlines = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (!entry.is_regular_file() || ext != ".dxf") continue;
-    const DxfReadResult read = ReadDxf(entry.path().string());
+  for (const fs::path& file : test_support::CorpusDxfFiles(root)) {
+    const DxfReadResult read = ReadDxf(file.string());
     if (!read.ok()) continue;
-    SCOPED_TRACE(entry.path().string());
+    SCOPED_TRACE(file.string());
     ++files;
     const Database& db = *read.db;
     for (const auto& block : db.blocks) {

@@ -12,26 +12,16 @@
 
 #include "cad/dxf_reader.h"
 #include "cad/selection_geometry.h"
+#include "../support/corpus.h"
 #include "../support/half_em_measurer.h"
+#include "../support/test_content.h"
 
 namespace tv::cad {
 namespace {
 
 using test_support::kHalfEm;
 
-class Marker final : public CustomContent {
- public:
-  Marker(bool transient, std::vector<CustomPrimitive> prims) : transient_(transient), prims_(std::move(prims)) {}
-  std::string dxfName() const override { return "TV_TEST"; }
-  std::unique_ptr<CustomContent> clone() const override { return std::make_unique<Marker>(*this); }
-  std::vector<CustomPrimitive> primitives() const override { return prims_; }
-  bool isTransient() const override { return transient_; }
-  Groups dxfGroups() const override { return {}; }
-
- private:
-  bool transient_;
-  std::vector<CustomPrimitive> prims_;
-};
+using test_support::TestContent;
 
 // A random drawing over a square of side `kSide`, edited at random and selected in at random.
 class RandomDrawing {
@@ -136,7 +126,7 @@ class RandomDrawing {
         auto c = std::make_unique<CustomEntity>();
         CustomPrimitive prim;
         prim.points = {Point3d{p}, Point3d{p.x + size, p.y + size}};
-        c->content = std::make_unique<Marker>(transient, std::vector<CustomPrimitive>{prim});
+        c->content = std::make_unique<TestContent>(transient, std::vector<CustomPrimitive>{prim});
         e = std::move(c);
         break;
       }
@@ -319,18 +309,15 @@ TEST(SelectionIndex, FencesByACircleAgreeWithTheWalk) {
 
 TEST(SelectionIndex, AgreesWithTheWholeSpaceWalkOnCorpusDrawings) {
   namespace fs = std::filesystem;
-  const fs::path root = TV_CORPUS_DIR;
-  if (!fs::exists(root)) GTEST_SKIP() << "no corpus at " << root;
+  const fs::path root = test_support::CorpusDir();
+  TV_SKIP_WITHOUT_CORPUS(root);
   std::mt19937 rng(7);
   const auto real = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); };
   int spaces = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    std::string ext = entry.path().extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (!entry.is_regular_file() || ext != ".dxf") continue;
-    const DxfReadResult read = ReadDxf(entry.path().string());
+  for (const fs::path& file : test_support::CorpusDxfFiles(root)) {
+    const DxfReadResult read = ReadDxf(file.string());
     if (!read.ok()) continue;
-    SCOPED_TRACE(entry.path().string());
+    SCOPED_TRACE(file.string());
     const Database& db = *read.db;
     for (const auto& block : db.blocks) {
       if (!block->isLayout()) continue;

@@ -3,8 +3,12 @@
 // machine without them skips those tests rather than failing them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace tv::test_support {
 
@@ -12,6 +16,17 @@ namespace tv::test_support {
 inline std::filesystem::path CorpusDir() {
   if (const char* dir = std::getenv("TV_CORPUS_DIR"); dir && *dir) return dir;
   return TV_CORPUS_DIR;
+}
+
+// Every DXF file below `root` (any case of the extension), in the order the folder lists them.
+inline std::vector<std::filesystem::path> CorpusDxfFiles(const std::filesystem::path& root) {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    std::string ext = entry.path().extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (entry.is_regular_file() && ext == ".dxf") files.push_back(entry.path());
+  }
+  return files;
 }
 
 }  // namespace tv::test_support
