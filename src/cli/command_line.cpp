@@ -145,6 +145,12 @@ int ParsedArgs::usage(CliStreams& io, const std::string& message) const {
   return kExitUsage;
 }
 
+std::optional<std::string> ParsedArgs::oneDrawingError() const {
+  if (positional.empty()) return "缺少图纸文件";
+  if (positional.size() > 1) return "多余的参数 " + Printable(positional[1]);
+  return std::nullopt;
+}
+
 std::string SubcommandHelp(const Subcommand& command) {
   std::vector<std::string> positional;
   return MakeApp(command, positional)->help();

@@ -31,6 +31,9 @@ class ParsedArgs {
 
   // Reports a wrong usage: the message and the command's help on io.err; returns kExitUsage.
   int usage(CliStreams& io, const std::string& message) const;
+  // What is wrong with the positional words when the command takes exactly one, the drawing:
+  // "缺少图纸文件" or "多余的参数 …"; nothing when they are right.
+  std::optional<std::string> oneDrawingError() const;
 
  private:
   const Subcommand& command_;

@@ -34,8 +34,7 @@ void DefineInfo(CLI::App& app) {
 }
 
 int RunInfo(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少图纸文件");
-  if (args.positional.size() > 1) return args.usage(io, "多余的参数 " + Printable(args.positional[1]));
+  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   const std::string& path = args.positional.front();
 
   // The reader would also fail on these, but with a less direct message.

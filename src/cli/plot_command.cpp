@@ -177,8 +177,7 @@ void DefinePlotOutputOptions(CLI::App& app) {
 
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) {
   const std::string program(batch.program);
-  if (args.positional.empty()) return args.usage(io, "缺少图纸文件");
-  if (args.positional.size() > 1) return args.usage(io, "多余的参数 " + Printable(args.positional[1]));
+  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   Options options;
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
 

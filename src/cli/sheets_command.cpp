@@ -154,8 +154,7 @@ void DefineSheets(CLI::App& app) {
 }
 
 int RunSheets(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少图纸文件");
-  if (args.positional.size() > 1) return args.usage(io, "多余的参数 " + Printable(args.positional[1]));
+  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   Options options;
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
 

@@ -114,8 +114,7 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
 }
 
 int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少图纸文件");
-  if (args.positional.size() > 1) return args.usage(io, "多余的参数 " + Printable(args.positional[1]));
+  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   SheetOptions range;
   if (auto error = ReadSheetOptions(args, range)) return args.usage(io, *error);
   const bool json = args.has("--json");
