@@ -6,12 +6,12 @@
 
 #include "cli/command_line.h"
 #include "console/text_table.h"
+#include "host/file_lock.h"
 #include "host/text_files.h"
 #include "settings/checked_write.h"
 #include "settings/config.h"
 #include "settings/field_table.h"
 #include "settings/folders.h"
-#include "settings/value_text.h"
 
 namespace tv::cli {
 
@@ -89,15 +89,12 @@ int Export(const std::string& path, CliStreams& io) {
   return kExitOk;
 }
 
-// A configuration file begins with its version; anything else is not one.
+// A file that is there and can be opened; whether it is a configuration is read after.
 std::optional<std::string> CheckReadable(const std::string& path) {
   std::error_code ec;
   if (!std::filesystem::exists(path, ec)) return "配置文件 " + Printable(path) + " 不存在";
   if (std::filesystem::is_directory(path, ec)) return Printable(path) + " 是文件夹，不是配置文件";
-  auto tokens = host::ReadTextFileTokens(path);
-  if (!tokens) return "配置文件 " + Printable(path) + " 无法读取";
-  settings::ValueReader reader(std::move(*tokens));
-  if (!reader.integer()) return Printable(path) + " 不是配置文件";
+  if (!host::ReadFileBytes(path)) return "配置文件 " + Printable(path) + " 无法读取";
   return std::nullopt;
 }
 
@@ -106,9 +103,19 @@ int Import(const std::string& path, CliStreams& io) {
     io.err << "tvplot config: " << *error << '\n';
     return kExitUnreadable;
   }
-  settings::LoadConfigFrom(settings::GlobalConfig(), path);
   const std::string target = settings::ConfigFilePath();
-  if (!settings::SaveConfigTo(settings::GlobalConfig(), target, false)) {
+  // An older file keeps the values it lacks from the user's configuration: that is read again
+  // under the lock, so that nothing another run saved meanwhile is undone.
+  host::FileLock lock(target);
+  if (lock.held()) settings::LoadConfig(settings::GlobalConfig(), false);
+  // Only a whole configuration replaces the user's: a drawing or a file cut short leaves it as it was.
+  std::optional<settings::Config> imported = settings::ReadCompleteConfig(settings::GlobalConfig(), path);
+  if (!imported) {
+    io.err << "tvplot config: " << Printable(path) << " 不是完整的配置文件\n";
+    return kExitUnreadable;
+  }
+  settings::GlobalConfig() = std::move(*imported);
+  if (!lock.held() || !settings::SaveConfigTo(settings::GlobalConfig(), target, false)) {
     io.err << settings::WriteFailureText(target) << '\n';
     return kExitNotWritten;
   }

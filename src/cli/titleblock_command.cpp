@@ -14,6 +14,7 @@
 #include "cli/option_values.h"
 #include "cli/plot_command.h"
 #include "cli/session_launch.h"
+#include "cli/tk_file_check.h"
 #include "console/console_editor.h"
 #include "console/session.h"
 #include "console/text_table.h"
@@ -43,9 +44,9 @@ constexpr std::array<const char*, 6> kFieldKeys{"drawingNo", "revision", "title"
 std::optional<FileBatch::Refusal> PrepareLibrary(const std::optional<std::string>& tkPath) {
   titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
   if (tkPath) {
-    std::error_code ec;
-    if (!std::filesystem::is_regular_file(*tkPath, ec) || !titleblock::LoadTkFileFrom(library, *tkPath, false))
-      return FileBatch::Refusal{"图框信息文件 " + *tkPath + " 无法读取", kExitUnreadable};
+    if (std::optional<std::string> refusal = TkFileRefusal(*tkPath)) return FileBatch::Refusal{*refusal, kExitUnreadable};
+    if (!titleblock::ReadTkFileInto(library, *tkPath, true))
+      return FileBatch::Refusal{"无法读取文件 " + Printable(*tkPath), kExitUnreadable};
   }
   if (library.definitions.empty())
     return FileBatch::Refusal{OneLine(std::string(titleblock::kEmptyLibraryMessage)) + std::string(kLibraryHint), kExitNoSheets};

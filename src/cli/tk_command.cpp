@@ -13,6 +13,7 @@
 
 #include "cli/command_line.h"
 #include "cli/json_output.h"
+#include "cli/tk_file_check.h"
 #include "console/session.h"
 #include "console/text_table.h"
 #include "host/module_entry.h"
@@ -230,15 +231,11 @@ int RunImport(const ParsedArgs& args, CliStreams& io) {
   if (args.has("--json")) return args.usage(io, "import 不接受 --json");
 
   // Check the file before the library is touched: a file that is no library is no import.
+  if (std::optional<std::string> refusal = TkFileRefusal(*path)) {
+    io.err << "tvplot tk: " << *refusal << '\n';
+    return kExitUnreadable;
+  }
   const std::optional<titleblock::TkFileFacts> facts = titleblock::InspectTkFile(*path);
-  if (!facts) {
-    io.err << "tvplot tk: 无法读取文件 " << Printable(*path) << '\n';
-    return kExitUnreadable;
-  }
-  if (!facts->complete || facts->version <= 0) {
-    io.err << "tvplot tk: " << Printable(*path) << " 不是完整的图框信息配置文件\n";
-    return kExitUnreadable;
-  }
 
   const bool atTerminal = isatty(STDIN_FILENO) == 1;
   std::vector<std::string> answers;
@@ -249,28 +246,43 @@ int RunImport(const ParsedArgs& args, CliStreams& io) {
   if (!keep && !replace && !atTerminal && !library.definitions.empty())
     return args.usage(io, "图框信息库不为空，标准输入不是终端时须用 --keep 或 --replace 指明是否保留原图框信息");
 
-  const std::size_t before = library.definitions.size();
-  if (!titleblock::LoadTkFileFrom(library, *path, true)) {
+  // The question is asked before the library file is locked: nobody waits on a user's answer.
+  const std::optional<bool> keeping = titleblock::AskKeepDefinitions(library);
+  if (!keeping) {
     io.err << "\ntvplot tk: 未回答是否保留原图框信息，图框信息库未改变\n";
     return kExitUnanswered;
   }
-  if (!titleblock::SaveTkFile(library, true, false)) {
+  // The merge starts from the file as it stands under the lock, so that an import another run
+  // saved meanwhile stays in.
+  std::size_t before = 0;
+  bool readable = true;
+  const bool saved = titleblock::UpdateTkFile(
+      library,
+      [&](titleblock::TK_Library& current) {
+        before = current.definitions.size();
+        readable = titleblock::ReadTkFileInto(current, *path, !*keeping);
+        return readable;
+      },
+      true);
+  if (!readable) {
+    io.err << "tvplot tk: 无法读取文件 " << Printable(*path) << '\n';
+    return kExitUnreadable;
+  }
+  if (!saved) {
     io.err << "\ntvplot tk: 未能写入 " << Printable(titleblock::DefaultTkPath()) << '\n';
     return kExitWriteFailed;
   }
   const std::size_t now = library.definitions.size();
-  if (replace) {
+  if (!*keeping) {
     io.out << "已用 " << Printable(*path) << " 中的 " << now << " 个图框定义替换图框信息库\n";
-  } else if (keep || before == 0) {
+  } else {
     // Kept: the library grew by the definitions of new block names only.
     const std::size_t added = now - before;
     io.out << "已从 " << Printable(*path) << " 导入 " << added << " 个图框定义";
-    const std::size_t inFile = static_cast<std::size_t>(std::max(facts->definitionCount, 0));
+    const std::size_t inFile = facts ? static_cast<std::size_t>(std::max(facts->definitionCount, 0)) : 0;
     const std::size_t known = inFile > added ? inFile - added : 0;
     if (known > 0) io.out << "，同名的 " << known << " 个保留原有定义";
     io.out << "，图框信息库现有 " << now << " 个图框\n";
-  } else {
-    io.out << "已导入 " << Printable(*path) << "，图框信息库现有 " << now << " 个图框\n";
   }
   return kExitOk;
 }

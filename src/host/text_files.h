@@ -1,7 +1,6 @@
 #pragma once
 // The system's own text files (configuration, title-block library): bytes in the ANSI code page on
 // disk, so that they travel to and from installations on Chinese Windows; UTF-8 in the program.
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,12 +15,20 @@ std::string AnsiCodePage();
 // nullopt when the file cannot be opened.
 std::optional<std::vector<std::string>> ReadTextFileTokens(const std::string& path);
 
-// Writes `utf8Text` in the code page. The text goes to a temporary file beside the target, which
-// then replaces it, so the old file survives any failure. Characters the code page lacks become
-// '?'. False when anything fails; the target is then untouched.
+// The file's bytes as they stand on disk; nullopt when it cannot be opened.
+std::optional<std::string> ReadFileBytes(const std::string& path);
+// The tokens of those bytes, as ReadTextFileTokens gives them.
+std::vector<std::string> TextFileTokens(const std::string& bytes);
+
+// Writes `utf8Text` in the code page, under the file's lock (host/file_lock.h). The text goes to
+// a temporary file in the same folder, flushed to disk, which then replaces the target: readers
+// and a crash see the old file or the new one, never a part. The target keeps its permissions,
+// and one the user may not write is left alone. The file is read back afterwards, so "written"
+// means its content is the text given. Characters the code page lacks become '?'. False when
+// anything fails; the target is then untouched.
 bool WriteTextFileReplacing(const std::string& path, const std::string& utf8Text);
 
-// The modification time in whole seconds; nullopt when the file does not exist.
-std::optional<std::int64_t> FileModifiedSecond(const std::string& path);
+// The bytes `utf8Text` becomes on disk; nullopt when it can't be converted.
+std::optional<std::string> TextFileBytes(const std::string& utf8Text);
 
 }  // namespace tv::host

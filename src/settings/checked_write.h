@@ -10,7 +10,8 @@ std::string WriteFailureText(const std::string& path);
 void ReportWriteFailure(const std::string& path);
 
 // Replaces the file with `utf8Text` (in the ANSI code page; the old file survives a failed
-// write). False when the file could not be replaced; with `reportFailure` that is shown.
+// write) and reads it back. False when the file does not hold the text afterwards; with
+// `reportFailure` that is shown.
 bool WriteTextFileChecked(const std::string& path, const std::string& utf8Text, bool reportFailure);
 
 }  // namespace tv::settings

@@ -4,6 +4,7 @@
 
 #include "host/text_files.h"
 #include "settings/folders.h"
+#include "settings/shared_files.h"
 #include "settings/value_text.h"
 #include "titleblock/tk_library.h"
 
@@ -18,11 +19,25 @@ std::string DataFile(std::string_view name) {
   return folder.empty() ? std::string() : folder + "/" + std::string(name);
 }
 
-// The first load clears the title-block library's centring flags and writes the tk file.
+// The first load clears the title-block library's centring flags and writes the tk file, as it
+// stands on disk then: another run may have saved it since this one read it.
 void ClearTitleBlockCentring() {
-  titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
-  library.CentreInArea.fill(0);
-  titleblock::SaveTkFile(library, true, false);
+  titleblock::UpdateTkFile(
+      titleblock::GlobalTkLibrary(),
+      [](titleblock::TK_Library& library) {
+        library.CentreInArea.fill(0);
+        return true;
+      },
+      true);
+}
+
+std::string IniText(const Ini& ini) {
+  ValueWriter writer;
+  writer.integer(kFileVersion);
+  writer.integer(ini.first_run_done);
+  writer.integer(ini.single_scale_asked);
+  writer.integer(ini.batch_scale_asked);
+  return writer.text();
 }
 
 }  // namespace
@@ -91,25 +106,25 @@ std::optional<std::string> GetRemembered(std::string_view key) { return GetRemem
 void SetRemembered(std::string_view key, std::string_view value) { SetRemembered(GlobalConfig(), key, value); }
 
 bool LoadIni(Ini& ini) {
-  const auto tokens = host::ReadTextFileTokens(IniFilePath());
-  if (!tokens) return false;
-  ValueReader reader(*tokens);
-  reader.integer();  // the version says nothing about these three
-  reader.read(ini.first_run_done);
-  reader.read(ini.single_scale_asked);
-  reader.read(ini.batch_scale_asked);
-  return !reader.failed();
+  const std::string path = IniFilePath();
+  std::optional<std::string> bytes = path.empty() ? std::nullopt : host::ReadFileBytes(path);
+  bool whole = false;
+  if (bytes) {
+    ValueReader reader(host::TextFileTokens(*bytes));
+    reader.integer();  // the version says nothing about these three
+    reader.read(ini.first_run_done);
+    reader.read(ini.single_scale_asked);
+    reader.read(ini.batch_scale_asked);
+    whole = !reader.failed();
+  }
+  if (!path.empty()) NoteFileAsRead(path, std::move(bytes), IniText(ini));
+  return whole;
 }
 
 bool SaveIni(const Ini& ini) {
   const std::string path = IniFilePath();
   if (path.empty()) return false;
-  ValueWriter writer;
-  writer.integer(kFileVersion);
-  writer.integer(ini.first_run_done);
-  writer.integer(ini.single_scale_asked);
-  writer.integer(ini.batch_scale_asked);
-  return host::WriteTextFileReplacing(path, writer.text());
+  return SaveSharedFile(path, IniText(ini), false);
 }
 
 void RunFirstRunSteps() {

@@ -118,16 +118,22 @@ void SetRemembered(std::string_view key, std::string_view value);
 bool LoadConfig(Config& config, bool askUser);
 // The same from a named file.
 bool LoadConfigFrom(Config& config, const std::string& path);
-// Writes the configuration to the user's file, or with `askUser` to a file the user names. A
-// write is taken as failed when the file's modification time did not change; with
-// `reportFailure` that is shown. False on failure or cancel.
+// Writes the configuration to the user's file, or with `askUser` to a file the user names, under
+// the file's lock. A write is taken as failed when the file does not hold the text afterwards;
+// with `reportFailure` that is shown. A configuration saved unchanged from what this run read
+// leaves a file another run wrote since in place. False on failure or cancel.
 bool SaveConfig(const Config& config, bool reportFailure, bool askUser);
 // The same to a named file.
 bool SaveConfigTo(const Config& config, const std::string& path, bool reportFailure);
 
-// The text of BPlot_Cfg.cfg, and reading it back from its tokens.
+// The text of BPlot_Cfg.cfg, and reading it back from its tokens. True when the tokens were a
+// whole configuration: a date for a version, and every value that version holds.
 std::string ConfigFileText(const Config& config);
-void ReadConfigTokens(Config& config, std::vector<std::string> tokens);
+bool ReadConfigTokens(Config& config, std::vector<std::string> tokens);
+
+// `current` with a configuration file read over it, as LoadConfigFrom reads it; nullopt when the
+// file cannot be read or is no whole configuration (a drawing, a file cut short).
+std::optional<Config> ReadCompleteConfig(const Config& current, const std::string& path);
 
 // Tarvex.Ini: missing or short files leave the flags as they are.
 bool LoadIni(Ini& ini);

@@ -10,6 +10,7 @@
 #include "settings/config.h"
 #include "settings/field_table.h"
 #include "settings/folders.h"
+#include "settings/shared_files.h"
 #include "settings/value_text.h"
 
 namespace tv::settings {
@@ -76,30 +77,33 @@ void RestoreEmptyPaths(Config& config) {
   if (config.frame_folder.empty()) config.frame_folder = DefaultFrameFolder();
 }
 
-void ReadShortcuts(Config& config, ValueReader& reader) {
+// False when the file ends before the count says, or the count is none at all.
+bool ReadShortcuts(Config& config, ValueReader& reader) {
   std::int32_t count = 0;
-  if (!reader.read(count)) return;
+  if (!reader.read(count) || count < 0) return false;
   for (std::int32_t i = 0; i < count; ++i) {
     const auto id = reader.integer();
     const auto name = reader.token();
-    if (!id || !name) return;
+    if (!id || !name) return false;
     if (name->empty()) continue;
     config.shortcut_ids.push_back(*id);
     config.shortcut_names.push_back(*name);
   }
+  return true;
 }
 
-void ReadRemembered(Config& config, ValueReader& reader) {
+bool ReadRemembered(Config& config, ValueReader& reader) {
   std::int32_t count = 0;
-  if (!reader.read(count)) return;
+  if (!reader.read(count) || count < 0) return false;
   for (std::int32_t i = 0; i < count; ++i) {
     const auto key = reader.token();
     const auto value = reader.token();
-    if (!key || !value) return;
+    if (!key || !value) return false;
     if (key->empty() || value->empty()) continue;
     config.remember_keys.push_back(*key);
     config.remember_values.push_back(*value);
   }
+  return true;
 }
 
 std::optional<std::string> AskPath(bool forSaving) {
@@ -119,16 +123,17 @@ void PrepareForReading(Config& config) {
   if (!InstallFolder().empty()) std::filesystem::create_directories(config.frame_folder, ec);
 }
 
-// The arrays start empty; a file that can't be opened leaves the rest as it stands.
+// The arrays start empty; a file that can't be opened leaves the rest as it stands. What the user's
+// own file held is noted, so that saving it unchanged won't undo another run's newer file.
 bool ReadFile(Config& config, const std::string& path) {
   config.shortcut_ids.clear();
   config.shortcut_names.clear();
   config.remember_keys.clear();
   config.remember_values.clear();
-  auto tokens = path.empty() ? std::nullopt : host::ReadTextFileTokens(path);
-  if (!tokens) return false;
-  ReadConfigTokens(config, std::move(*tokens));
-  return true;
+  std::optional<std::string> bytes = path.empty() ? std::nullopt : host::ReadFileBytes(path);
+  if (bytes) ReadConfigTokens(config, host::TextFileTokens(*bytes));
+  if (!path.empty() && path == ConfigFilePath()) NoteFileAsRead(path, std::move(bytes), ConfigFileText(config));
+  return bytes.has_value();
 }
 
 }  // namespace
@@ -159,22 +164,25 @@ std::string ConfigFileText(const Config& config) {
   return writer.text();
 }
 
-void ReadConfigTokens(Config& config, std::vector<std::string> tokens) {
+bool ReadConfigTokens(Config& config, std::vector<std::string> tokens) {
   ValueReader reader(std::move(tokens));
   // The first version decides for the file; the record reads its own.
   const std::optional<std::int32_t> version = reader.integer();
+  bool complete = false;
   if (version && ReadPlotSetting(config.plot_setting, reader)) {
-    ReadShortcuts(config, reader);
-    bool complete = true;
+    complete = ReadShortcuts(config, reader) && IsFileVersion(*version);
+    bool allRead = true;
     for (const FieldSpec<Config>& field : kFields) {
-      if (!field.gate.holds(*version) || !ReadField(config, field, reader)) {
-        complete = false;
+      if (!field.gate.holds(*version)) break;  // an older file: the rest keeps its values
+      if (!ReadField(config, field, reader)) {
+        allRead = complete = false;
         break;
       }
     }
-    if (complete && kRememberGate.holds(*version)) ReadRemembered(config, reader);
+    if (allRead && kRememberGate.holds(*version) && !ReadRemembered(config, reader)) complete = false;
   }
   RestoreEmptyPaths(config);
+  return complete;
 }
 
 bool LoadConfig(Config& config, bool askUser) {
@@ -204,7 +212,20 @@ bool SaveConfig(const Config& config, bool reportFailure, bool askUser) {
 
 bool SaveConfigTo(const Config& config, const std::string& path, bool reportFailure) {
   if (path.empty()) return false;
-  return WriteTextFileChecked(path, ConfigFileText(config), reportFailure);
+  return SaveSharedFile(path, ConfigFileText(config), reportFailure);
+}
+
+std::optional<Config> ReadCompleteConfig(const Config& current, const std::string& path) {
+  std::optional<std::vector<std::string>> tokens = host::ReadTextFileTokens(path);
+  if (!tokens) return std::nullopt;
+  Config config = current;
+  PrepareForReading(config);
+  config.shortcut_ids.clear();
+  config.shortcut_names.clear();
+  config.remember_keys.clear();
+  config.remember_values.clear();
+  if (!ReadConfigTokens(config, std::move(*tokens))) return std::nullopt;
+  return config;
 }
 
 }  // namespace tv::settings

@@ -11,6 +11,9 @@ namespace tv::settings {
 
 inline constexpr std::int32_t kFileVersion = 20240329;
 
+// Versions are dates, yyyymmdd: a file that begins otherwise is none of the system's.
+constexpr bool IsFileVersion(std::int64_t version) { return version >= 19000101 && version <= 99991231; }
+
 // Every blank becomes "*?*"; an empty result becomes "<><".
 std::string EncodeToken(const std::string& text);
 // The reverse: "*?*" becomes a blank, "<><" the empty string.

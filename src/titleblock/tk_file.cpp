@@ -1,12 +1,16 @@
 // The tk file: the library as text in the ANSI code page, one value a line. Fields added over the
 // years stand behind the older ones, and a reader takes only those the file's own version holds.
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "host/editor.h"
+#include "host/file_lock.h"
 #include "host/text_files.h"
 #include "settings/checked_write.h"
 #include "settings/folders.h"
+#include "settings/shared_files.h"
 #include "settings/value_text.h"
 #include "titleblock/tk_library.h"
 
@@ -183,8 +187,17 @@ struct ReadOutcome {
   bool complete = false;
 };
 
+// The counts a whole library holds: none below zero.
+bool CountsHold(const std::vector<std::string>& tokens) {
+  settings::ValueReader r(tokens);
+  r.integer();
+  const std::optional<std::int32_t> definitions = r.integer();
+  return definitions && *definitions >= 0;
+}
+
 // With `replace` the library is emptied first; otherwise the file's definitions are merged in.
 ReadOutcome ReadLibrary(std::vector<std::string> tokens, TK_Library& library, bool replace) {
+  const bool countsHold = CountsHold(tokens);
   TkReader r(std::move(tokens));
   ReadOutcome outcome;
   outcome.version = r.integer();
@@ -202,7 +215,7 @@ ReadOutcome ReadLibrary(std::vector<std::string> tokens, TK_Library& library, bo
     library.PaperNameStyle = r.integer();
     library.reserved_int = r.integer();
   }
-  outcome.complete = !r.failed();
+  outcome.complete = !r.failed() && countsHold && settings::IsFileVersion(outcome.version);
   return outcome;
 }
 
@@ -235,20 +248,35 @@ std::string ComposeFile(const TK_Library& library) {
 
 std::string DefaultTkPath() { return settings::DataFolder() + "/BPlot_TK.tk"; }
 
-bool LoadTkFileFrom(TK_Library& library, const std::string& path, bool askMerge) {
-  std::optional<std::vector<std::string>> tokens = host::ReadTextFileTokens(path);
-  // A new installation has no file yet and simply starts empty.
-  if (!tokens) return false;
-  bool replace = !askMerge;
-  if (askMerge && !library.definitions.empty()) {
-    const host::MessageAnswer keep =
-        host::CurrentEditor().messageBox(kKeepQuestion, kCaption, host::MessageButtons::YesNo);
-    // A question that got no answer at all abandons the import, like a cancelled dialog.
-    if (keep == host::MessageAnswer::Cancel) return false;
-    replace = keep == host::MessageAnswer::No;
-  }
-  ReadLibrary(std::move(*tokens), library, replace);
+std::optional<bool> AskKeepDefinitions(const TK_Library& library) {
+  if (library.definitions.empty()) return true;
+  const host::MessageAnswer keep =
+      host::CurrentEditor().messageBox(kKeepQuestion, kCaption, host::MessageButtons::YesNo);
+  // A question that got no answer at all abandons the import, like a cancelled dialog.
+  if (keep == host::MessageAnswer::Cancel) return std::nullopt;
+  return keep == host::MessageAnswer::Yes;
+}
+
+bool ReadTkFileInto(TK_Library& library, const std::string& path, bool replace) {
+  std::optional<std::string> bytes = host::ReadFileBytes(path);
+  if (!bytes) return false;
+  ReadLibrary(host::TextFileTokens(*bytes), library, replace);
+  // What the user's own file held is noted, so that saving it unchanged won't undo another run's
+  // newer file.
+  if (replace && path == DefaultTkPath()) settings::NoteFileAsRead(path, std::move(bytes), ComposeFile(library));
   return true;
+}
+
+bool LoadTkFileFrom(TK_Library& library, const std::string& path, bool askMerge) {
+  // A new installation has no file yet and simply starts empty.
+  if (!host::ReadFileBytes(path)) return false;
+  bool replace = !askMerge;
+  if (askMerge) {
+    const std::optional<bool> keep = AskKeepDefinitions(library);
+    if (!keep) return false;
+    replace = !*keep;
+  }
+  return ReadTkFileInto(library, path, replace);
 }
 
 bool LoadTkFile(TK_Library& library, bool askUser) {
@@ -267,7 +295,8 @@ std::optional<TkFileFacts> InspectTkFile(const std::string& path) {
 }
 
 bool SaveTkFileTo(const TK_Library& library, const std::string& path, bool reportFailure) {
-  return settings::WriteTextFileChecked(path, ComposeFile(library), reportFailure);
+  if (path.empty()) return false;
+  return settings::SaveSharedFile(path, ComposeFile(library), reportFailure);
 }
 
 bool SaveTkFile(const TK_Library& library, bool reportFailure, bool askUser) {
@@ -278,19 +307,36 @@ bool SaveTkFile(const TK_Library& library, bool reportFailure, bool askUser) {
   return SaveTkFileTo(library, *path, reportFailure);
 }
 
+bool UpdateTkFile(TK_Library& library, const std::function<bool(TK_Library&)>& change, bool reportFailure) {
+  const std::string path = DefaultTkPath();
+  host::FileLock lock(path);
+  if (!lock.held()) {
+    if (reportFailure) settings::ReportWriteFailure(path);
+    return false;
+  }
+  // Another run may have saved since this one read the file: its work is the starting point.
+  ReadTkFileInto(library, path, true);
+  if (!change(library)) return false;
+  return SaveTkFileTo(library, path, reportFailure);
+}
+
 bool SaveTkNamingOnly(TK_Library& library) {
   const std::int32_t insertSerial = library.InsertSerial;
   const std::string prefix = library.SerialPrefix;
   const std::int32_t start = library.SerialStart;
   const std::string suffix = library.SerialSuffix;
   const std::int32_t digits = library.SerialDigits;
-  LoadTkFile(library, false);
-  library.InsertSerial = insertSerial;
-  library.SerialPrefix = prefix;
-  library.SerialStart = start;
-  library.SerialSuffix = suffix;
-  library.SerialDigits = digits;
-  return SaveTkFile(library, false, false);
+  return UpdateTkFile(
+      library,
+      [&](TK_Library& fresh) {
+        fresh.InsertSerial = insertSerial;
+        fresh.SerialPrefix = prefix;
+        fresh.SerialStart = start;
+        fresh.SerialSuffix = suffix;
+        fresh.SerialDigits = digits;
+        return true;
+      },
+      false);
 }
 
 }  // namespace tv::titleblock

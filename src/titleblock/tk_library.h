@@ -4,6 +4,7 @@
 // BPlot_TK.tk in the data folder; the same file form is exported and imported as a .tk file.
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -108,17 +109,30 @@ bool LoadTkFile(TK_Library& library, bool askUser);
 // The same from a known file; `askMerge` as `askUser` above.
 bool LoadTkFileFrom(TK_Library& library, const std::string& path, bool askMerge);
 
-// Writes the library to the default file, or with `askUser` to a file the user chooses. False
-// when cancelled or when the file's modification time did not move; with `reportFailure` the
-// latter is shown.
+// Asks "原图框信息是否保留 ？" when the library holds definitions: true to keep them (and true
+// without asking when there are none), nullopt when the question got no answer.
+std::optional<bool> AskKeepDefinitions(const TK_Library& library);
+// Reads a file into the library without asking: with `replace` the library is emptied first,
+// else the file's definitions are merged in. False when the file cannot be opened.
+bool ReadTkFileInto(TK_Library& library, const std::string& path, bool replace);
+
+// Writes the library to the default file, or with `askUser` to a file the user chooses, under the
+// file's lock. False when cancelled or when the file does not hold the library afterwards; with
+// `reportFailure` the latter is shown.
 bool SaveTkFile(const TK_Library& library, bool reportFailure, bool askUser);
 bool SaveTkFileTo(const TK_Library& library, const std::string& path, bool reportFailure);
+
+// A change to the user's library file that no other run can come between: under the file's
+// lock the library is read again from the file (when there is one), `change` is made to it and
+// the file saved. False when the lock can't be had, `change` declines or the save fails.
+bool UpdateTkFile(TK_Library& library, const std::function<bool(TK_Library&)>& change, bool reportFailure);
 
 // Saves the five numbering values alone: the rest of the default file stays as it is on disk.
 bool SaveTkNamingOnly(TK_Library& library);
 
-// What a file looks like before it is merged: its version and definitions, and whether every
-// value was there. nullopt when the file cannot be opened.
+// What a file looks like before it is merged: its version and definitions, and whether it is a
+// whole library (a date for a version, no count below zero, every value there). nullopt when the
+// file cannot be opened.
 struct TkFileFacts {
   std::int32_t version = 0;
   std::int32_t definitionCount = 0;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,6 +23,8 @@
 #include "settings/config.h"
 #include "settings/field_table.h"
 #include "settings/folders.h"
+#include "settings/plot_setting.h"
+#include "settings/value_text.h"
 
 namespace tv::cli {
 namespace {
@@ -121,16 +124,80 @@ TEST_F(ConfigCommandTest, ImportReadsAFileAndKeepsItAsTheUsersConfiguration) {
   EXPECT_EQ(user.shortcut_names, (std::vector<std::string>{"TK"}));
   EXPECT_DOUBLE_EQ(user.plot_setting.default_scale, 50);
   EXPECT_EQ(user.sign_library_path, "/opt/签名.tvlib1");
+}
 
-  // What is not a configuration leaves the user's file alone.
-  const std::string before = test_support::ReadFile(settings::ConfigFilePath());
-  test_support::WriteFile(path("junk.cfg"), "hello world");
-  EXPECT_EQ(Run({"import", path("junk.cfg")}), kExitUnreadable);
-  EXPECT_TRUE(Has(err_.str(), "不是配置文件"));
-  EXPECT_EQ(Run({"import", path("missing.cfg")}), kExitUnreadable);
-  EXPECT_TRUE(Has(err_.str(), "不存在"));
-  EXPECT_EQ(Run({"import", dir_.path().string()}), kExitUnreadable);
-  EXPECT_EQ(test_support::ReadFile(settings::ConfigFilePath()), before);
+// Only a whole configuration is imported: anything else is refused with exit 2 and the user's
+// configuration stays as it was. A whole file of an older version is a configuration.
+TEST_F(ConfigCommandTest, ImportRefusesWhatIsNoWholeConfiguration) {
+  settings::Config mine;
+  mine.merge_pdf = 1;
+  mine.shortcut_ids = {2};
+  mine.shortcut_names = {"PP"};
+  ASSERT_TRUE(settings::SaveConfigTo(mine, settings::ConfigFilePath(), false));
+  settings::Config theirs;
+  theirs.vector_dpi_step = 70;
+  const std::string whole = settings::ConfigFileText(theirs);
+  // Version 20210124 holds the record, the shortcuts and the first two values only.
+  settings::ValueWriter older;
+  older.integer(20210124);
+  settings::WritePlotSetting(theirs.plot_setting, older);
+  older.integer(0);
+  older.integer(1);  // single_plot_pick_mode
+  older.integer(0);  // merge_pdf
+  ASSERT_TRUE(cad::WriteDxf(cad::Database::createDefault(), path("plan.dxf")).ok);
+
+  struct Case {
+    const char* what;
+    std::optional<std::string> text;  // none: the path given is a folder or missing
+    std::string file;
+    int exitCode;
+    const char* says;
+  };
+  const Case cases[] = {
+      {"a drawing", test_support::ReadFile(path("plan.dxf")), "plan.dxf", kExitUnreadable, "不是完整的配置文件"},
+      {"the first 12 bytes", whole.substr(0, 12), "cut.cfg", kExitUnreadable, "不是完整的配置文件"},
+      {"all but the last value", whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1), "short.cfg",
+       kExitUnreadable, "不是完整的配置文件"},
+      {"an empty file", "", "empty.cfg", kExitUnreadable, "不是完整的配置文件"},
+      {"words", "hello world\n", "junk.cfg", kExitUnreadable, "不是完整的配置文件"},
+      {"numbers that are no version", "1 2 3 4 5\n", "numbers.cfg", kExitUnreadable, "不是完整的配置文件"},
+      {"a folder", std::nullopt, "", kExitUnreadable, "是文件夹"},
+      {"a missing file", std::nullopt, "missing.cfg", kExitUnreadable, "不存在"},
+      {"a whole file", whole, "whole.cfg", kExitOk, "已读取"},
+      {"a whole older file", older.text(), "older.cfg", kExitOk, "已读取"},
+  };
+  for (const Case& c : cases) {
+    ASSERT_TRUE(settings::SaveConfigTo(mine, settings::ConfigFilePath(), false));
+    const std::string before = test_support::ReadFile(settings::ConfigFilePath());
+    const std::string file = c.file.empty() ? dir_.path().string() : path(c.file);
+    if (c.text) test_support::WriteFile(file, *c.text);
+    EXPECT_EQ(Run({"import", file}), c.exitCode) << c.what << "\n" << err_.str();
+    EXPECT_TRUE(Has(c.exitCode == kExitOk ? out_.str() : err_.str(), c.says)) << c.what << "\n" << err_.str();
+    if (c.exitCode != kExitOk) EXPECT_EQ(test_support::ReadFile(settings::ConfigFilePath()), before) << c.what;
+  }
+  // The older file brought what it holds and left the rest as the user had it.
+  const settings::Config user = UserConfig();
+  EXPECT_EQ(user.single_plot_pick_mode, 1);
+  EXPECT_EQ(user.merge_pdf, 0);
+  EXPECT_TRUE(user.shortcut_names.empty());
+  EXPECT_EQ(user.vector_dpi_step, 43);
+}
+
+// The check that a file was written reads it back: two imports in one second are two writes,
+// and neither is taken for a failure.
+TEST(ConfigProgram, TwoImportsInOneSecondBothSucceed) {
+  test_support::TempDir dir;
+  const std::string home = (dir / "home").string();
+  const std::string file = (dir / "in.cfg").string();
+  settings::Config c;
+  c.merge_pdf = 1;
+  test_support::WriteFile(file, *host::TextFileBytes(settings::ConfigFileText(c)));
+  for (int i = 0; i < 2; ++i) {
+    const RunResult r = test_support::RunProgram(TV_TVPLOT_PATH, {"config", "import", file}, {}, home);
+    EXPECT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    EXPECT_TRUE(Has(r.out, "并保存为用户配置")) << r.out;
+  }
 }
 
 TEST_F(ConfigCommandTest, UsageErrors) {

@@ -12,6 +12,7 @@
 #include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
+#include "console/text_table.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::cli {
@@ -24,6 +25,7 @@ using test_support::Has;
 using test_support::RunProgram;
 using test_support::RunResult;
 using test_support::TempDir;
+using console::Printable;
 
 class TitleBlockCommandTest : public ::testing::Test {
  protected:
@@ -100,6 +102,55 @@ TEST_F(TitleBlockCommandTest, AMissingLibraryOrRangeIsSaidPlainly) {
   const RunResult scaled = TitleBlock({drawing_, "--tk", tk_, "--plot", "--scale", "50"});
   EXPECT_EQ(scaled.exitCode, 1);
   EXPECT_TRUE(Has(scaled.err, "--scale")) << scaled.err;
+}
+
+// `tk import` and `titleblock --tk` take a library file through one check: what is no whole
+// library is refused by both, in the same words and with exit 2, and the user's library stays as
+// it was; a whole library without definitions is an empty library to the batch.
+TEST_F(TitleBlockCommandTest, BothCommandsRefuseWhatIsNoWholeLibrary) {
+  const std::string whole = test_support::ReadFile(tk_);
+  titleblock::TK_Library none;
+  const std::string emptyLibrary = (dir_.path() / "none.tk").string();
+  ASSERT_TRUE(titleblock::SaveTkFileTo(none, emptyLibrary, false));
+  struct Case {
+    const char* what;
+    std::string bytes;
+    int batchExit, importExit;
+  };
+  const Case cases[] = {
+      {"a drawing", test_support::ReadFile(drawing_), 2, 2},
+      {"a library cut in half", whole.substr(0, whole.size() / 2), 2, 2},
+      {"a library without its last value", whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1), 2, 2},
+      {"an empty file", "", 2, 2},
+      {"words", "hello world\n", 2, 2},
+      {"a count below zero", "20240329\n-1\n" + whole.substr(whole.find("Standard")), 2, 2},
+      {"a library without definitions", test_support::ReadFile(emptyLibrary), 4, 0},
+      {"a whole library", whole, 0, 0},
+  };
+  const std::string home = (dir_.path() / "home").string();
+  const std::string userLibrary = home + "/.local/share/Tarvex/BPlot_TK.tk";
+  fs::create_directories(fs::path(userLibrary).parent_path());
+  titleblock::TK_Library mine;
+  mine.definitions.push_back(std::make_unique<titleblock::TK_Customization>());
+  mine.definitions.back()->block_name = "MINE";
+  const std::string file = (dir_.path() / "given.tk").string();
+  for (const Case& c : cases) {
+    ASSERT_TRUE(titleblock::SaveTkFileTo(mine, userLibrary, false));
+    const std::string before = test_support::ReadFile(userLibrary);
+    test_support::WriteFile(file, c.bytes);
+    const RunResult batch = TitleBlock({drawing_, "--tk", file});
+    const RunResult import = RunProgram(TV_TVPLOT_PATH, {"tk", "import", file, "--keep"}, {}, home);
+    EXPECT_EQ(batch.exitCode, c.batchExit) << c.what << "\n" << batch.err;
+    EXPECT_EQ(import.exitCode, c.importExit) << c.what << "\n" << import.err;
+    if (c.importExit == 0) continue;
+    const std::string refusal = Printable(file) + " 不是完整的图框信息配置文件";
+    EXPECT_TRUE(Has(batch.err, "tvplot titleblock: " + refusal)) << c.what << "\n" << batch.err;
+    EXPECT_TRUE(Has(import.err, "tvplot tk: " + refusal)) << c.what << "\n" << import.err;
+    EXPECT_EQ(batch.out, "") << c.what;
+    EXPECT_EQ(test_support::ReadFile(userLibrary), before) << c.what;
+  }
+  const RunResult empty = TitleBlock({drawing_, "--tk", emptyLibrary});
+  EXPECT_TRUE(Has(empty.err, "图框信息库为空")) << empty.err;
 }
 
 }  // namespace

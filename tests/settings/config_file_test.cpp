@@ -299,7 +299,6 @@ TEST_F(ConfigFileTest, AFailedWriteKeepsTheOldFileAndSaysSo) {
   // permissions are not enforced.
   const std::string file = path(std::string(250, 'c'));
   test_support::WriteFile(file, "old");
-  Age(file);
   EXPECT_FALSE(SaveConfigTo(Distinct(), file, true));
   EXPECT_EQ(test_support::ReadFile(file), "old");
   ASSERT_EQ(editor.messages.size(), 1u);
@@ -313,6 +312,41 @@ TEST_F(ConfigFileTest, AFailedWriteKeepsTheOldFileAndSaysSo) {
   EXPECT_FALSE(SaveConfigTo(Distinct(), path("missing/x.cfg"), true));
   EXPECT_EQ(editor.messages.size(), 2u);
   EXPECT_EQ(editor.captions.back(), "Tarvex打印");
+}
+
+// Every run writes the configuration when it ends, mostly as it read it. Such a save must not undo
+// a file another run wrote in between (an import, say); a configuration this run changed is saved.
+// The same holds for the first-use flags.
+TEST_F(ConfigFileTest, ASaveOfWhatWasReadLeavesAnotherRunsNewerFile) {
+  Config first;
+  first.merge_pdf = 1;
+  ASSERT_TRUE(SaveConfigTo(first, ConfigFilePath(), false));
+  Config& mine = GlobalConfig();
+  ASSERT_TRUE(LoadConfig(mine, false));
+  Config theirs = Distinct();
+  const std::string theirText = ConfigFileText(theirs);
+  ASSERT_TRUE(host::WriteTextFileReplacing(ConfigFilePath(), theirText));  // the other run
+
+  EXPECT_TRUE(SaveConfig(mine, true, false));
+  Config back;
+  ASSERT_TRUE(LoadConfigFrom(back, ConfigFilePath()));
+  EXPECT_EQ(ConfigFileText(back), theirText);
+
+  mine.plot_stamp = 1;
+  EXPECT_TRUE(SaveConfig(mine, true, false));
+  ASSERT_TRUE(LoadConfigFrom(back, ConfigFilePath()));
+  EXPECT_EQ(back.plot_stamp, 1);
+  EXPECT_EQ(back.merge_pdf, 1);
+
+  // No file when this run started, one written by another run before it ends.
+  std::filesystem::remove(IniFilePath());
+  Ini ini;
+  LoadIni(ini);
+  ASSERT_TRUE(host::WriteTextFileReplacing(IniFilePath(), "20240329\n1\n1\n1\n"));
+  EXPECT_TRUE(SaveIni(ini));
+  Ini iniBack;
+  ASSERT_TRUE(LoadIni(iniBack));
+  EXPECT_EQ(iniBack.single_scale_asked, 1);
 }
 
 TEST_F(ConfigFileTest, TheIniHoldsThreeFlagsAfterItsVersion) {

@@ -78,12 +78,6 @@ class SettingsTest : public ::testing::Test {
 
   std::string path(const std::string& name) const { return (dir_ / name).string(); }
 
-  // Sets a file's modification time back, so that the next write in the same second shows.
-  static void Age(const std::string& file) {
-    std::error_code ec;
-    std::filesystem::last_write_time(file, std::filesystem::last_write_time(file, ec) - std::chrono::hours(1), ec);
-  }
-
   test_support::TempDir dir_{"tv_settings"};
   std::filesystem::path data_, install_;
   ScopedEnv dataEnv_, installEnv_;

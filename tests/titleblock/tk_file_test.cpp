@@ -2,7 +2,6 @@
 // how an import merges into the library.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -509,7 +508,6 @@ TEST_F(TkFileTest, SavingTheNumberingAloneKeepsTheRestOfTheFile) {
   onDisk.definitions.push_back(Definition("DISK"));
   onDisk.DefaultNameRule = "DISK_RULE";
   ASSERT_TRUE(SaveTkFile(onDisk, false, false));
-  fs::last_write_time(DefaultTkPath(), fs::last_write_time(DefaultTkPath()) - std::chrono::hours(1));
 
   TK_Library library;
   library.definitions.push_back(Definition("UNSAVED"));
@@ -541,7 +539,6 @@ TEST_F(TkFileTest, AFileThatCannotBeReplacedIsKeptAndTheFailureIsShown) {
   // A name so long that no temporary file fits beside it: the write fails even for root.
   const std::string path = file(std::string(252, 'k'));
   WriteFile(path, "old contents\n");
-  fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(1));
   TK_Library library;
   library.definitions.push_back(Definition("A"));
   EXPECT_FALSE(SaveTkFileTo(library, path, true));
@@ -562,14 +559,51 @@ TEST_F(TkFileTest, AFileThatCannotBeReplacedIsKeptAndTheFailureIsShown) {
   EXPECT_EQ(editor_.boxes.size(), 1u);
 }
 
-TEST_F(TkFileTest, ReplacingAnOlderFileReportsNothing) {
+// A save is judged by what the file holds afterwards: saves close together are all saves.
+TEST_F(TkFileTest, SavesInTheSameInstantReportNothing) {
   const std::string path = file("lib.tk");
   WriteFile(path, "old\n");
-  fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(1));
   TK_Library library;
-  EXPECT_TRUE(SaveTkFileTo(library, path, true));
+  for (int i = 0; i < 3; ++i) {
+    library.SerialStart = i;
+    EXPECT_TRUE(SaveTkFileTo(library, path, true));
+    TK_Library back;
+    ASSERT_TRUE(LoadTkFileFrom(back, path, false));
+    EXPECT_EQ(back.SerialStart, i);
+  }
   EXPECT_TRUE(editor_.boxes.empty());
-  EXPECT_EQ(Lines(ReadFile(path)).front(), "20240329");
+}
+
+// An update of the user's library starts from the file as another run may have left it since
+// this one read it, and the change is made to that.
+TEST_F(TkFileTest, AnUpdateStartsFromTheFileAsItStandsNow) {
+  TK_Library first;
+  first.definitions.push_back(Definition("A"));
+  ASSERT_TRUE(SaveTkFile(first, false, false));
+  TK_Library library;
+  ASSERT_TRUE(LoadTkFile(library, false));
+  TK_Library other;
+  other.definitions.push_back(Definition("A"));
+  other.definitions.push_back(Definition("B"));
+  ASSERT_TRUE(SaveTkFileTo(other, DefaultTkPath(), false));
+
+  ASSERT_TRUE(UpdateTkFile(
+      library,
+      [](TK_Library& current) {
+        current.definitions.push_back(Definition("C"));
+        return true;
+      },
+      true));
+  TK_Library back;
+  ASSERT_TRUE(LoadTkFileFrom(back, DefaultTkPath(), false));
+  ASSERT_EQ(back.definitions.size(), 3u);
+  EXPECT_EQ(back.definitions[1]->block_name, "B");
+  EXPECT_EQ(back.definitions[2]->block_name, "C");
+  EXPECT_EQ(library.definitions.size(), 3u);
+
+  // A change that declines saves nothing.
+  EXPECT_FALSE(UpdateTkFile(library, [](TK_Library&) { return false; }, true));
+  EXPECT_TRUE(editor_.boxes.empty());
 }
 
 TEST_F(TkFileTest, ATruncatedFileReadsZerosAndEmptyStringsWithoutACheck) {

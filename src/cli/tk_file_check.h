@@ -1,0 +1,13 @@
+#pragma once
+// The one check of a title-block library file that a command is about to read (`tk import`,
+// `titleblock --tk`): a file cut short or one that is no library at all is refused, never read as
+// zeros and empty names.
+#include <optional>
+#include <string>
+
+namespace tv::cli {
+
+// Why the file can't be taken (for exit code 2), or nullopt when it is a whole library.
+std::optional<std::string> TkFileRefusal(const std::string& path);
+
+}  // namespace tv::cli
