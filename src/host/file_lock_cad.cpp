@@ -23,8 +23,19 @@ struct HeldLock {
 };
 struct HeldLocks {
   std::mutex mutex;
+  pid_t owner = 0;
   std::map<std::string, HeldLock> locks;
 };
+
+// The caller holds `mutex`. A child made by fork inherits the parent's list but not its turn: it
+// starts with none of its own (the inherited descriptors stay open, so the parent keeps its locks).
+std::map<std::string, HeldLock>& LocksOfThisProcess(HeldLocks& held) {
+  if (held.owner != ::getpid()) {
+    held.owner = ::getpid();
+    held.locks.clear();
+  }
+  return held.locks;
+}
 
 HeldLocks& Held() {
   static HeldLocks held;
@@ -52,7 +63,8 @@ FileLock::FileLock(const std::string& path, std::chrono::milliseconds patience)
   {
     HeldLocks& held = Held();
     std::lock_guard<std::mutex> guard(held.mutex);
-    if (auto it = held.locks.find(lockPath_); it != held.locks.end()) {
+    auto& locks = LocksOfThisProcess(held);
+    if (auto it = locks.find(lockPath_); it != locks.end()) {
       ++it->second.holders;
       held_ = true;
       return;
@@ -80,7 +92,7 @@ FileLock::FileLock(const std::string& path, std::chrono::milliseconds patience)
   }
   HeldLocks& held = Held();
   std::lock_guard<std::mutex> guard(held.mutex);
-  held.locks[lockPath_] = HeldLock{handle, 1};
+  LocksOfThisProcess(held)[lockPath_] = HeldLock{handle, 1};
   held_ = true;
 }
 
@@ -88,13 +100,14 @@ FileLock::~FileLock() {
   if (!held_) return;
   HeldLocks& held = Held();
   std::lock_guard<std::mutex> guard(held.mutex);
-  auto it = held.locks.find(lockPath_);
-  if (it == held.locks.end() || --it->second.holders > 0) return;
+  auto& locks = LocksOfThisProcess(held);
+  auto it = locks.find(lockPath_);
+  if (it == locks.end() || --it->second.holders > 0) return;
   // Removed while still locked, so that no folder keeps lock files; a waiter that then locks the
   // removed file sees that it is no longer named and tries the new one.
   ::unlink(lockPath_.c_str());
   ::close(it->second.fd);
-  held.locks.erase(it);
+  locks.erase(it);
 }
 
 }  // namespace tv::host

@@ -173,7 +173,9 @@ TEST_F(ConfigCommandTest, ImportRefusesWhatIsNoWholeConfiguration) {
     if (c.text) test_support::WriteFile(file, *c.text);
     EXPECT_EQ(Run({"import", file}), c.exitCode) << c.what << "\n" << err_.str();
     EXPECT_TRUE(Has(c.exitCode == kExitOk ? out_.str() : err_.str(), c.says)) << c.what << "\n" << err_.str();
-    if (c.exitCode != kExitOk) EXPECT_EQ(test_support::ReadFile(settings::ConfigFilePath()), before) << c.what;
+    if (c.exitCode != kExitOk) {
+      EXPECT_EQ(test_support::ReadFile(settings::ConfigFilePath()), before) << c.what;
+    }
   }
   // The older file brought what it holds and left the rest as the user had it.
   const settings::Config user = UserConfig();

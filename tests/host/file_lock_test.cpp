@@ -27,8 +27,12 @@ using test_support::WriteFile;
 bool OtherProcessGetsLock(const std::string& path) {
   const pid_t pid = fork();
   if (pid == 0) {
-    FileLock lock(path, std::chrono::milliseconds(100));
-    _exit(lock.held() ? 0 : 1);
+    bool held = false;
+    {
+      FileLock lock(path, std::chrono::milliseconds(100));
+      held = lock.held();
+    }
+    _exit(held ? 0 : 1);
   }
   int status = 0;
   waitpid(pid, &status, 0);
