@@ -10,6 +10,7 @@
 
 #include "../settings/settings_fixture.h"
 #include "../support/run_program.h"
+#include "../support/run_together.h"
 #include "cad/database.h"
 #include "cad/dxf_writer.h"
 #include "cli/command_line.h"
@@ -23,6 +24,7 @@
 #include "settings/config.h"
 #include "settings/field_table.h"
 #include "settings/folders.h"
+#include "titleblock/tk_library.h"
 #include "settings/plot_setting.h"
 #include "settings/value_text.h"
 
@@ -199,6 +201,49 @@ TEST(ConfigProgram, TwoImportsInOneSecondBothSucceed) {
     EXPECT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_TRUE(Has(r.out, "并保存为用户配置")) << r.out;
+  }
+}
+
+// Every run writes the configuration as it ends. Runs that changed nothing in it, ending beside an
+// import, must leave the imported configuration in place; and the imports of both kinds land.
+TEST(ConfigProgram, AnImportSurvivesOtherRunsEndingBesideIt) {
+  test_support::TempDir dir;
+  const std::string home = (dir / "home").string();
+  const std::string data = home + "/.local/share";
+  settings::Config imported;
+  imported.vector_dpi_step = 77;
+  const std::string file = (dir / "in.cfg").string();
+  test_support::WriteFile(file, *host::TextFileBytes(settings::ConfigFileText(imported)));
+  std::vector<std::string> libraries;
+  for (int i = 0; i < 3; ++i) {
+    titleblock::TK_Library library;
+    library.definitions.push_back(std::make_unique<titleblock::TK_Customization>());
+    library.definitions.back()->block_name = "F" + std::to_string(i);
+    libraries.push_back((dir / ("lib" + std::to_string(i) + ".tk")).string());
+    ASSERT_TRUE(titleblock::SaveTkFileTo(library, libraries.back(), false));
+  }
+  const std::vector<std::string> env{"/usr/bin/env", "HOME=" + home, "XDG_DATA_HOME=" + data,
+                                     "XDG_CONFIG_HOME=" + home, "XDG_CACHE_HOME=" + home, TV_TVPLOT_PATH};
+  auto command = [&](std::vector<std::string> args) {
+    std::vector<std::string> whole = env;
+    whole.insert(whole.end(), args.begin(), args.end());
+    return whole;
+  };
+  for (int round = 0; round < 4; ++round) {
+    std::filesystem::remove_all(home);
+    // The user's files as a first run leaves them.
+    ASSERT_EQ(test_support::RunProgram(TV_TVPLOT_PATH, {"tk", "list"}, {}, home).exitCode, 0);
+    std::vector<std::vector<std::string>> commands;
+    for (const std::string& library : libraries) commands.push_back(command({"tk", "import", library, "--keep"}));
+    commands.push_back(command({"config", "import", file}));
+    for (const RunResult& r : test_support::RunTogether(commands)) EXPECT_EQ(r.exitCode, 0) << r.err;
+
+    settings::Config user;
+    ASSERT_TRUE(settings::LoadConfigFrom(user, data + "/Tarvex/BPlot_Cfg.cfg"));
+    EXPECT_EQ(user.vector_dpi_step, 77) << "round " << round;
+    titleblock::TK_Library library;
+    ASSERT_TRUE(titleblock::LoadTkFileFrom(library, data + "/Tarvex/BPlot_TK.tk", false));
+    EXPECT_EQ(library.definitions.size(), 3u) << "round " << round;
   }
 }
 
