@@ -166,6 +166,19 @@ ObjectId Reader::dimStyleByName(std::string_view name) {
   });
 }
 
+ObjectId Reader::recordOfEntity(EntityName kind, std::string_view raw) {
+  const std::size_t n = raw.size();
+  const auto at = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(raw[i])); };
+  const std::size_t hash = n == 0 ? 0 : n * 7 + at(0) + at(n / 2) * 3 + at(n - 1) * 5 + at((n * 3) / 4) * 11;
+  EntityNameSlot& slot = entityNames_[static_cast<std::size_t>(kind)][hash % kEntityNameSlots];
+  if (slot.set && slot.raw == raw) return slot.id;
+  const ObjectId id = DxfReadContext::recordOfEntity(kind, raw);
+  slot.raw.assign(raw);
+  slot.id = id;
+  slot.set = true;
+  return id;
+}
+
 ObjectId Reader::blockByName(std::string_view name) {
   if (name.empty()) return {};
   if (ObjectId id = blockIds_.find(name)) return id;
