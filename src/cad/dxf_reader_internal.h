@@ -200,6 +200,7 @@ class Reader final : public DxfReadContext {
   DxfVersion version_ = DxfVersion::R12;
   std::optional<CodePageDecoder> decoder_;
   bool decoderChecked_ = false;
+  bool textIsUtf8_ = false;  // the decoder's page is UTF-8
 
   std::string error_;
   std::vector<std::string> warnings_;

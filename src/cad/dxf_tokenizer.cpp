@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -160,6 +161,24 @@ std::int64_t ParseHandle(std::string_view s) {
 constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+// Writers that print the shortest text that reads back give up to 17 digits ("19.049999999999997").
+// Their mantissa and the power of ten are exact in the x87 extended format, whose quotient is
+// rounded once to 64 bits; rounding that to a double is correct unless it landed exactly halfway
+// between two doubles (the 11 bits below a double's mantissa 10000000000), which from_chars decides.
+inline bool LongQuotient(std::uint64_t m, int frac, double& out) {
+#if defined(__x86_64__) && LDBL_MANT_DIG == 64
+  const long double q = static_cast<long double>(m) / static_cast<long double>(kPow10[frac]);
+  std::uint64_t bits;
+  std::memcpy(&bits, &q, sizeof bits);  // the explicit 64-bit mantissa comes first
+  if ((bits & 0x7FF) == 0x400) return false;
+  out = static_cast<double>(q);
+  return true;
+#else
+  (void)m, (void)frac, (void)out;
+  return false;
+#endif
+}
+
 // The usual "-123.456" in at most 15 digits: the mantissa and the power of ten are exact
 // doubles, so one division gives the correctly rounded value. Anything else goes to from_chars.
 inline bool FastDouble(const char* p, const char* e, double& out) {
@@ -174,8 +193,13 @@ inline bool FastDouble(const char* p, const char* e, double& out) {
     while (p < e && static_cast<unsigned>(*p - '0') < 10u)
       m = m * 10 + static_cast<unsigned>(*p++ - '0'), ++digits, ++frac;
   }
-  if (p != e || digits == 0 || digits > 15) return false;
-  double d = static_cast<double>(m) / kPow10[frac];
+  if (p != e || digits == 0 || digits > 19) return false;
+  double d;
+  if (digits <= 15) {
+    d = static_cast<double>(m) / kPow10[frac];
+  } else if (!LongQuotient(m, frac, d)) {
+    return false;
+  }
   out = neg ? -d : d;
   return true;
 }
