@@ -11,6 +11,17 @@
 
 namespace tv::cad {
 
+ObjectId DxfReadContext::recordOfEntity(EntityName kind, std::string_view raw) {
+  const std::string name = text(raw);
+  switch (kind) {
+    case EntityName::Layer: return layerByName(name);
+    case EntityName::Linetype: return EqualsNoCase(name, "ByLayer") ? ObjectId{} : linetypeByName(name);
+    case EntityName::TextStyle: return textStyleByName(name);
+    case EntityName::Block: return blockByName(name);
+  }
+  return {};
+}
+
 namespace codec {
 
 namespace {
@@ -166,11 +177,9 @@ bool DecodeRareCommon(Reader& r, Entity& e, CommonState& st) {
     case 102:
       ReadBraceGroup(r, e);
       return true;
-    case 6: {
-      std::string name = r.str();
-      e.linetype = EqualsNoCase(name, "ByLayer") ? ObjectId{} : r.ctx.linetypeByName(name);
+    case 6:
+      e.linetype = r.ctx.recordOfEntity(DxfReadContext::EntityName::Linetype, r.g.text);
       return true;
-    }
     case 420:
       e.trueColor = static_cast<std::int32_t>(r.g.integer & 0xFFFFFF);
       return true;

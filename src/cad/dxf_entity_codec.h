@@ -1,5 +1,6 @@
 #pragma once
 // Reads and writes one entity in DXF: the common entity groups and the groups of each class.
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,6 +26,12 @@ class DxfReadContext {
   virtual ObjectId textStyleByName(std::string_view name) = 0;
   virtual ObjectId blockByName(std::string_view name) = 0;
   virtual ObjectId dimStyleByName(std::string_view name) = 0;
+  // The record an entity names by `raw`, its name as the file spells it (not decoded): the layer
+  // (8), the linetype (6, null for ByLayer), the text style (7) or the inserted block (2). The
+  // same as the lookups above after text(raw); a reader may remember the few names that
+  // thousands of entities repeat.
+  enum class EntityName : std::uint8_t { Layer, Linetype, TextStyle, Block };
+  virtual ObjectId recordOfEntity(EntityName kind, std::string_view raw);
   // A problem that does not stop reading (kept for `tvplot info` and logs).
   virtual void warn(std::string message) = 0;
 };

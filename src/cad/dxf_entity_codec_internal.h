@@ -75,7 +75,7 @@ inline bool DecodeCommon(Reader& r, Entity& e, CommonState& st) {
       e.id = r.id();
       return true;
     case 8:
-      e.layer = r.ctx.layerByName(r.str());
+      e.layer = r.ctx.recordOfEntity(DxfReadContext::EntityName::Layer, r.g.text);
       return true;
     case 330:
       if (st.ownerSet) return false;

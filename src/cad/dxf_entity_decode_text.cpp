@@ -23,7 +23,7 @@ bool TextGroup(T& t, Reader& r) {
     case 41: t.widthFactor = g.real; return true;
     case 50: t.rotation = DegToRad(g.real); return true;
     case 51: t.setOblique(DegToRad(g.real)); return true;
-    case 7: t.style = r.ctx.textStyleByName(r.str()); return true;
+    case 7: t.style = r.ctx.recordOfEntity(DxfReadContext::EntityName::TextStyle, r.g.text); return true;
     case 71: t.setGeneration(r.i16()); return true;
     case 72: t.hAlign = static_cast<TextHAlign>(r.i16()); return true;
     case 39: t.setThickness(g.real); return true;
@@ -126,7 +126,7 @@ std::unique_ptr<Entity> DecodeMText(Reader& r) {
       case 42: case 43: return true;  // actual width and height: recomputed by every program
       case 71: m.attachment = r.i16(); return true;
       case 72: m.drawingDirection = r.i16(); return true;
-      case 7: m.style = r.ctx.textStyleByName(r.str()); return true;
+      case 7: m.style = r.ctx.recordOfEntity(DxfReadContext::EntityName::TextStyle, r.g.text); return true;
       case 73: m.lineSpacingStyle = r.i16(); return true;
       case 44: m.lineSpacingFactor = g.real; return true;
       case 90: m.backgroundFlags = r.i32(); return true;
@@ -163,7 +163,7 @@ std::unique_ptr<Entity> DecodeInsert(Reader& r) {
   const bool ok = ReadBody(r, ins, [&](const DxfGroup& g) {
     switch (g.code) {
       case 66: attribsFollow = r.flag(); return true;
-      case 2: ins.block = r.ctx.blockByName(r.str()); return true;
+      case 2: ins.block = r.ctx.recordOfEntity(DxfReadContext::EntityName::Block, r.g.text); return true;
       case 10: case 20: case 30: SetCoord(ins.position, g.code, 10, g.real); return true;
       case 41: ins.scale.x = g.real; return true;
       case 42: ins.scale.y = g.real; return true;

@@ -19,8 +19,13 @@ inline bool IsPlainAscii(std::string_view s) {
 
 bool IsValidUtf8(std::string_view s) {
   char32_t cp;
-  for (std::size_t i = 0, n = 0; i < s.size(); i += n)
+  for (std::size_t i = 0, n = 0; i < s.size(); i += n) {
+    if (static_cast<unsigned char>(s[i]) < 0x80) {
+      n = 1;
+      continue;
+    }
     if ((n = DecodeUtf8(s, i, cp)) == 0) return false;
+  }
   return true;
 }
 
@@ -61,7 +66,8 @@ void NameIndex::add(std::string_view name, ObjectId id) { map_.emplace(std::stri
 
 std::string Reader::text(std::string_view raw) {
   if (IsPlainAscii(raw)) return std::string(raw);
-  std::string s = decoder_ ? decoder_->toUtf8(raw) : std::string(raw);
+  // Valid text of a UTF-8 file is what the decoder would give: taken whole, not by character.
+  std::string s = !decoder_ || (textIsUtf8_ && IsValidUtf8(raw)) ? std::string(raw) : decoder_->toUtf8(raw);
   if (s.find('\\') != std::string::npos) return DecodeDxfEscapes(s);
   return s;
 }
@@ -164,6 +170,19 @@ ObjectId Reader::dimStyleByName(std::string_view name) {
       warnOnce("dimstyle:" + utf8, Format("标注样式 %s 未定义，已创建", utf8.c_str()));
     return style.id;
   });
+}
+
+ObjectId Reader::recordOfEntity(EntityName kind, std::string_view raw) {
+  const std::size_t n = raw.size();
+  const auto at = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(raw[i])); };
+  const std::size_t hash = n == 0 ? 0 : n * 7 + at(0) + at(n / 2) * 3 + at(n - 1) * 5;
+  EntityNameSlot& slot = entityNames_[static_cast<std::size_t>(kind)][hash % kEntityNameSlots];
+  if (slot.set && slot.raw.size() == n && std::memcmp(slot.raw.data(), raw.data(), n) == 0) return slot.id;
+  const ObjectId id = DxfReadContext::recordOfEntity(kind, raw);
+  slot.raw.assign(raw);
+  slot.id = id;
+  slot.set = true;
+  return id;
 }
 
 ObjectId Reader::blockByName(std::string_view name) {

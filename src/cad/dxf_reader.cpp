@@ -251,12 +251,14 @@ bool Reader::ensureDecoder() {
   decoderChecked_ = true;
   if (version_ >= DxfVersion::R2007) {
     decoder_ = CodePageDecoder::utf8();
+    textIsUtf8_ = true;
     return true;
   }
   std::string page(TrimBlanks(db_.header.getString("$DWGCODEPAGE")));
   if (page.empty()) page = "ANSI_936";
   decoder_ = CodePageDecoder::create(page);
   if (!decoder_) return fail(Format("图纸文件 %s 的代码页 %s 无法识别", name_.c_str(), page.c_str()));
+  textIsUtf8_ = decoder_->name() == "UTF-8";
   return true;
 }
 

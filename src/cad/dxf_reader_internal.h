@@ -80,6 +80,7 @@ class Reader final : public DxfReadContext {
   ObjectId textStyleByName(std::string_view name) override;
   ObjectId blockByName(std::string_view name) override;
   ObjectId dimStyleByName(std::string_view name) override;
+  ObjectId recordOfEntity(EntityName kind, std::string_view raw) override;
   void warn(std::string message) override;
 
  private:
@@ -199,6 +200,7 @@ class Reader final : public DxfReadContext {
   DxfVersion version_ = DxfVersion::R12;
   std::optional<CodePageDecoder> decoder_;
   bool decoderChecked_ = false;
+  bool textIsUtf8_ = false;  // the decoder's page is UTF-8
 
   std::string error_;
   std::vector<std::string> warnings_;
@@ -209,6 +211,16 @@ class Reader final : public DxfReadContext {
   std::uint64_t nextProgress_ = 0;
 
   NameIndex layers_, linetypes_, textStyles_, dimStyles_;
+  // The names entities gave last, as spelt in the file, by kind and a few bytes of the name: a hit
+  // needs neither decoding nor a copy of the name. A name always leads to the same record, as
+  // records are never renamed or replaced while reading.
+  struct EntityNameSlot {
+    std::string raw;
+    ObjectId id;
+    bool set = false;
+  };
+  static constexpr std::size_t kEntityNameSlots = 16;
+  EntityNameSlot entityNames_[4][kEntityNameSlots];
   NameMap<bool> otherNames_;  // "TABLE\nname" of the VPORT, VIEW, UCS, APPID … records read
   NameMap<BlockRecord*> blocksByName_;
   NameIndex blockIds_;  // the same names, for the INSERT of every entity

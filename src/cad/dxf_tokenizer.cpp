@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -128,8 +129,29 @@ bool ParseInteger(std::string_view s, std::int64_t& out) {
   return true;
 }
 
+constexpr std::array<std::int8_t, 256> MakeHexTable() {
+  std::array<std::int8_t, 256> t{};
+  for (auto& v : t) v = -1;
+  for (int c = '0'; c <= '9'; ++c) t[static_cast<std::size_t>(c)] = static_cast<std::int8_t>(c - '0');
+  for (int c = 'a'; c <= 'f'; ++c) t[static_cast<std::size_t>(c)] = static_cast<std::int8_t>(c - 'a' + 10);
+  for (int c = 'A'; c <= 'F'; ++c) t[static_cast<std::size_t>(c)] = static_cast<std::int8_t>(c - 'A' + 10);
+  return t;
+}
+
+constexpr auto kHexTable = MakeHexTable();
+
 // Handles are hex; junk gives 0 rather than an error because real files contain it.
 std::int64_t ParseHandle(std::string_view s) {
+  if (!s.empty() && s.size() <= 16) {
+    // Sixteen digits cannot overflow: the usual handle needs no general parser.
+    std::uint64_t v = 0;
+    for (char c : s) {
+      const int d = kHexTable[static_cast<unsigned char>(c)];
+      if (d < 0) return 0;
+      v = v << 4 | static_cast<unsigned>(d);
+    }
+    return static_cast<std::int64_t>(v);
+  }
   std::uint64_t v = 0;
   auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), v, 16);
   if (ec != std::errc() || p != s.data() + s.size()) return 0;
@@ -138,6 +160,24 @@ std::int64_t ParseHandle(std::string_view s) {
 
 constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// Writers that print the shortest text that reads back give up to 17 digits ("19.049999999999997").
+// Their mantissa and the power of ten are exact in the x87 extended format, whose quotient is
+// rounded once to 64 bits; rounding that to a double is correct unless it landed exactly halfway
+// between two doubles (the 11 bits below a double's mantissa 10000000000), which from_chars decides.
+inline bool LongQuotient(std::uint64_t m, int frac, double& out) {
+#if defined(__x86_64__) && LDBL_MANT_DIG == 64
+  const long double q = static_cast<long double>(m) / static_cast<long double>(kPow10[frac]);
+  std::uint64_t bits;
+  std::memcpy(&bits, &q, sizeof bits);  // the explicit 64-bit mantissa comes first
+  if ((bits & 0x7FF) == 0x400) return false;
+  out = static_cast<double>(q);
+  return true;
+#else
+  (void)m, (void)frac, (void)out;
+  return false;
+#endif
+}
 
 // The usual "-123.456" in at most 15 digits: the mantissa and the power of ten are exact
 // doubles, so one division gives the correctly rounded value. Anything else goes to from_chars.
@@ -153,8 +193,13 @@ inline bool FastDouble(const char* p, const char* e, double& out) {
     while (p < e && static_cast<unsigned>(*p - '0') < 10u)
       m = m * 10 + static_cast<unsigned>(*p++ - '0'), ++digits, ++frac;
   }
-  if (p != e || digits == 0 || digits > 15) return false;
-  double d = static_cast<double>(m) / kPow10[frac];
+  if (p != e || digits == 0 || digits > 19) return false;
+  double d;
+  if (digits <= 15) {
+    d = static_cast<double>(m) / kPow10[frac];
+  } else if (!LongQuotient(m, frac, d)) {
+    return false;
+  }
   out = neg ? -d : d;
   return true;
 }
@@ -327,7 +372,7 @@ struct DxfTokenizer::Impl {
   }
 
   // Initial read: enough to recognise the format.
-  void start() {
+  [[gnu::noinline]] void start() {
     const char* keep = pos;
     while (!sourceDone && static_cast<std::size_t>(end - pos) < kBinarySentinelSize + 2) {
       if (!refill(keep) && failed) return;
@@ -385,10 +430,39 @@ struct DxfTokenizer::Impl {
     return parseCodeSlow(std::string_view(b, static_cast<std::size_t>(e - b)), code);
   }
 
-  bool setAsciiValue(DxfGroup& g, const char* vb, const char* ve) {
+  // Coordinates and counts make up most groups: numbers without blanks around them are parsed
+  // here at once, in tests ordered by frequency; everything else takes the general way.
+  [[gnu::always_inline]] bool setAsciiValue(DxfGroup& g, const char* vb, const char* ve) {
     if (ve > vb && ve[-1] == '\r') --ve;
+    const GroupKind kind = KindOf(g.code);
+    g.kind = kind;
+    g.text = std::string_view(vb, static_cast<std::size_t>(ve - vb));
+    if (kind == GroupKind::Double) {
+      if (ve > vb && !IsBlank(*vb) && !IsBlank(ve[-1]) && FastDouble(vb, ve, g.real)) [[likely]] {
+        g.integer = RoundToInt64(g.real);
+        return true;
+      }
+    } else if (kind == GroupKind::String) {
+      g.real = 0;
+      g.integer = 0;
+      return true;
+    } else if (kind == GroupKind::Handle) {
+      if (ve > vb && !IsBlank(*vb) && !IsBlank(ve[-1])) [[likely]] {
+        g.real = 0;
+        g.integer = ParseHandle(g.text);
+        return true;
+      }
+    } else if (kind == GroupKind::Int16 || kind == GroupKind::Int32 || kind == GroupKind::Int64) {
+      if (ve > vb && !IsBlank(*vb) && !IsBlank(ve[-1]) && FastInteger(vb, ve, g.integer)) [[likely]] {
+        g.real = static_cast<double>(g.integer);
+        return true;
+      }
+    }
+    return setAsciiValueSlow(g, vb, ve);
+  }
+
+  [[gnu::noinline]] bool setAsciiValueSlow(DxfGroup& g, const char* vb, const char* ve) {
     std::string_view raw(vb, static_cast<std::size_t>(ve - vb));
-    g.kind = KindOf(g.code);
     g.real = 0;
     g.integer = 0;
     switch (g.kind) {
@@ -424,12 +498,38 @@ struct DxfTokenizer::Impl {
     }
   }
 
-  bool badValue(const DxfGroup& g, std::string_view raw) {
+  [[gnu::noinline, gnu::cold]] bool badValue(const DxfGroup& g, std::string_view raw) {
     return fail(Fmt("第 %llu 行：组码 %d 的值无效：%s", static_cast<unsigned long long>(g.line + 1), g.code,
                     Excerpt(raw).c_str()));
   }
 
-  bool nextAscii(DxfGroup& g) {
+  // The usual group: both lines in the buffer and a plain code.
+  [[gnu::always_inline]] bool nextAscii(DxfGroup& g) {
+    const char* start = pos;
+    const char* codeEnd = nullptr;
+    const char* valueEnd = nullptr;
+    FindTwoLineEnds(start, end, codeEnd, valueEnd);
+    if (valueEnd) [[likely]] {
+      const char* ce = codeEnd;
+      const char* p = start;
+      while (p < ce && *p == ' ') ++p;  // codes are usually right-aligned in three columns
+      const char* digits = p;
+      int v = 0;
+      while (p < ce && static_cast<unsigned>(*p - '0') < 10u && p - digits < 9) v = v * 10 + (*p++ - '0');
+      if (p > digits && (p == ce || (*p == '\r' && p + 1 == ce))) [[likely]] {
+        g.code = v;
+        g.line = lineNo;
+        if (!setAsciiValue(g, codeEnd + 1, valueEnd)) return false;
+        lastStart = start;
+        pos = valueEnd + 1;
+        lineNo += 2;
+        return true;
+      }
+    }
+    return nextAsciiSlow(g);
+  }
+
+  [[gnu::noinline]] bool nextAsciiSlow(DxfGroup& g) {
     const char* start = pos;
     for (;;) {
       const char* codeEnd = nullptr;
@@ -451,7 +551,9 @@ struct DxfTokenizer::Impl {
               Fmt("第 %llu 行：文件在组码 %d 之后意外结束", static_cast<unsigned long long>(lineNo), g.code));
         }
         const char* ve = valueEnd ? valueEnd : end;  // the last line may lack its line feed
-        if (!setAsciiValue(g, codeEnd + 1, ve)) return false;
+        if (ve > codeEnd + 1 && ve[-1] == '\r') --ve;
+        g.kind = KindOf(g.code);
+        if (!setAsciiValueSlow(g, codeEnd + 1, ve)) return false;
         lastStart = start;
         pos = valueEnd ? valueEnd + 1 : end;
         lineNo += 2;
@@ -482,7 +584,7 @@ struct DxfTokenizer::Impl {
     return true;
   }
 
-  bool nextBinary(DxfGroup& g) {
+  [[gnu::noinline]] bool nextBinary(DxfGroup& g) {
     const char* start = pos;
     const char* p = start;
     if (p == end) {
