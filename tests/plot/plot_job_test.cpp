@@ -245,17 +245,17 @@ TEST_F(PlotJobTest, APlotThatFailsLeavesTheFileOfAnEarlierRun) {
   ASSERT_EQ(Written(), names) << out_.str();
   const std::string first = ReadFile(fs::path(Folder()) / "plan01.pdf");
 
-  // The next run's device can't be read, so each of its plots fails.
+  // The next run's device has lost its papers, so each of its plots fails.
   editor().answers().pushFront({"", "1", ""});
   GenericPlotCommand();
   editor().clearQueued();
   ASSERT_NE(GenericReview(), nullptr);
-  const std::string device = paper::GlobalSavedPlotter().pc3Path;
-  ASSERT_TRUE(fs::is_regular_file(device));
-  test_support::WriteFile(device, "no device");
+  const std::string media = paper::GlobalSavedPlotter().pmpPath;
+  ASSERT_TRUE(fs::is_regular_file(media));
+  test_support::WriteFile(media, "no media");
   const std::size_t before = editor().plots().size();
   PlotSheets({}, 2);
-  ASSERT_EQ(editor().plots().size(), before + 2);
+  ASSERT_EQ(editor().plots().size(), before + 2) << out_.str();
   for (std::size_t i = before; i < editor().plots().size(); ++i) EXPECT_FALSE(editor().plots()[i].ok);
   EXPECT_EQ(Written(), names) << "nothing of the failed run is left, and nothing is lost";
   EXPECT_EQ(ReadFile(fs::path(Folder()) / "plan01.pdf"), first);
