@@ -3,8 +3,6 @@
 // the user's plotter files without losing a sheet, a file or the truth of their summaries.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
