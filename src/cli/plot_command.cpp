@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -190,6 +191,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   SessionOptions sessionOptions = TranscriptOptions(transcript, io);
   sessionOptions.yesNoAnswer = !options.no;
   Session session(std::move(*db), path, std::move(sessionOptions));
+  const NoticesToErr notices(io);
   host::OnLoad();
   const settings::Config userConfig = settings::GlobalConfig();
   const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
@@ -264,15 +266,22 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     io.err << program << ": 未找到图框\n";
     return kExitNoSheets;
   }
-  std::size_t written = 0;
+  // The summary counts what the folder holds now: the files this run wrote, each once, that are
+  // still there (every file there is complete, as each is written under another name first).
+  std::set<std::string> present;
   for (const ConsoleEditor::PlotRecord& p : editor.plots()) {
-    if (p.ok) {
-      ++written;
-      io.out << p.path << '\n';
-    } else {
+    std::error_code ec;
+    if (!p.ok) {
       io.err << "未输出 " << (p.path.empty() ? std::string("（无文件名）") : p.path) << "：" << OneLine(p.message) << '\n';
+    } else if (!fs::is_regular_file(p.path, ec)) {
+      io.err << "未输出 " << p.path << "：文件写入后已不在输出文件夹中\n";
+    } else if (!present.insert(p.path).second) {
+      io.err << "文件 " << p.path << " 被本次打印中同名的另一张图纸覆盖\n";
+    } else {
+      io.out << p.path << '\n';
     }
   }
+  const std::size_t written = present.size();
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
   io.out << "共 " << listed << " 张图纸，已输出 " << written << " 个文件到 " << folder << "，用时 " << Seconds(seconds)
          << " 秒\n";

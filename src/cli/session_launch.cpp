@@ -68,6 +68,13 @@ SessionOptions TranscriptOptions(std::ostringstream& transcript, CliStreams& io)
   return options;
 }
 
+NoticesToErr::NoticesToErr(CliStreams& io)
+    : scope_([&io](std::string_view text) {
+        std::string line = OneLine(std::string(text));
+        line.erase(0, line.find_first_not_of(' '));
+        io.err << line << '\n';
+      }) {}
+
 std::map<ObjectId, std::string> LayoutNamesByBlock() {
   std::map<ObjectId, std::string> names;
   for (const host::LayoutFacts& l : host::ListLayouts())
@@ -103,19 +110,10 @@ std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io
 }
 
 bool SaveDrawingAs(const cad::Database& db, const std::string& path, CliStreams& io) {
-  namespace fs = std::filesystem;
-  const std::string temporary = path + ".tvsave";
-  const cad::Status written = cad::WriteDxf(db, temporary);
-  std::error_code ec;
+  // The writer goes through a temporary file of its process and renames it over `path`.
+  const cad::Status written = cad::WriteDxf(db, path);
   if (!written.ok) {
-    fs::remove(temporary, ec);
     io.err << OneLine("图纸无法保存为 " + path + "：" + written.message) << '\n';
-    return false;
-  }
-  fs::rename(temporary, path, ec);
-  if (ec) {
-    fs::remove(temporary, ec);
-    io.err << OneLine("图纸无法保存为 " + path) << '\n';
     return false;
   }
   return true;

@@ -11,6 +11,7 @@
 #include "cli/command_line.h"
 #include "cli/subcommand.h"
 #include "console/session.h"
+#include "host/notices.h"
 #include "host/object_id.h"
 
 namespace tv::cli {
@@ -38,6 +39,16 @@ std::vector<std::string> RangeAnswers(const std::string& range, bool inLayout);
 // A session whose command line is a transcript only (shown with --timings): what the session
 // prints goes to `transcript`, its errors and its progress to io.err.
 console::SessionOptions TranscriptOptions(std::ostringstream& transcript, CliStreams& io);
+
+// Shows the session's notices (host::Notify) on io.err, one line each, while it lives: the command
+// line of a transcript session is read by nobody.
+class NoticesToErr {
+ public:
+  explicit NoticesToErr(CliStreams& io);
+
+ private:
+  host::NoticeSinkScope scope_;
+};
 
 // The names of the layouts by their block, for the space column of the lists.
 std::map<ObjectId, std::string> LayoutNamesByBlock();

@@ -127,6 +127,7 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
 
   std::ostringstream transcript;
   Session session(std::move(*db), path, TranscriptOptions(transcript, io));
+  const NoticesToErr notices(io);
   host::OnLoad();
   if (std::optional<FileBatch::Refusal> refusal = PrepareLibrary(args.value("--tk"))) {
     io.err << "tvplot titleblock: " << refusal->message << '\n';

@@ -253,6 +253,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   const std::optional<render::PlotFormat> format = FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
   if (!toFile) return refuse("本版本只能打印到文件，未打印。");
+  // The open drawing is in use, as it would be in any host: a plot never replaces it.
+  if (std::error_code ec; fs::exists(path, ec) && fs::equivalent(path, path_, ec))
+    return refuse("文件 " + path + " 是打开的图纸，不能写入，未打印。");
   const render::PlotterMedium* medium = FindMedium(*device, plot.paperSize);
   if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
 

@@ -9,6 +9,7 @@
 #include "host/doc_state.h"
 #include "host/editor.h"
 #include "host/menu.h"
+#include "plot/plotter_lock.h"
 #include "plot/review_forms.h"
 #include "settings/config.h"
 #include "settings/folders.h"
@@ -73,6 +74,7 @@ void OnLoad() {
 void OnUnload() {
   ModuleState& state = State();
   plot::DestroyReviewForms();
+  plot::ReleasePlotterFiles();
   settings::SaveConfig(settings::GlobalConfig(), false, false);
   titleblock::ClearLibrary(titleblock::GlobalTkLibrary());
   CurrentEditor().removeGroup(kCommandGroup);

@@ -153,23 +153,38 @@ bool CheckOutputPathLength(const std::string& path) {
   return false;
 }
 
-bool DeleteOldOutput(const std::string& path) {
+std::size_t FileNameRoom(std::int32_t format) {
+  const std::size_t extension = FormatExtension(format).size();
+  return extension < kMaxFileNameBytes ? kMaxFileNameBytes - extension : 0;
+}
+
+std::string FitFileName(std::string_view name, std::size_t maxBytes) {
+  if (name.size() <= maxBytes) return std::string(name);
+  std::size_t cut = maxBytes;
+  // Back over continuation bytes to the start of the character that would be split.
+  while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80) --cut;
+  return std::string(name.substr(0, cut));
+}
+
+std::optional<FileStamp> StampOf(const std::string& path) {
   std::error_code ec;
-  if (!fs::exists(fs::symlink_status(path, ec))) return true;
-  if (fs::is_directory(path, ec)) return false;
-  fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ec);
-  fs::remove(path, ec);
-  return !fs::exists(fs::symlink_status(path, ec));
+  if (!fs::is_regular_file(path, ec)) return std::nullopt;
+  FileStamp stamp;
+  stamp.time = fs::last_write_time(path, ec);
+  if (ec) return std::nullopt;
+  stamp.size = fs::file_size(path, ec);
+  if (ec) return std::nullopt;
+  return stamp;
 }
 
-std::string FileInUseMessage(const std::string& path) {
-  return "文件 < " + path + " >\n\n可能处于打开状态，无法覆盖 ！";
+bool IsFreshOutput(const std::string& path, const std::optional<FileStamp>& before) {
+  const std::optional<FileStamp> now = StampOf(path);
+  return now && now != before;
 }
 
-bool DeleteOldDrawingOutput(const std::string& path) {
-  if (DeleteOldOutput(path)) return true;
-  ShowMessage(FileInUseMessage(path));
-  return false;
+std::string OutputIsDrawingMessage(const std::string& path, std::size_t number) {
+  return "\n输出文件 < " + path + " > 是本次打印读取的图纸文件，不能覆盖，第 " + std::to_string(number) +
+         " 张图纸未打印 !";
 }
 
 }  // namespace tv::plot

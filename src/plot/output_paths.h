@@ -1,10 +1,14 @@
 #pragma once
 // Where a plotted file goes and what it is called: the folder by the drawing's settings, the path
 // of each sheet, the numbered names of a merge and of the old paper batch, the host's limit on
-// the length of a path, and the clearing of an old output before a sheet is plotted. Names come
-// in as they are: cleaning them is the naming rules' work.
+// the length of a path and the file system's on a name, and what tells a file just written from
+// an old one. Names come in as they are: cleaning them is the naming rules' work. An old output
+// is never deleted before its sheet is plotted: the new file replaces it whole, once complete,
+// so a plot that fails leaves the old one.
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +23,8 @@ inline constexpr std::int32_t kPathCustom = 2;
 
 // The host takes no output path longer than this many characters.
 inline constexpr std::size_t kMaxOutputPathLength = 255;
+// The file systems take no name (one component of a path) longer than this many bytes.
+inline constexpr std::size_t kMaxFileNameBytes = 255;
 
 // What stands in a title-block file name where several titles were joined.
 using titleblock::kLineMark;
@@ -67,12 +73,24 @@ std::string PathTooLongMessage(const std::string& path);
 // fails on its own if it must. True when the path is within the limit.
 bool CheckOutputPathLength(const std::string& path);
 
-// Deletes an earlier output, read-only or not, without asking. True when no file is left.
-bool DeleteOldOutput(const std::string& path);
-// "文件 < %s >\n\n可能处于打开状态，无法覆盖 ！" with the path.
-std::string FileInUseMessage(const std::string& path);
-// The same for a drawing of the DWG split: a file that stays is reported and its sheet skipped
-// (false).
-bool DeleteOldDrawingOutput(const std::string& path);
+// The bytes a name may have so that, with the extension of `format`, it stays within
+// kMaxFileNameBytes.
+std::size_t FileNameRoom(std::int32_t format);
+// `name` cut to at most `maxBytes` bytes, between two UTF-8 characters.
+std::string FitFileName(std::string_view name, std::size_t maxBytes);
+
+// What tells the file at a path from another one there: its modification time and size.
+struct FileStamp {
+  std::filesystem::file_time_type time;
+  std::uintmax_t size = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+// nullopt when no regular file is there.
+std::optional<FileStamp> StampOf(const std::string& path);
+// True when a file is at `path` and it isn't the one `before` stamped: a plot wrote it.
+bool IsFreshOutput(const std::string& path, const std::optional<FileStamp>& before);
+
+// The output of sheet `number` (from 1) would replace a drawing the run read: refused.
+std::string OutputIsDrawingMessage(const std::string& path, std::size_t number);
 
 }  // namespace tv::plot

@@ -1,8 +1,7 @@
 #include "plot/plot_job.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <optional>
 
 #include "host/command_prologue.h"
 #include "host/editor.h"
@@ -14,6 +13,7 @@
 #include "paper/saved_plotter.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
+#include "plot/plotter_lock.h"
 #include "plot/review_forms.h"
 #include "plot/sheet_loop.h"
 #include "recognition/sheet_geometry.h"
@@ -24,8 +24,6 @@
 namespace tv::plot {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Hosts before this version may return from a model-space plot before the file is there.
 constexpr double kSynchronousPlotVersion = 20.1;
@@ -39,6 +37,7 @@ void Message(std::string_view text) { host::CurrentEditor().messageBox(text, kPl
 // The plotter files follow the papers of the list: the private device is written again and the
 // current layout takes it.
 void RefreshPrivatePlotter(const paper::PaperList& papers) {
+  HoldPlotterFiles();
   if (!paper::WritePrivatePlotter(papers)) return;
   paper::LayoutPlotSetting layout(Job().ActivePlotSetting);
   layout.SetDevice(paper::PrivatePlotterName(ActiveSetting().format));
@@ -124,12 +123,12 @@ bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool r
   job.PlotSignaturesVisible = plotSignatures;
   job.InPlot = true;
   const std::int32_t format = ActiveSetting().format;
+  // An old file stays until the new one replaces it whole, so whether the plot wrote is told by
+  // a file fresher than the one that was there.
+  const std::optional<FileStamp> before = StampOf(path);
   host::CurrentEditor().command(PlotAnswers(format, inLayout, path));
   bool done = true;
-  if (!inLayout && settings::HostVersion() < kSynchronousPlotVersion) {
-    std::error_code ec;
-    done = fs::exists(path, ec);
-  }
+  if (!inLayout && settings::HostVersion() < kSynchronousPlotVersion) done = IsFreshOutput(path, before);
   job.InPlot = false;
   job.PlotSignaturesVisible = true;
   if (!done) return false;
@@ -188,6 +187,7 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
   settings::CurrentPlotSetting() = setting;
   settings::SaveCurrentPlotSetting();
   // The plotter files carry the margin and the background: written with the settings of the run.
+  HoldPlotterFiles();
   paper::WritePrivatePlotter(papers);
   return true;
 }
@@ -203,8 +203,12 @@ bool RunBatch(Dlg_BPlot1& form) {
 }
 
 void EndFileRun() {
+  // Putting the user's plotter back removes the private plotter files: never while another run
+  // plots with them.
+  if (!paper::GlobalSavedPlotter().pc3Folder.empty()) HoldPlotterFiles();
   paper::LayoutPlotSetting::RestorePlotter(paper::GlobalSavedPlotter());
   Job().ActivePlotSetting = nullptr;
+  ReleasePlotterFiles();
 }
 
 void FinishBatch(Dlg_BPlot1& form) {
@@ -248,7 +252,10 @@ bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& colu
 void GenericPlotCommand() {
   EnterPlotCommand();
   Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
-  if (!form) return;
+  if (!form) {
+    ReleasePlotterFiles();  // recognition may have written them before it gave up
+    return;
+  }
   form->styleIndex = LastStyleIndex();
   if (!ReviewUntilRun(kBPlot1Title, BPlot1Columns(), [form] { return BPlot1Cells(*form); },
                       [form] { return RunBatch(*form); }, form->stageTick)) {

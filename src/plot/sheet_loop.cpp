@@ -4,6 +4,8 @@
 #include <system_error>
 
 #include "host/editor.h"
+#include "host/notices.h"
+#include "host/run_files.h"
 #include "host/wrappers.h"
 #include "paper/layout_plot_setting.h"
 #include "paper/plotter_writer.h"
@@ -15,12 +17,6 @@ namespace tv::plot {
 namespace {
 
 namespace fs = std::filesystem;
-
-void EmptyFolder(const std::string& folder) {
-  std::error_code ec;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, ec))
-    if (entry.is_regular_file(ec)) fs::remove(entry.path(), ec);
-}
 
 void EndRun(SheetLoop& loop, ObjectId home) {
   host::CurrentEditor().progressEnd();
@@ -34,13 +30,19 @@ std::string PathOf(const SheetLoop& loop, const std::string& folder, std::size_t
   return SheetPath(folder, loop.rows[row].fileName, loop.setting.format);
 }
 
-bool PlotRow(SheetLoop& loop, std::size_t row, const std::string& path, bool forceLayout) {
+enum class RowResult { Plotted, Missed, Refused };
+
+RowResult PlotRow(SheetLoop& loop, std::size_t row, const std::string& path, bool forceLayout) {
+  // The drawings of the run are read, never written: a name that would land on one is refused.
+  if (host::IsDrawingFileRead(path)) {
+    host::Notify(OutputIsDrawingMessage(path, row + 1));
+    return RowResult::Refused;
+  }
   const bool inLayout = PrepareSheet(loop.rows[row], loop.setting, Job().PlotStyleIndex);
-  DeleteOldOutput(path);
   if (loop.beforePlot) loop.beforePlot(row);
   const bool done = PlotOne(forceLayout || inLayout, path, loop.setting.plot_signatures != 0, loop.rows[row].rotated);
   if (loop.afterPlot) loop.afterPlot(row);
-  return done;
+  return done ? RowResult::Plotted : RowResult::Missed;
 }
 
 }  // namespace
@@ -66,7 +68,10 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
     folderOut = merging ? TempFolder() : OutputFolder(loop.setting.path_mode, loop.setting.format, loop.setting.custom_path);
   std::error_code ec;
   fs::create_directories(folderOut, ec);  // a folder that can't be made shows when the first file fails
-  if (merging) EmptyFolder(folderOut);
+  // The numbered files of a merge go to a folder of this run's own: another run's stay untouched.
+  if (merging) {
+    if (std::string own = host::MakeRunFolder(folderOut); !own.empty()) folderOut = std::move(own);
+  }
   job.LastFolder = folderOut;
 
   host::Editor& editor = host::CurrentEditor();
@@ -84,7 +89,7 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
       }
     }
     editor.progressSet(static_cast<int>(i) + 1);
-    if (!PlotRow(loop, i, PathOf(loop, folderOut, i, static_cast<std::int32_t>(i) + 1), false))
+    if (PlotRow(loop, i, PathOf(loop, folderOut, i, static_cast<std::int32_t>(i) + 1), false) == RowResult::Missed)
       retry.push_back(static_cast<std::int32_t>(i));
   }
 

@@ -8,6 +8,7 @@
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/plotter_lock.h"
 #include "plot/sheet_loop.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
@@ -92,7 +93,10 @@ void Plot_Temp2() {
 void TitlePlotCommand() {
   EnterPlotCommand();
   Dlg_BPlot2* form = RecogniseTitleBatch();
-  if (!form) return;
+  if (!form) {
+    ReleasePlotterFiles();  // recognition may have written them before it gave up
+    return;
+  }
   form->styleIndex = LastStyleIndex();
   if (!ReviewUntilRun(kBPlot2Title, BPlot2Columns(), [form] { return BPlot2Cells(*form); },
                       [form] { return RunTitleBatch(*form); }, form->stageTick)) {

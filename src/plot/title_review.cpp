@@ -1,9 +1,12 @@
 #include "plot/title_review.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
 #include "host/command_prologue.h"
+#include "host/editor.h"
+#include "host/notices.h"
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
@@ -33,7 +36,21 @@ std::string Shown(const std::string& field) {
   return WithTitleSeparator(field, titleblock::GlobalTkLibrary().TitleSeparator);
 }
 
+// Once per drawing, however often its list is filled: the names show "_" where its text was garbled.
+void TellUnreadableNames(const Dlg_BPlot2& form) {
+  static std::set<std::string> told;
+  const bool garbled = std::any_of(form.rows.begin(), form.rows.end(),
+                                   [](const BPlot2Row& row) { return titleblock::NameHasUnreadableText(*row.sheet); });
+  if (!garbled || !host::HasEditor()) return;
+  const std::string drawing = host::CurrentEditor().documentPath();
+  if (told.insert(drawing).second) host::Notify(UnreadableNamesMessage(drawing));
+}
+
 }  // namespace
+
+std::string UnreadableNamesMessage(const std::string& drawing) {
+  return "\n图纸 < " + drawing + " > 中有无法识别的文字（编码有误），文件名中以“_”代替。";
+}
 
 Dlg_BPlot2* TitleReview() { return Slot().get(); }
 
@@ -88,6 +105,7 @@ void FillTitleList(Dlg_BPlot2& form) {
     titleblock::ExpandNameRule(*sheet);
     form.rows.push_back(std::move(row));
   }
+  TellUnreadableNames(form);
   paper::RefreshPlotterFiles(form.job.paperList);
 }
 
@@ -110,8 +128,13 @@ std::vector<std::string> TitleFileNames(const Dlg_BPlot2& form) {
       name = titleblock::CleanFileName(
           library.SerialPrefix + titleblock::SerialText(serial, library.SerialDigits) + library.SerialSuffix + name, true);
     }
-    std::string unique = name;
-    for (int copy = 2; !taken.insert(FoldCase(unique)).second; ++copy) unique = name + "(" + std::to_string(copy) + ")";
+    // Within what the file system takes, the "(2)" of a second sheet of the name included.
+    const std::size_t room = FileNameRoom(form.setting.format);
+    std::string unique = FitFileName(name, room);
+    for (int copy = 2; !taken.insert(FoldCase(unique)).second; ++copy) {
+      const std::string suffix = "(" + std::to_string(copy) + ")";
+      unique = FitFileName(name, room - suffix.size()) + suffix;
+    }
     names.push_back(std::move(unique));
   }
   return names;

@@ -52,12 +52,16 @@ Dlg_BPlot2* RecogniseTitleBatch();
 // Papers, scales, notes and names of every row.
 void FillTitleList(Dlg_BPlot2& form);
 
+// Said once per drawing whose names hold text it garbled, when its list is filled.
+std::string UnreadableNamesMessage(const std::string& drawing);
+
 // The name a row's file gets: its line marks replaced by the library's title separator.
 std::string TitleFileName(const titleblock::Plot_Drawing2& sheet);
 // The names of the form's files in row order: each as above, after the library's serial when
 // "文件名前面插入序号" is on, and a name met before in the run followed by "(2)", "(3)" …, as two
 // frames with the same fields would otherwise write one file over the other. Names that differ
-// only in case count as the same, as they do on the file systems of most offices.
+// only in case count as the same, as they do on the file systems of most offices. A name too long
+// for the file system is cut, at a character, so that with its extension and suffix it fits.
 std::vector<std::string> TitleFileNames(const Dlg_BPlot2& form);
 
 std::vector<std::string> BPlot2Columns();

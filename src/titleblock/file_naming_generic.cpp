@@ -21,7 +21,15 @@ std::string GenericFileName(const settings::PlotSettingRec& setting, const recog
   }
   for (std::string* part : {&head, &tail}) internal::ReplacePaperWords(*part, paperText, paperSizeText);
 
-  return CleanFileName(head + SerialText(setting.name_start + index, setting.name_digits) + tail, true);
+  const std::string serial = SerialText(setting.name_start + index, setting.name_digits);
+  std::string name = CleanFileName(head + serial + tail, true);
+  const std::size_t room = plot::FileNameRoom(setting.format);
+  if (name.size() <= room) return name;
+  // Too long for the file system: the prefix gives way first, so that the serial keeps the names
+  // of the sheets apart.
+  const std::string rest = CleanFileName(serial + tail, true);
+  if (rest.size() >= room) return plot::FitFileName(rest, room);
+  return plot::FitFileName(CleanFileName(head, true), room - rest.size()) + rest;
 }
 
 void ExpandGenericName(const settings::PlotSettingRec& setting, recognition::Plot_Drawing1& sheet,

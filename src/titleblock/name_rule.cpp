@@ -67,13 +67,17 @@ std::string SampleName(const Dlg_Name_Rule& form, std::int32_t serial, std::stri
 }  // namespace
 
 std::string ExpandNameRuleText(std::string_view rule, const FieldTexts& fields, std::string_view paperText) {
+  return CleanFileName(FillNameRule(rule, fields, paperText), true);
+}
+
+std::string FillNameRule(std::string_view rule, const FieldTexts& fields, std::string_view paperText) {
   std::string name(rule);
   for (const Letter& l : kLetters) ReplaceAll(name, l.escape, l.escapeMark);
   for (const Letter& l : kLetters) ReplaceAll(name, l.letter, l.letterMark);
   for (std::size_t i = 0; i < fields.size(); ++i) ReplaceAll(name, kLetters[i].letterMark, fields[i]);
   ReplaceAll(name, kLetters[6].letterMark, paperText);
   for (const Letter& l : kLetters) ReplaceAll(name, l.escapeMark, l.letter);
-  return CleanFileName(std::move(name), true);
+  return name;
 }
 
 bool CheckNameRule(const TK_Customization& definition, std::string& message, bool listing) {

@@ -20,6 +20,8 @@ using FieldTexts = std::array<std::string, 6>;
 // The rule expanded with the fields and the paper's name, cleaned for a file name. A field not
 // read is empty, so separators stay. A title of several lines keeps its "[++}" marks here.
 std::string ExpandNameRuleText(std::string_view rule, const FieldTexts& fields, std::string_view paperText);
+// The same before the cleaning: the texts as read off the drawing.
+std::string FillNameRule(std::string_view rule, const FieldTexts& fields, std::string_view paperText);
 
 // Whether every field letter of the rule has its area in the definition. On failure `message`
 // names the first such letter of the alphabet, in the wording of the definitions' list

@@ -7,6 +7,7 @@
 #include "recognition/sheet_geometry.h"
 #include "titleblock/field_extraction.h"
 #include "titleblock/field_extraction_internal.h"
+#include "titleblock/file_naming.h"
 #include "titleblock/name_rule.h"
 #include "titleblock/title_sheets.h"
 
@@ -108,6 +109,11 @@ void ExpandNameRule(Plot_Drawing2& row) {
   SheetPaper(row, paper);
   row.file_name =
       ExpandNameRuleText(row.definition->name_rule, row.field_text, paper::PaperDisplayName(paper, false, false));
+}
+
+bool NameHasUnreadableText(const Plot_Drawing2& row) {
+  // The paper's name is the system's own: only the fields can hold what the drawing garbled.
+  return row.definition && HasUnreadableText(FillNameRule(row.definition->name_rule, row.field_text, {}));
 }
 
 }  // namespace tv::titleblock

@@ -71,5 +71,8 @@ bool SheetPaper(Plot_Drawing2& row, paper::MyPaper& paper);
 void DynamicPaperAdjust(const TK_Customization& definition, ObjectId insertId, paper::MyPaper& paper);
 // The row's file name by its definition's rule.
 void ExpandNameRule(Plot_Drawing2& row);
+// Whether the fields its name is made of hold text the drawing's file garbled (see
+// HasUnreadableText), which the name shows as "_".
+bool NameHasUnreadableText(const Plot_Drawing2& row);
 
 }  // namespace tv::titleblock

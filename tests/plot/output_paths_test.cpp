@@ -1,11 +1,13 @@
 // Where plotted files go: the folder by path mode, the sheet paths with their extensions and
-// numbers, the host's limit on a path's length, and clearing an old output.
+// numbers, the host's limit on a path's length, names cut to what a file system takes, and what
+// tells a file just written from an old one.
 #include "plot/output_paths.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -159,32 +161,50 @@ TEST_F(OutputPathsTest, LengthIsCountedInCharactersNotBytes) {
   EXPECT_TRUE(editor.messages.empty());
 }
 
-// ---- overwriting -------------------------------------------------------------------------------------------------
+// ---- names the file system takes, and fresh files -------------------------------------------------------
 
-TEST_F(OutputPathsTest, OldOutputIsDeletedEvenWhenReadOnly) {
-  const fs::path file = dir_ / "old.pdf";
-  test_support::WriteFile(file, "old");
-  fs::permissions(file, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
-  EXPECT_TRUE(DeleteOldOutput(file.string()));
-  EXPECT_FALSE(fs::exists(file));
-  EXPECT_TRUE(DeleteOldOutput(file.string()));  // nothing there is as good
-  EXPECT_TRUE(editor.messages.empty());
+TEST(FileNames, CutToTheBytesAFileSystemTakesBetweenCharacters) {
+  struct Case {
+    std::string name;
+    std::size_t room;
+    std::string expected;
+  };
+  const std::string cjk = "基础平面图";  // 3 bytes a character
+  const std::string emoji = "a\U0001F600b";  // a character of 4 bytes
+  for (const Case& c : std::vector<Case>{{"plan", 10, "plan"},
+                                         {"plan01", 6, "plan01"},
+                                         {"plan01", 4, "plan"},
+                                         {cjk, 15, cjk},
+                                         {cjk, 14, "基础平面"},
+                                         {cjk, 13, "基础平面"},
+                                         {cjk, 12, "基础平面"},
+                                         {cjk, 2, ""},
+                                         {emoji, 4, "a"},
+                                         {emoji, 5, "a\U0001F600"},
+                                         {emoji, 6, emoji}}) {
+    SCOPED_TRACE(c.name + " in " + std::to_string(c.room));
+    EXPECT_EQ(FitFileName(c.name, c.room), c.expected);
+  }
+  // The extension takes its share of the 255 bytes of a name.
+  EXPECT_EQ(FileNameRoom(0), 251u);
+  EXPECT_EQ(FileNameRoom(99), 255u);
 }
 
-TEST_F(OutputPathsTest, DrawingThatCantBeReplacedIsReportedAndSkipped) {
-  // A folder in the file's place can't be deleted as a file.
-  const fs::path blocked = dir_ / "plans" / "sheet.dwg";
-  fs::create_directories(blocked);
-  EXPECT_FALSE(DeleteOldOutput(blocked.string()));
-  EXPECT_TRUE(editor.messages.empty());
-  EXPECT_FALSE(DeleteOldDrawingOutput(blocked.string()));
-  ASSERT_EQ(editor.messages.size(), 1u);
-  EXPECT_EQ(editor.messages[0], "文件 < " + blocked.string() + " >\n\n可能处于打开状态，无法覆盖 ！");
-  EXPECT_TRUE(fs::is_directory(blocked));
-
-  test_support::WriteFile(dir_ / "plans" / "free.dwg", "x");
-  EXPECT_TRUE(DeleteOldDrawingOutput((dir_ / "plans" / "free.dwg").string()));
-  EXPECT_EQ(editor.messages.size(), 1u);
+TEST_F(OutputPathsTest, AFreshFileIsToldFromTheOneThatWasThere) {
+  const std::string path = (dir_ / "sheet.pdf").string();
+  EXPECT_FALSE(StampOf(path));
+  EXPECT_FALSE(IsFreshOutput(path, std::nullopt)) << "nothing written";
+  test_support::WriteFile(path, "new");
+  EXPECT_TRUE(IsFreshOutput(path, std::nullopt)) << "a file where none was";
+  const std::optional<FileStamp> old = StampOf(path);
+  ASSERT_TRUE(old);
+  EXPECT_FALSE(IsFreshOutput(path, old)) << "the old file, untouched";
+  // A file written again, as a plot renames a new one over the old.
+  test_support::WriteFile(dir_ / "next", "newer");
+  fs::rename(dir_ / "next", path);
+  EXPECT_TRUE(IsFreshOutput(path, old));
+  fs::remove(path);
+  EXPECT_FALSE(IsFreshOutput(path, old)) << "gone";
 }
 
 }  // namespace

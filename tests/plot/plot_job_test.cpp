@@ -17,6 +17,7 @@
 #include "host/cad_binding.h"
 #include "host/module_entry.h"
 #include "host/wrappers.h"
+#include "paper/saved_plotter.h"
 #include "plot/generic_review.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
@@ -235,6 +236,29 @@ TEST_F(PlotJobTest, EdgesOfTheLoopNoSheetAndAPathOverTheHostLimit) {
   ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
   EXPECT_NE(out_.str().find("输出文件的文件名长度（路径+文件名）超过了限值"), std::string::npos);
   EXPECT_EQ(Written().size(), 2u);
+}
+
+TEST_F(PlotJobTest, APlotThatFailsLeavesTheFileOfAnEarlierRun) {
+  editor().answers().pushFront({"", "1", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  const std::vector<std::string> names{"plan01.pdf", "plan02.pdf"};
+  ASSERT_EQ(Written(), names) << out_.str();
+  const std::string first = ReadFile(fs::path(Folder()) / "plan01.pdf");
+
+  // The next run's device has lost its papers, so each of its plots fails.
+  editor().answers().pushFront({"", "1", ""});
+  GenericPlotCommand();
+  editor().clearQueued();
+  ASSERT_NE(GenericReview(), nullptr);
+  const std::string media = paper::GlobalSavedPlotter().pmpPath;
+  ASSERT_TRUE(fs::is_regular_file(media));
+  test_support::WriteFile(media, "no media");
+  const std::size_t before = editor().plots().size();
+  PlotSheets({}, 2);
+  ASSERT_EQ(editor().plots().size(), before + 2) << out_.str();
+  for (std::size_t i = before; i < editor().plots().size(); ++i) EXPECT_FALSE(editor().plots()[i].ok);
+  EXPECT_EQ(Written(), names) << "nothing of the failed run is left, and nothing is lost";
+  EXPECT_EQ(ReadFile(fs::path(Folder()) / "plan01.pdf"), first);
 }
 
 TEST_F(PlotJobTest, PdfDirectionOptionTurnsUprightPages) {

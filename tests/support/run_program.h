@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -64,13 +65,23 @@ struct RunResult {
   std::string out, err;
 };
 
-// Runs `program` with `args` and `input` on its standard input. Output goes to files in a folder
-// of their own, so the folders the program works in see nothing new. The program gets a home
-// folder of its own and no display, so settings land in that folder and no desktop is found.
-// A `home` given is used instead, so that runs can share the user's settings.
-inline RunResult RunProgram(const std::string& program, const std::vector<std::string>& args, const std::string& input = {},
-                            const std::string& givenHome = {}) {
-  TempDir capture("tv_run_capture");
+// A program started and not yet waited for; its output goes to files of its own folder.
+struct StartedProgram {
+  pid_t pid = -1;
+  std::unique_ptr<TempDir> capture;
+  bool ended = false;  // waited for already
+  int status = 0;      // its wait status once ended
+};
+
+// Starts `program` with `args` and `input` on its standard input, and returns at once. Output goes
+// to files in a folder of their own, so the folders the program works in see nothing new. The
+// program gets a home folder of its own and no display, so settings land in that folder and no
+// desktop is found. A `home` given is used instead, so that runs can share the user's settings.
+inline StartedProgram StartProgram(const std::string& program, const std::vector<std::string>& args,
+                                   const std::string& input = {}, const std::string& givenHome = {}) {
+  StartedProgram started;
+  started.capture = std::make_unique<TempDir>("tv_run_capture");
+  const TempDir& capture = *started.capture;
   const std::string outPath = (capture / "out").string(), errPath = (capture / "err").string();
   const std::string inPath = (capture / "in").string();
   const std::string home = givenHome.empty() ? (capture / "home").string() : givenHome;
@@ -85,9 +96,8 @@ inline RunResult RunProgram(const std::string& program, const std::vector<std::s
   for (auto& a : storage) argv.push_back(a.data());
   argv.push_back(nullptr);
 
-  RunResult r;
   const pid_t pid = fork();
-  if (pid < 0) return r;
+  if (pid < 0) return started;
   if (pid == 0) {
     const int in = open(inPath.c_str(), O_RDONLY);
     const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -104,12 +114,41 @@ inline RunResult RunProgram(const std::string& program, const std::vector<std::s
     execv(argv[0], argv.data());
     _exit(127);
   }
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return r;
+  started.pid = pid;
+  return started;
+}
+
+// What the started program has written to its standard error so far.
+inline std::string ErrorsSoFar(const StartedProgram& started) {
+  return started.capture ? ReadFile(*started.capture / "err") : std::string();
+}
+
+// True while the started program runs.
+inline bool StillRunning(StartedProgram& started) {
+  if (started.pid <= 0 || started.ended) return false;
+  const pid_t done = waitpid(started.pid, &started.status, WNOHANG);
+  if (done == started.pid) started.ended = true;
+  return done == 0;
+}
+
+// Waits for the started program and collects what it wrote.
+inline RunResult WaitProgram(StartedProgram& started) {
+  RunResult r;
+  if (started.pid <= 0) return r;
+  if (!started.ended && waitpid(started.pid, &started.status, 0) != started.pid) return r;
+  started.ended = true;
+  const int status = started.status;
   r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
-  r.out = ReadFile(outPath);
-  r.err = ReadFile(errPath);
+  r.out = ReadFile(*started.capture / "out");
+  r.err = ReadFile(*started.capture / "err");
   return r;
+}
+
+// Runs `program` to its end; see StartProgram.
+inline RunResult RunProgram(const std::string& program, const std::vector<std::string>& args, const std::string& input = {},
+                            const std::string& givenHome = {}) {
+  StartedProgram started = StartProgram(program, args, input, givenHome);
+  return WaitProgram(started);
 }
 
 #ifdef TV_TVPLOT_PATH

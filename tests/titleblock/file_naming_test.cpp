@@ -80,6 +80,27 @@ TEST(CleanFileName, DeviceNamesGetAMarkInFront) {
   EXPECT_EQ(CleanFileName("A-CON", true), "A-CON");
 }
 
+TEST(CleanFileName, TextADrawingGarbledBecomesOneMarkAStretch) {
+  struct Case {
+    std::string text, expected;
+    bool unreadable;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"基础平面图", "基础平面图", false},
+           {"基础\uFFFD\uFFFD平面图", "基础_平面图", true},     // what the reader made of two bytes
+           {"基础\xB5\xD7平面图", "基础_平面图", true},          // bytes that are no UTF-8
+           {"\uFFFD图\xFF", "_图_", true},
+           {"a\xE5\x9F", "a_", true},                           // a character cut short
+           {"\xC0\xAF", "_", true},                             // an overlong "/"
+           {"\xED\xA0\x80", "_", true},                        // a surrogate
+           {"\U0001F600", "\U0001F600", false}}) {
+    SCOPED_TRACE(c.expected);
+    EXPECT_EQ(HasUnreadableText(c.text), c.unreadable);
+    EXPECT_EQ(CleanFileName(c.text, true), c.expected);
+    EXPECT_FALSE(HasUnreadableText(CleanFileName(c.text, false)));
+  }
+}
+
 // ---- names of the generic batch ---------------------------------------------------------------------------
 
 class DocumentEditor final : public host::NullEditor {
@@ -143,6 +164,28 @@ TEST_F(GenericNameTest, PaperWordsBecomeTheSheetsPaper) {
 
   sheet.paperName = "TV_A0";  // not in the job's list: the words stay
   EXPECT_EQ(GenericFileName(setting, sheet, papers, 0), "纸张尺寸_1_纸张");
+}
+
+TEST_F(GenericNameTest, ANameTooLongForTheFileSystemKeepsItsSerial) {
+  setting.format = 0;  // ".pdf": 251 bytes are left for the name
+  setting.name_digits = 2;
+  std::string wide;
+  for (int i = 0; i < 100; ++i) wide += "图";  // 300 bytes
+  struct Case {
+    std::string prefix, suffix;
+    std::size_t size;
+    std::string tail;
+  };
+  for (const Case& c : std::vector<Case>{{std::string(300, 'a'), "_终", 251, "a07_终"},
+                                         {wide, "_终", 249, "图07_终"},
+                                         {"建施", wide, 251, "图"},
+                                         {"建施", "_终", 12, "建施07_终"}}) {
+    SCOPED_TRACE(c.size);
+    setting.name_suffix = c.suffix;
+    const std::string name = GenericFileName(setting, sheet, papers, 6, c.prefix);
+    EXPECT_EQ(name.size(), c.size);
+    EXPECT_TRUE(name.ends_with(c.tail)) << name;
+  }
 }
 
 TEST_F(GenericNameTest, NameIsCleanedAndStoredInTheSheet) {
