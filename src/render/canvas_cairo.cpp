@@ -182,7 +182,10 @@ void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
   cairo_transform(cr_, &onPage);
   // On a vector page as close as the chords that other formats draw; on pixels as fine as cairo's own.
   const double tolerance = vector_ ? kCurveToleranceMm * unitsPerMm_ : kTolerance;
-  AddUnitArc(cr_, arc.start, arc.end, std::hypot(arc.u.length(), arc.v.length()) * unitsPerMm_, tolerance);
+  // The longest the mapping makes a unit vector: the radius of a circle, the major semi-axis of an ellipse.
+  const double sum = arc.u.x * arc.u.x + arc.u.y * arc.u.y + arc.v.x * arc.v.x + arc.v.y * arc.v.y;
+  const double stretch = std::sqrt((sum + std::sqrt(std::max(sum * sum - 4 * det * det, 0.0))) / 2);
+  AddUnitArc(cr_, arc.start, arc.end, stretch * unitsPerMm_, tolerance);
   if (arc.closed) cairo_close_path(cr_);
   // The path is kept on the page: the pen's width stays that of the page.
   cairo_set_matrix(cr_, &saved);
