@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/geometry.h"
@@ -74,6 +75,9 @@ class LayoutPlotSettings {
   std::vector<std::string> canonicalMediaNameList() const;
   // The name users see for a canonical one; empty when the device has no such medium.
   std::string getLocaleMediaName(const std::string& canonical) const;
+  // Both at once for every medium: (canonical name, name users see), in the order of
+  // canonicalMediaNameList, from one reading of the device's files.
+  std::vector<std::pair<std::string, std::string>> mediaNames() const;
   // False when the device doesn't list the medium.
   bool setCanonicalMediaName(const std::string& canonical);
   std::string getCanonicalMediaName() const;

@@ -216,6 +216,18 @@ std::string LayoutPlotSettings::getLocaleMediaName(const std::string& canonical)
   return m->localeName.empty() ? m->name : m->localeName;
 }
 
+std::vector<std::pair<std::string, std::string>> LayoutPlotSettings::mediaNames() const {
+  std::vector<std::pair<std::string, std::string>> out;
+  const cad::Layout* layout = LayoutOf(layout_);
+  if (!layout) return out;
+  if (auto config = ReadDevice(layout->plot.plotterName))
+    for (const render::PlotterMedium& each : config->media) {
+      const render::PlotterMedium& m = *FindMedium(*config, each.name);  // the first of a name, as by name
+      out.emplace_back(each.name, m.localeName.empty() ? m.name : m.localeName);
+    }
+  return out;
+}
+
 bool LayoutPlotSettings::setCanonicalMediaName(const std::string& canonical) {
   cad::Layout* layout = LayoutOf(layout_);
   if (!layout) return false;

@@ -118,8 +118,7 @@ void LayoutPlotSetting::ReadMediaList() {
   localeMediaList.clear();
   canonicalMediaList.clear();
   const std::string current = settings.getCanonicalMediaName();
-  for (const std::string& canonical : settings.canonicalMediaNameList()) {
-    const std::string locale = settings.getLocaleMediaName(canonical);
+  for (const auto& [canonical, locale] : settings.mediaNames()) {
     if (IsBlank(locale) || IsBlank(canonical)) continue;
     localeMediaList.push_back(locale);
     canonicalMediaList.push_back(canonical);

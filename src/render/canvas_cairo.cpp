@@ -13,6 +13,12 @@ constexpr double kTolerance = 0.05;
 // A vector page keeps a stroke's path as it is; the tolerance at the stroke only bounds the outline
 // cairo works out for the stroke's extents, at a cost that grows with its fineness.
 constexpr double kVectorStrokeTolerance = 0.25;
+// A PDF page uses those extents only to leave out a stroke wholly outside the clip, so it takes them
+// this many pen radii coarse (cairo draws no line under a pen at four radii or more, and lines are
+// never thinner than one point there). That halves the work of the outline; a path with no point
+// inside the clip keeps the fine tolerance, since coarse extents could then miss the clip.
+constexpr double kPdfStrokeToleranceRadii = 3.5;
+constexpr double kPdfMinLineWidth = 1.0;  // points
 
 void FontMatrix(const GlyphRun& run, cairo_matrix_t& m) {
   // Glyph space has y down, the page y up.
@@ -62,7 +68,8 @@ CairoCanvas::CairoCanvas(cairo_surface_t* surface, double unitsPerMm, double pag
       unitsPerMm_(unitsPerMm),
       minWidthMm_(minWidthMm),
       crisp_(crisp),
-      vector_(cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) {
+      vector_(cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE),
+      pdf_(cairo_surface_get_type(surface) == CAIRO_SURFACE_TYPE_PDF) {
   if (crisp) cairo_set_antialias(cr_, CAIRO_ANTIALIAS_NONE);
   cairo_translate(cr_, 0, pageHeightMm * unitsPerMm);
   cairo_scale(cr_, unitsPerMm, -unitsPerMm);
@@ -94,7 +101,9 @@ void CairoCanvas::flushStrokes() {
   setColor(pendingColor_);
   cairo_set_line_width(cr_, pendingWidth_);
   // Finer than the pen's radius, so that the outline keeps the pen's round shape and extents.
-  const double tolerance = std::clamp(pendingWidth_ * unitsPerMm_ / 2, kTolerance, kVectorStrokeTolerance);
+  double tolerance = std::clamp(pendingWidth_ * unitsPerMm_ / 2, kTolerance, kVectorStrokeTolerance);
+  if (pdf_ && pendingInClip_)
+    tolerance = kPdfStrokeToleranceRadii * std::max(pendingWidth_ * unitsPerMm_, kPdfMinLineWidth) / 2;
   if (vector_) cairo_set_tolerance(cr_, tolerance);
   // The path is already held in surface units and the pen is round: stroked under the page's scale
   // without its flip it has the same outline, and a vector page then writes it as it is instead of
@@ -108,7 +117,18 @@ void CairoCanvas::flushStrokes() {
   cairo_set_matrix(cr_, &page);
   if (vector_) cairo_set_tolerance(cr_, kTolerance);
   pendingStroke_ = false;
+  pendingInClip_ = false;
   pendingSegments_ = 0;
+}
+
+void CairoCanvas::notePoint(cad::Point2d p) {
+  if (pendingInClip_) return;
+  if (clips_.empty()) {
+    pendingInClip_ = true;
+    return;
+  }
+  const ClipBox& box = clips_.back();
+  pendingInClip_ = p.x > box.minX && p.x < box.maxX && p.y > box.minY && p.y < box.maxY;
 }
 
 void CairoCanvas::flush() {
@@ -135,6 +155,10 @@ void CairoCanvas::beginStroke(Rgb color, double width, std::size_t segments) {
 void CairoCanvas::stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) {
   if (points.empty()) return;
   beginStroke(color, std::max(widthMm, minWidthMm_), points.size());
+  for (const auto& p : points) {
+    if (pendingInClip_) break;
+    notePoint(p);
+  }
   cairo_move_to(cr_, points[0].x, points[0].y);
   if (points.size() == 1) cairo_line_to(cr_, points[0].x, points[0].y);  // a dot
   for (std::size_t i = 1; i < points.size(); ++i) cairo_line_to(cr_, points[i].x, points[i].y);
@@ -150,6 +174,7 @@ void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
     return;
   }
   beginStroke(color, std::max(widthMm, minWidthMm_), 4);
+  notePoint(arc.center + arc.u * std::cos(arc.start) + arc.v * std::sin(arc.start));
   cairo_matrix_t saved;
   cairo_get_matrix(cr_, &saved);
   cairo_matrix_t onPage;
@@ -157,7 +182,10 @@ void CairoCanvas::strokeArc(const PageArc& arc, Rgb color, double widthMm) {
   cairo_transform(cr_, &onPage);
   // On a vector page as close as the chords that other formats draw; on pixels as fine as cairo's own.
   const double tolerance = vector_ ? kCurveToleranceMm * unitsPerMm_ : kTolerance;
-  AddUnitArc(cr_, arc.start, arc.end, std::hypot(arc.u.length(), arc.v.length()) * unitsPerMm_, tolerance);
+  // The longest the mapping makes a unit vector: the radius of a circle, the major semi-axis of an ellipse.
+  const double sum = arc.u.x * arc.u.x + arc.u.y * arc.u.y + arc.v.x * arc.v.x + arc.v.y * arc.v.y;
+  const double stretch = std::sqrt((sum + std::sqrt(std::max(sum * sum - 4 * det * det, 0.0))) / 2);
+  AddUnitArc(cr_, arc.start, arc.end, stretch * unitsPerMm_, tolerance);
   if (arc.closed) cairo_close_path(cr_);
   // The path is kept on the page: the pen's width stays that of the page.
   cairo_set_matrix(cr_, &saved);
@@ -227,6 +255,17 @@ void CairoCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& pixelToP
 
 void CairoCanvas::pushClip(const Polyline2d& polygon) {
   flush();
+  ClipBox box = clips_.empty() ? ClipBox{} : clips_.back();
+  if (!polygon.empty()) {
+    ClipBox own{polygon[0].x, polygon[0].y, polygon[0].x, polygon[0].y};
+    for (const auto& p : polygon) {
+      own.minX = std::min(own.minX, p.x), own.maxX = std::max(own.maxX, p.x);
+      own.minY = std::min(own.minY, p.y), own.maxY = std::max(own.maxY, p.y);
+    }
+    box = {std::max(box.minX, own.minX), std::max(box.minY, own.minY), std::min(box.maxX, own.maxX),
+           std::min(box.maxY, own.maxY)};
+  }
+  clips_.push_back(box);
   cairo_save(cr_);
   AddRings(cr_, {polygon});
   cairo_set_fill_rule(cr_, CAIRO_FILL_RULE_EVEN_ODD);
@@ -235,6 +274,7 @@ void CairoCanvas::pushClip(const Polyline2d& polygon) {
 
 void CairoCanvas::popClip() {
   flush();
+  if (!clips_.empty()) clips_.pop_back();
   cairo_restore(cr_);
 }
 

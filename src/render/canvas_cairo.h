@@ -2,7 +2,9 @@
 // The canvas over a cairo surface: PDF and EPS pages in points, raster images in pixels.
 #include <cairo.h>
 
+#include <cmath>
 #include <memory>
+#include <vector>
 
 #include "render/plot_canvas.h"
 
@@ -39,12 +41,20 @@ class CairoCanvas final : public PlotCanvas {
   void useFontOf(const GlyphRun& run);
   void showGlyphs(const GlyphRun& run);
   void setColor(Rgb c);
+  // Notes a point the pending path passes through, for the tolerance of its outline.
+  void notePoint(cad::Point2d p);
 
   cairo_t* cr_;
   double unitsPerMm_;
   double minWidthMm_;
   bool crisp_;
   bool vector_;  // PDF or EPS: paths go out as they are
+  bool pdf_;
+  // The boxes around the clips pushed, each within the one before; page millimetres.
+  struct ClipBox {
+    double minX = -HUGE_VAL, minY = -HUGE_VAL, maxX = HUGE_VAL, maxY = HUGE_VAL;
+  };
+  std::vector<ClipBox> clips_;
   // Strokes of one pen are gathered into one path, and text in the same colour waits beside it:
   // paint of one opaque colour looks the same in any order, so a page of lines, circles and
   // labels in one colour costs one stroke per pen and one text object instead of one of each per
@@ -53,6 +63,7 @@ class CairoCanvas final : public PlotCanvas {
   Rgb pendingColor_;
   double pendingWidth_ = 0;
   std::size_t pendingSegments_ = 0;
+  bool pendingInClip_ = false;  // the pending path passes through a point inside the clip
   std::vector<GlyphRun> pendingText_;
   cairo_font_face_t* face_ = nullptr;  // the face last set
 };

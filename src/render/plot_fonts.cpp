@@ -7,6 +7,8 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "cad/entity_geometry.h"
@@ -54,9 +56,29 @@ class FaceCache {
     return face;
   }
 
+  // The faces of a style: its own and the CJK one its missing characters fall back to. A page
+  // shapes thousands of texts in a few styles; the last style's faces are kept at hand.
+  std::pair<Face, Face> facesOf(const cad::TextStyle* style) {
+    const std::string_view family = style ? std::string_view(style->fontFamily) : std::string_view{};
+    const std::string_view file = style ? std::string_view(style->fontFile) : std::string_view{};
+    if (!last_ || last_->family != family || last_->file != file) {
+      last_ = LastStyle{std::string(family), std::string(file), get(ResolveFont(style))};
+      if (!cjk_) cjk_ = get(ResolveFont(nullptr));
+    }
+    return {last_->primary, *cjk_};
+  }
+
   std::mutex mutex;
 
  private:
+  // A style's font follows from its family and file alone.
+  struct LastStyle {
+    std::string family, file;
+    Face primary;
+  };
+  std::optional<LastStyle> last_;
+  std::optional<Face> cjk_;
+
   FaceCache() {
     if (FT_Init_FreeType(&library_) != 0) library_ = nullptr;
   }
@@ -75,8 +97,7 @@ double Advance(const Face& face, FT_UInt glyph) {
 std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* style) {
   FaceCache& cache = FaceCache::instance();
   std::lock_guard lock(cache.mutex);
-  const Face primary = cache.get(ResolveFont(style));
-  const Face cjk = cache.get(ResolveFont(nullptr));
+  const auto [primary, cjk] = cache.facesOf(style);
   std::vector<ShapedGlyph> out;
   for (std::size_t i = 0; i < utf8.size();) {
     const std::size_t at = i;

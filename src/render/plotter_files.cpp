@@ -292,7 +292,29 @@ std::optional<PlotterConfig> ReadPlotterConfigFresh(const std::string& pc3Path, 
 
 }  // namespace
 
+namespace {
+
+std::optional<PlotStyleTable> ReadPlotStyleTableFresh(const std::string& ctbPath, std::string* error);
+
+}  // namespace
+
+// Every sheet of a batch plots with the same table: it is parsed again only when it changed on disk.
 std::optional<PlotStyleTable> ReadPlotStyleTable(const std::string& ctbPath, std::string* error) {
+  static std::mutex mutex;
+  static std::map<std::string, std::pair<FileStamp, PlotStyleTable>> read;
+  const std::lock_guard lock(mutex);
+  const FileStamp stamp = StampOf(ctbPath);
+  if (auto it = read.find(ctbPath); it != read.end() && stamp.exists && it->second.first == stamp)
+    return it->second.second;
+  std::optional<PlotStyleTable> table = ReadPlotStyleTableFresh(ctbPath, error);
+  if (table && stamp.exists && stamp == StampOf(ctbPath)) read[ctbPath] = {stamp, *table};
+  else read.erase(ctbPath);
+  return table;
+}
+
+namespace {
+
+std::optional<PlotStyleTable> ReadPlotStyleTableFresh(const std::string& ctbPath, std::string* error) {
   Group root;
   if (!ParseFile(ctbPath, root, error)) return std::nullopt;
   const Group* styles = root.group("plot_style");
@@ -331,5 +353,7 @@ std::optional<PlotStyleTable> ReadPlotStyleTable(const std::string& ctbPath, std
   }
   return table;
 }
+
+}  // namespace
 
 }  // namespace tv::render

@@ -52,6 +52,13 @@ TEST_F(LayoutPlotTest, DeviceBringsItsMediaAndKeepsTheCurrentOneWhenItHasIt) {
   EXPECT_EQ(canonical, (Strings{"P_(420.00_x_297.00_MM)", "P_(297.00_x_420.00_MM)", "P_(500.00_x_500.00_MM)"}));
   EXPECT_EQ(plot.getLocaleMediaName(canonical[1]), "TV_A3T");
   EXPECT_EQ(plot.getLocaleMediaName("P_(1.00_x_1.00_MM)"), "");
+  // Both names of every medium at once, as the two calls give them one by one.
+  const auto names = plot.mediaNames();
+  ASSERT_EQ(names.size(), canonical.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    EXPECT_EQ(names[i].first, canonical[i]);
+    EXPECT_EQ(names[i].second, plot.getLocaleMediaName(canonical[i]));
+  }
   // A device without the current medium gives its first.
   EXPECT_EQ(plot.getCanonicalMediaName(), canonical[0]);
 
@@ -66,6 +73,7 @@ TEST_F(LayoutPlotTest, DeviceBringsItsMediaAndKeepsTheCurrentOneWhenItHasIt) {
   EXPECT_EQ(plot.getPlotCfgName(), "None");
   EXPECT_EQ(plot.getCanonicalMediaName(), "P_(297.00_x_210.00_MM)");
   EXPECT_TRUE(plot.canonicalMediaNameList().empty());
+  EXPECT_TRUE(plot.mediaNames().empty());
 }
 
 TEST_F(LayoutPlotTest, MediumIsRefusedUnlessTheDeviceListsItAndBringsItsSize) {

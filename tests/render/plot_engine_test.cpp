@@ -126,6 +126,27 @@ TEST_F(PlotEngine, PdfTextIsSearchableUnlessDrawnAsGeometry) {
   EXPECT_GT(InflatedStreams(outlines).size(), 1000u) << "the glyphs as paths";
 }
 
+TEST_F(PlotEngine, PdfKeepsCirclesThatReachIntoTheWindow) {
+  // A circle beyond a side of the window whose nearest part reaches `depth` mm into it: drawn
+  // although every point its path is given by lies outside the window.
+  struct Case {
+    double depth, radius, width;  // mm; width 0 is the thinnest pen
+  };
+  for (const Case c : {Case{0.2, 20, 0}, Case{0.5, 20, 0}, Case{0.8, 60, 0}, Case{2, 5, 0}, Case{0.5, 20, 2}}) {
+    SCOPED_TRACE(testing::Message() << "depth " << c.depth << " radius " << c.radius << " width " << c.width);
+    cad::Database one = cad::Database::createDefault();
+    auto circle = std::make_unique<cad::Circle>();
+    circle->center = {420 + c.radius - c.depth, 150, 0};
+    circle->radius = c.radius;
+    if (c.width > 0) circle->lineweight = static_cast<std::int16_t>(c.width * 100);
+    Add(one, *one.modelSpace(), std::move(circle));
+    PlotRequest r = request(PlotFormat::Pdf, "reach.pdf");
+    ASSERT_TRUE(PlotWindow(one, r).ok);
+    const std::string content = InflatedStreams(ReadFile(r.outputPath));
+    EXPECT_TRUE(std::regex_search(content, std::regex(R"( c\s[\s\S]*\bS\b)"))) << "a stroked curve";
+  }
+}
+
 TEST_F(PlotEngine, RasterSizesFollowDpiAndEnlargement) {
   frame();
   PlotRequest r = request(PlotFormat::Png, "a3.png");

@@ -220,6 +220,19 @@ TEST_F(HostFileTest, FilesChangedOnDiskAreReadAgain) {
   EXPECT_EQ(ReadPlotterConfig(pc3)->media[0].name, "Sheet");
   fs::remove(dir_ / "C.pc3");
   EXPECT_FALSE(ReadPlotterConfig(pc3));
+
+  // And so is a style table, which every sheet of a batch reads.
+  const std::string ctb = file("C.ctb", "PIAFILEVERSION_2.0,PC3VER1\nplot_style{\n 0{\n  screen=50\n }\n}\n");
+  ASSERT_TRUE(ReadPlotStyleTable(ctb));
+  EXPECT_EQ(ReadPlotStyleTable(ctb)->styles[0].screen, 50);
+  file("C.ctb", "PIAFILEVERSION_2.0,PC3VER1\nplot_style{\n 0{\n  screen=70\n }\n}\n");
+  EXPECT_EQ(ReadPlotStyleTable(ctb)->styles[0].screen, 70);
+  file("C.ctb", "PIAFILEVERSION_2.0,PC3VER1\n");
+  std::string error;
+  EXPECT_FALSE(ReadPlotStyleTable(ctb, &error));
+  EXPECT_FALSE(error.empty());
+  fs::remove(dir_ / "C.ctb");
+  EXPECT_FALSE(ReadPlotStyleTable(ctb));
 }
 
 TEST_F(HostFileTest, UnknownModelHasNoFormat) {
