@@ -51,7 +51,9 @@ TEST(StoredFuzzDrawings, SheetsCommandListsOrRefusesEach) {
     const auto result = RunProgram(TV_TVPLOT_PATH, {"sheets", input.string()});
     // 0 listed, 2 unreadable (with a message), 4 no sheet.
     EXPECT_TRUE(result.exitCode == 0 || result.exitCode == 2 || result.exitCode == 4) << result.exitCode << result.err;
-    if (result.exitCode == 2) EXPECT_FALSE(result.err.empty());
+    if (result.exitCode == 2) {
+      EXPECT_FALSE(result.err.empty());
+    }
   }
 }
 
