@@ -14,7 +14,7 @@ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=
   -DTV_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null
 
 # Inputs per target: a drawing runs the whole recognition, an answer is a few parses.
-declare -A runs=([dxf]=3000 [tk]=30000 [config]=30000 [answers]=200000)
+declare -A runs=([dxf]=1500 [tk]=5000 [config]=5000 [answers]=100000)
 targets=(dxf tk config answers)
 cmake --build build-fuzz -j"$jobs" --target make_fuzz_seeds "${targets[@]/#/fuzz_}"
 
