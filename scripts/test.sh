@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs the test suite, then again under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Builds and runs the test suite, gives each fuzz target a short run (scripts/fuzz.sh), then runs
+# the suite again under AddressSanitizer and UndefinedBehaviorSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -7,6 +8,9 @@ jobs="$(nproc)"
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j"$jobs"
 ctest --test-dir build --output-on-failure -j"$jobs"
+if [ "${TV_SKIP_FUZZ:-0}" != 1 ]; then
+  bash scripts/fuzz.sh
+fi
 if [ "${TV_SKIP_SANITIZERS:-0}" != 1 ]; then
   cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON -DTV_BUILD_BENCH=OFF >/dev/null
   cmake --build build-asan -j"$jobs"

@@ -1,7 +1,9 @@
 #include "plot/generic_review.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <string>
 
 #include "host/command_prologue.h"
 #include "host/wrappers.h"
@@ -23,8 +25,9 @@ std::unique_ptr<Dlg_BPlot1>& Slot() {
 }
 
 std::string Format(const char* format, double a, double b) {
-  char text[96];
-  std::snprintf(text, sizeof text, format, a, b);
+  const int length = std::snprintf(nullptr, 0, format, a, b);
+  std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+  std::snprintf(text.data(), text.size() + 1, format, a, b);
   return text;
 }
 
@@ -44,9 +47,8 @@ void DestroyGenericReview() { Slot().reset(); }
 std::string SheetSizeText(double sizeX, double sizeY) {
   const double s = std::min(sizeX, sizeY);
   if (s >= 10.0) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%dx%d", static_cast<int>(sizeX + 0.5), static_cast<int>(sizeY + 0.5));
-    return text;
+    // Rounded half up, in floating point: a drawing may hold sizes no int can.
+    return Format("%.0fx%.0f", std::floor(sizeX + 0.5), std::floor(sizeY + 0.5));
   }
   if (s >= 1.0) return Format("%.1fx%.1f", sizeX, sizeY);
   if (s >= 0.1) return Format("%.2fx%.2f", sizeX, sizeY);
