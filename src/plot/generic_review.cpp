@@ -1,6 +1,7 @@
 #include "plot/generic_review.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "host/command_prologue.h"
@@ -44,9 +45,14 @@ void DestroyGenericReview() { Slot().reset(); }
 std::string SheetSizeText(double sizeX, double sizeY) {
   const double s = std::min(sizeX, sizeY);
   if (s >= 10.0) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%dx%d", static_cast<int>(sizeX + 0.5), static_cast<int>(sizeY + 0.5));
-    return text;
+    // Whole units; a size past any integer (1e+308, inf) is shown as the number it is.
+    const auto whole = [](double v) {
+      char text[32];
+      if (v < 1e15) std::snprintf(text, sizeof text, "%.0f", std::floor(v + 0.5));
+      else std::snprintf(text, sizeof text, "%g", v);
+      return std::string(text);
+    };
+    return whole(sizeX) + "x" + whole(sizeY);
   }
   if (s >= 1.0) return Format("%.1fx%.1f", sizeX, sizeY);
   if (s >= 0.1) return Format("%.2fx%.2f", sizeX, sizeY);

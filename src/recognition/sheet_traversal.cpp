@@ -11,6 +11,7 @@
 
 #include "host/command_prologue.h"
 #include "host/editor.h"
+#include "host/whole_number.h"
 #include "host/wrappers.h"
 #include "recognition/loose_lines.h"
 #include "recognition/plot_marker.h"
@@ -61,8 +62,8 @@ void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
   job.largestSizeX = job.largestSizeY = 0;
   for (const auto& sheet : job.allSheets) {
     if (sheet->sizeX * 1e-06 * sheet->sizeY > job.largestSizeX * 1e-06 * job.largestSizeY) {
-      job.largestSizeX = static_cast<std::int32_t>(sheet->sizeX);
-      job.largestSizeY = static_cast<std::int32_t>(sheet->sizeY);
+      job.largestSizeX = SaturatedInt(sheet->sizeX);
+      job.largestSizeY = SaturatedInt(sheet->sizeY);
     }
   }
 }
