@@ -46,8 +46,10 @@ std::vector<Point3d> InsertClipBoundary(const Insert& insert, const Database& db
 namespace {
 
 constexpr int kMaxDepth = 32;
-// Entities visited exactly for one measurement; past it, blocks count by their kept boxes.
-constexpr std::size_t kMaxWork = 2'000'000;
+// Entities visited by the exact walks of one cache (of one measurement without a cache of the
+// caller's); past it, inserts turned off the axes count by their blocks' boxes, larger but found
+// at once. Boxes for indexing and zooming stay boxes around everything.
+constexpr std::size_t kMaxWork = 500'000;
 
 Vector3d Unit(Vector3d n) {
   const Vector3d u = n.normalized();
@@ -401,7 +403,6 @@ std::optional<Extents3d> ExtentsCache::blockExtents(const BlockRecord& block, co
     NoteContentLeftOut();
     return std::nullopt;
   }
-  if (measuring_.empty()) work_ = 0;
   blocks_.emplace(&block, std::nullopt);
   measuring_.push_back(&block);
   ExtentsBuilder builder(db, *this);
@@ -412,7 +413,6 @@ std::optional<Extents3d> ExtentsCache::blockExtents(const BlockRecord& block, co
 }
 
 std::optional<Extents3d> ExtentsCache::entityExtents(const Entity& entity, const Database& db) {
-  if (measuring_.empty()) work_ = 0;
   ExtentsBuilder builder(db, *this);
   Extents3d ext;
   builder.entity(entity, Matrix3d{}, ext);

@@ -59,7 +59,8 @@ class ExtentsCache {
   // Extents of the block's entities in block coordinates, as an insert shows them (see BlockExtents).
   std::optional<Extents3d> blockExtents(const BlockRecord& block, const Database& db);
   // Like EntityExtents, using the cached block extents for inserts whose transform keeps the axes
-  // (rotations by multiples of 90 degrees, no tilt), where a transformed box is still exact.
+  // (rotations by multiples of 90 degrees, no tilt), where a transformed box is still exact. The
+  // exact walks of other inserts share one allowance per cache (see EntityExtents).
   std::optional<Extents3d> entityExtents(const Entity& entity, const Database& db);
   void clear() { blocks_.clear(); }
   const TextMeasurer& measurer() const { return *measurer_; }
@@ -69,7 +70,7 @@ class ExtentsCache {
   friend class ExtentsBuilder;
   std::unordered_map<const BlockRecord*, std::optional<Extents3d>> blocks_;
   std::vector<const BlockRecord*> measuring_;  // blocks being worked out, outermost first
-  std::size_t work_ = 0;                       // entities visited by the current measurement
+  std::size_t work_ = 0;                       // entities visited by exact walks
 };
 
 // Axis-aligned extents in WCS (of the entity's space), nullopt when the entity shows nothing
@@ -86,7 +87,8 @@ class ExtentsCache {
 //   clip intersected as its bounding box (inverted clips ignored); self-referencing blocks are cut
 //   at the repeat and nesting at 32 levels (both noted, see walk_limits.h). A block's own box is
 //   worked out once per measurement; inserts that keep the axes take it as it is, others walk the
-//   content exactly until a few million entities were visited, then take the box transformed.
+//   content exactly until half a million entities were visited, then take the box transformed
+//   (larger, never smaller).
 // - DIMENSION: its block's entities (world coordinates of its space); VIEWPORT: its paper
 //   rectangle (the paper space's own viewport too); IMAGE/WIPEOUT: the four corners.
 std::optional<Extents3d> EntityExtents(const Entity& entity, const Database& db, const TextMeasurer* measurer = nullptr);

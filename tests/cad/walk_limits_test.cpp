@@ -45,11 +45,14 @@ BlockRecord& LineBlock(Database& db, const std::string& name) {
   return b;
 }
 
-// Each level inserts the one below twice, the second a quarter unit to the right.
+// Each level draws a short line and inserts the one below twice, the second a quarter unit to the right.
 Insert& Doubling(Database& db, int levels, double rotation) {
   BlockRecord* below = &LineBlock(db, "L0");
   for (int level = 1; level <= levels; ++level) {
     BlockRecord& b = db.addBlock("L" + std::to_string(level));
+    auto line = std::make_unique<Line>();
+    line->end = {1, 1, 0};
+    db.append(b, std::move(line));
     InsertOf(db, b, *below, {0, 0, 0});
     InsertOf(db, b, *below, {0.25, 0, 0});
     below = &b;
@@ -86,7 +89,7 @@ TEST_F(WalkLimitsTest, DoublingBlocksAreMeasuredOncePerBlock) {
     EXPECT_NEAR(box->max.x, expected.max.x, 1e-6);
     EXPECT_NEAR(box->max.y, expected.max.y, 1e-6);
     EXPECT_FALSE(SelectionShapeOf(top, db).paths.empty());
-    EXPECT_EQ(Explode(top, db).size(), 2u);
+    EXPECT_EQ(Explode(top, db).size(), 3u);  // its line and the two inserts
     EXPECT_FALSE(ContentLeftOut());
   }
   // 41 levels (two trillion lines) nest past any real drawing: every walk ends, and says so.
@@ -94,12 +97,12 @@ TEST_F(WalkLimitsTest, DoublingBlocksAreMeasuredOncePerBlock) {
     SCOPED_TRACE(rotation);
     Database db = Database::createDefault();
     const Insert& top = Doubling(db, 41, rotation);
-    EntityExtents(top, db);
+    EXPECT_TRUE(EntityExtents(top, db).has_value());
     EXPECT_TRUE(ContentLeftOut());
     ClearContentLeftOut();
-    SelectionShapeOf(top, db);
+    EXPECT_FALSE(SelectionShapeOf(top, db).paths.empty());
     EXPECT_TRUE(ContentLeftOut());
-    EXPECT_EQ(Explode(top, db).size(), 2u);
+    EXPECT_EQ(Explode(top, db).size(), 3u);  // its line and the two inserts
   }
 }
 
