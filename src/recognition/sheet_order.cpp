@@ -80,14 +80,15 @@ void OrderBySequence(std::vector<Plot_Drawing1*>& sheets) {
 class BandPicker {
  public:
   BandPicker(std::vector<Point3d> minCorners, std::vector<Point3d> maxCorners, OrderMode mode)
-      : minCorners_(std::move(minCorners)), maxCorners_(std::move(maxCorners)), mode_(mode), alive_(minCorners_.size(), true) {
+      : minCorners_(std::move(minCorners)), maxCorners_(std::move(maxCorners)), alive_(minCorners_.size(), true) {
     dirs_ = kModeTable[static_cast<std::size_t>(mode - 1)];
     for (std::size_t i = 0; i < minCorners_.size(); ++i) {
       spans_.push_back(BandInterval(minCorners_[i], maxCorners_[i], dirs_.first));
       byNearEdge_.push_back(i);
     }
     // Ties in the near edge keep the earlier rectangle, as the band's start does.
-    std::stable_sort(byNearEdge_.begin(), byNearEdge_.end(), [&](std::size_t a, std::size_t b) { return spans_[a].lo < spans_[b].lo; });
+    std::stable_sort(byNearEdge_.begin(), byNearEdge_.end(),
+                     [&](std::size_t a, std::size_t b) { return spans_[a].lo < spans_[b].lo; });
     left_ = minCorners_.size();
   }
 
@@ -151,7 +152,8 @@ class BandPicker {
       indexes.push_back(static_cast<int>(i));
     }
     for (int pass = 2;; ++pass) {
-      if (pass > kPassLimit) return static_cast<std::size_t>(indexes[static_cast<std::size_t>(ExtremeOf(minCorners, maxCorners, dirs_.second))]);
+      if (pass > kPassLimit)
+        return static_cast<std::size_t>(indexes[static_cast<std::size_t>(ExtremeOf(minCorners, maxCorners, dirs_.second))]);
       const int direction = pass % 2 == 1 ? dirs_.first : dirs_.second;
       const int count = BandSelect(minCorners, maxCorners, indexes, direction, outMin, outMax, outIndexes);
       if (count <= 1) return static_cast<std::size_t>(count == 1 ? outIndexes.front() : indexes.front());
@@ -162,9 +164,8 @@ class BandPicker {
   }
 
   std::vector<Point3d> minCorners_, maxCorners_;
-  OrderMode mode_;
   ModeDirections dirs_{};
-  std::vector<Interval> spans_;        // along the first band's axis, seen from its side
+  std::vector<Interval> spans_;          // along the first band's axis, seen from its side
   std::vector<std::size_t> byNearEdge_;  // indexes by the near edge of their span
   std::vector<bool> alive_;
   std::size_t start_ = 0;  // in byNearEdge_: everything before it is taken
