@@ -10,6 +10,9 @@
 // Title frames: inserts of 标准图框A2 (the sample library's plain frame, no attributes) at 1:100 in
 // rows of ten, their drawing number, title and date written over the title block as loose MTEXT
 // and TEXT, with 2000 entities of content each, as above.
+//
+// Many frames: A4 frames at 1:100 in rows of ten, each a closed polyline holding one slanted line
+// and one text: the cost of the sheet count itself, with next to no content to look through.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -120,12 +123,26 @@ inline cad::Database BuildTitleFrames(std::size_t frames) {
   return db;
 }
 
+inline cad::Database BuildManyFrames(std::size_t frames) {
+  cad::Database db = cad::Database::createDefault();
+  const Style s = SetUp(db);
+  for (std::size_t f = 0; f < frames; ++f) {
+    const cad::Point2d at = Tile(f, kA4);
+    const Box box = SheetBox(at, kA4, 100);
+    AddRectangle(db, *db.modelSpace(), box.min, box.max, s.frame);
+    const Box area = DrawingArea(at, kA4, 100);
+    AddLine(db, *db.modelSpace(), area.at(0.2, 0.3), area.at(0.6, 0.7), s.content);
+    AddText(db, *db.modelSpace(), "C" + std::to_string(f + 1), area.at(0.5, 0.2), s.text, s.hz, {.height = 350});
+  }
+  return db;
+}
+
 }  // namespace sparse
 
-enum class SparseSet { BareFrames, TitleFrames };
+enum class SparseSet { BareFrames, TitleFrames, ManyFrames };
 
 inline fs::path SparseFilePath(SparseSet set, std::size_t frames) {
-  const char* name = set == SparseSet::BareFrames ? "bare-frames-" : "title-frames-";
+  const char* name = set == SparseSet::BareFrames ? "bare-frames-" : set == SparseSet::TitleFrames ? "title-frames-" : "many-frames-";
   return fs::temp_directory_path() / "tarvex-bench" /
          (name + std::to_string(frames) + "x" + std::to_string(sparse::kContent) + "-r" + std::to_string(sparse::kRevision) + ".dxf");
 }
@@ -135,7 +152,9 @@ inline bool EnsureSparseFile(SparseSet set, std::size_t frames, const fs::path& 
   if (fs::exists(path, ec) && fs::file_size(path, ec) > 0) return true;
   fs::create_directories(path.parent_path(), ec);
   std::fprintf(stderr, "writing %s (%zu frames) …\n", path.c_str(), frames);
-  const cad::Database db = set == SparseSet::BareFrames ? sparse::BuildBareFrames(frames) : sparse::BuildTitleFrames(frames);
+  const cad::Database db = set == SparseSet::BareFrames    ? sparse::BuildBareFrames(frames)
+                           : set == SparseSet::TitleFrames ? sparse::BuildTitleFrames(frames)
+                                                           : sparse::BuildManyFrames(frames);
   const cad::Status st = cad::WriteDxf(db, path.string());
   if (!st) std::fprintf(stderr, "%s\n", st.message.c_str());
   return st.ok;

@@ -4,6 +4,8 @@
 // BM_LoadBareFrames/N        reads the DXF file of N bare frames.
 // BM_RecogniseBareFrames/N   the generic batch's recognition on it, as BM_RecogniseFrameSet runs it:
 //                            every sheet takes the empty-sheet fence test.
+// BM_RecogniseManyFrames/N   the same on N small frames with a line and a text each: the sheet
+//                            count's own cost, which must grow no faster than the frames.
 // BM_PlotBareFrames          the whole generic batch of the 100 bare frames to vector PDF, as
 //                            BM_PlotFrameSet runs it.
 // BM_LoadTitleFrames/N       reads the DXF file of N title-block inserts.
@@ -12,6 +14,7 @@
 // One iteration each, the drawing read outside the timing of the batch; run each case in a process
 // of its own:
 //   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000
+//            RecogniseManyFrames/2500 RecogniseManyFrames/10000
 //            PlotBareFrames LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
 //            LoadTitleFrames/1000 ScanTitleFrames/1000; do tvbench --benchmark_filter="$c\$|$c/"; done
 #include <benchmark/benchmark.h>
@@ -74,6 +77,20 @@ void BM_RecogniseBareFrames(benchmark::State& state) {
   if (kept != frames) state.SkipWithError("the set did not give one sheet per frame");
 }
 BENCHMARK(BM_RecogniseBareFrames)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+void BM_RecogniseManyFrames(benchmark::State& state) {
+  const auto frames = static_cast<std::size_t>(state.range(0));
+  std::size_t kept = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::ManyFrames, frames);
+    if (!db) break;
+    kept = bench::RecogniseModelSpace(state, std::move(*db), "many-frames.dxf").kept;
+  }
+  state.counters["kept"] = static_cast<double>(kept);
+  if (kept != frames) state.SkipWithError("the set did not give one sheet per frame");
+}
+BENCHMARK(BM_RecogniseManyFrames)->Arg(2500)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 void BM_PlotBareFrames(benchmark::State& state) {
   constexpr std::size_t kFrames = 100;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "cad/entity_geometry_internal.h"
+#include "cad/walk_limits.h"
 
 namespace tv::cad {
 
@@ -148,7 +149,10 @@ class InsertExploder {
 
   // The block's entities under `xf`, ByBlock properties taken from `reference`.
   void block(const BlockRecord& b, const Matrix3d& xf, const Entity& reference) {
-    if (static_cast<int>(stack_.size()) >= kMaxDepth || std::find(stack_.begin(), stack_.end(), &b) != stack_.end()) return;
+    if (static_cast<int>(stack_.size()) >= kMaxDepth || std::find(stack_.begin(), stack_.end(), &b) != stack_.end()) {
+      NoteContentLeftOut();
+      return;
+    }
     stack_.push_back(&b);
     for (const auto& e : b.entities) {
       if (exhausted()) break;
@@ -160,16 +164,28 @@ class InsertExploder {
   }
 
   void insertCells(const Insert& ins, const BlockRecord& b, const Matrix3d& xf, const Entity& reference) {
-    const int columns = std::max<int>(ins.columnCount, 1), rows = std::max<int>(ins.rowCount, 1);
+    // Copies on one point are one copy.
+    const double size = std::max({std::abs(ins.position.x), std::abs(ins.position.y), std::abs(ins.position.z)});
+    const int columns = DistinctCells(ins.columnCount, ins.columnSpacing, size);
+    const int rows = DistinctCells(ins.rowCount, ins.rowSpacing, size);
+    const bool grid = columns > 1 || rows > 1;
     for (int row = 0; row < rows && !exhausted(); ++row)
       for (int column = 0; column < columns && !exhausted(); ++column) {
         ++work_;
+        if (grid && ++gridCopies_ > kMaxGridCopies) {
+          NoteContentLeftOut();
+          return;
+        }
         block(b, xf * InsertTransform(ins, b, column, row), reference);
       }
   }
 
  private:
-  bool exhausted() const { return out_.size() >= kMaxPieces || work_ >= kMaxWork; }
+  bool exhausted() const {
+    if (out_.size() < kMaxPieces && work_ < kMaxWork) return false;
+    NoteContentLeftOut();
+    return true;
+  }
 
   void emit(std::unique_ptr<Entity> e, const Entity& reference) {
     ResolveByBlock(*e, reference, db_);
@@ -205,6 +221,7 @@ class InsertExploder {
   Pieces& out_;
   std::vector<const BlockRecord*> stack_;
   std::size_t work_ = 0;
+  std::size_t gridCopies_ = 0;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "cad/entity_geometry_internal.h"
 #include "cad/vendor_text.h"
+#include "cad/walk_limits.h"
 
 namespace tv::cad {
 
@@ -45,7 +46,10 @@ std::vector<Point3d> InsertClipBoundary(const Insert& insert, const Database& db
 namespace {
 
 constexpr int kMaxDepth = 32;
-constexpr std::size_t kMaxWork = 2'000'000;  // entities visited for one measurement
+// Entities visited by the exact walks of one cache (of one measurement without a cache of the
+// caller's); past it, inserts turned off the axes count by their blocks' boxes, larger but found
+// at once. Boxes for indexing and zooming stay boxes around everything.
+constexpr std::size_t kMaxWork = 500'000;
 
 Vector3d Unit(Vector3d n) {
   const Vector3d u = n.normalized();
@@ -64,20 +68,23 @@ bool KeepsAxes(const Matrix3d& m) {
   return true;
 }
 
+}  // namespace
 
-class Builder {
+// Measures entities; blocks come from (and go into) the cache it works for.
+class ExtentsBuilder {
  public:
-  Builder(const Database& db, const TextMeasurer& m, ExtentsCache* cache) : db_(db), m_(m), cache_(cache) {}
+  ExtentsBuilder(const Database& db, ExtentsCache& cache) : db_(db), m_(cache.measurer()), cache_(cache) {}
 
   void entity(const Entity& e, const Matrix3d& xf, Extents3d& out);
 
   void blockContents(const BlockRecord& block, const Matrix3d& xf, Extents3d& out) {
-    if (static_cast<int>(stack_.size()) >= kMaxDepth || std::find(stack_.begin(), stack_.end(), &block) != stack_.end()) return;
+    if (static_cast<int>(stack_.size()) >= kMaxDepth || std::find(stack_.begin(), stack_.end(), &block) != stack_.end()) {
+      NoteContentLeftOut();
+      return;
+    }
     stack_.push_back(&block);
     for (const auto& e : block.entities) {
-      // Blocks inserting blocks many times over grow exponentially with depth: a budget keeps a
-      // hostile drawing from hanging the caller (the extents are then partial).
-      if (++work_ > kMaxWork) break;
+      ++cache_.work_;
       if (e->isErased() || !e->isVisible()) continue;
       if (const auto* def = As<AttDef>(e.get()); def && (!(def->attFlags & kAttConstant) || (def->attFlags & kAttInvisible))) continue;
       entity(*e, xf, out);
@@ -146,12 +153,17 @@ class Builder {
 
   const Database& db_;
   const TextMeasurer& m_;
-  ExtentsCache* cache_;
+  ExtentsCache& cache_;
   std::vector<const BlockRecord*> stack_;
-  std::size_t work_ = 0;
 };
 
-void Builder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
+namespace {
+
+std::optional<Extents3d> Result(const Extents3d& e) { return e.isEmpty() ? std::nullopt : std::optional<Extents3d>(e); }
+
+}  // namespace
+
+void ExtentsBuilder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
   Extents3d ext;
   switch (e.type()) {
     case ObjectType::Line: {
@@ -258,7 +270,7 @@ void Builder::entity(const Entity& e, const Matrix3d& xf, Extents3d& out) {
   if (!ext.isEmpty() && std::isfinite(ext.min.x + ext.min.y + ext.min.z + ext.max.x + ext.max.y + ext.max.z)) out.add(ext);
 }
 
-void Builder::polyline(const Polyline& p, const Matrix3d& xf, Extents3d& out) {
+void ExtentsBuilder::polyline(const Polyline& p, const Matrix3d& xf, Extents3d& out) {
   // Spline-frame control points are not part of the drawn curve when fitted vertices exist.
   const bool hasCurveVertices = std::any_of(p.vertices.begin(), p.vertices.end(),
                                             [](const PolylineVertex& v) { return !(v.flags & Polyline::kVertexSplineFrame); });
@@ -290,7 +302,7 @@ void Builder::polyline(const Polyline& p, const Matrix3d& xf, Extents3d& out) {
   out.add(ext);
 }
 
-void Builder::hatch(const Hatch& h, const Matrix3d& xf, Extents3d& out) {
+void ExtentsBuilder::hatch(const Hatch& h, const Matrix3d& xf, Extents3d& out) {
   const Matrix3d f = Plane(xf, h.normal);
   const double z = h.elevation;
   for (const HatchPath& path : h.paths) {
@@ -331,9 +343,11 @@ void Builder::hatch(const Hatch& h, const Matrix3d& xf, Extents3d& out) {
   }
 }
 
-void Builder::insert(const Insert& ins, const Matrix3d& xf, Extents3d& out) {
+void ExtentsBuilder::insert(const Insert& ins, const Matrix3d& xf, Extents3d& out) {
   const auto* block = db_.objectAs<BlockRecord>(ins.block);
-  if (block && static_cast<int>(stack_.size()) < kMaxDepth && std::find(stack_.begin(), stack_.end(), block) == stack_.end()) {
+  if (block && (static_cast<int>(stack_.size()) >= kMaxDepth || std::find(stack_.begin(), stack_.end(), block) != stack_.end())) {
+    NoteContentLeftOut();
+  } else if (block) {
     const std::vector<Point3d> clip = InsertClipBoundary(ins, db_);
     // Cells are translated copies, so the outer cells bound them all.
     const int columns = std::max<int>(ins.columnCount, 1), rows = std::max<int>(ins.rowCount, 1);
@@ -344,8 +358,10 @@ void Builder::insert(const Insert& ins, const Matrix3d& xf, Extents3d& out) {
     for (const auto& [column, row] : cells) {
       const Matrix3d m = xf * InsertTransform(ins, *block, column, row);
       Extents3d content;
-      if (cache_ && KeepsAxes(m)) {
-        if (auto b = cache_->blockExtents(*block, db_)) content = b->transformed(m);
+      // A transform that keeps the axes takes the block's own box exactly. Others walk the content,
+      // as long as the measurement's work allows; then the box stands in, larger but bounded.
+      if (KeepsAxes(m) || cache_.work_ > kMaxWork) {
+        if (auto b = cache_.blockExtents(*block, db_)) content = b->transformed(m);
       } else {
         blockContents(*block, m, content);
       }
@@ -365,41 +381,39 @@ void Builder::insert(const Insert& ins, const Matrix3d& xf, Extents3d& out) {
     if (!a->isErased() && a->isVisible() && !a->isInvisible()) entity(*a, xf, out);
 }
 
-std::optional<Extents3d> Result(const Extents3d& e) { return e.isEmpty() ? std::nullopt : std::optional<Extents3d>(e); }
-
-}  // namespace
-
 std::optional<Extents3d> EntityExtents(const Entity& entity, const Database& db, const TextMeasurer* measurer) {
-  Builder builder(db, measurer ? *measurer : ApproximateTextMeasurer(), nullptr);
-  Extents3d ext;
-  builder.entity(entity, Matrix3d{}, ext);
-  return Result(ext);
+  ExtentsCache cache(measurer);
+  return cache.entityExtents(entity, db);
 }
 
 std::optional<Extents3d> BlockExtents(const BlockRecord& block, const Database& db, const TextMeasurer* measurer) {
-  Builder builder(db, measurer ? *measurer : ApproximateTextMeasurer(), nullptr);
-  Extents3d ext;
-  builder.blockContents(block, Matrix3d{}, ext);
-  return Result(ext);
+  ExtentsCache cache(measurer);
+  return cache.blockExtents(block, db);
 }
 
 ExtentsCache::ExtentsCache(const TextMeasurer* measurer) : measurer_(measurer ? measurer : &ApproximateTextMeasurer()) {}
 
 std::optional<Extents3d> ExtentsCache::blockExtents(const BlockRecord& block, const Database& db) {
-  if (auto it = blocks_.find(&block); it != blocks_.end()) return it->second;
-  if (depth_ >= kMaxDepth) return std::nullopt;
-  // A block that (indirectly) inserts itself finds this empty entry and stops there.
+  if (auto it = blocks_.find(&block); it != blocks_.end()) {
+    // A block that (indirectly) inserts itself finds its own entry still being worked out.
+    if (std::find(measuring_.begin(), measuring_.end(), &block) != measuring_.end()) NoteContentLeftOut();
+    return it->second;
+  }
+  if (measuring_.size() >= static_cast<std::size_t>(kMaxDepth)) {
+    NoteContentLeftOut();
+    return std::nullopt;
+  }
   blocks_.emplace(&block, std::nullopt);
-  ++depth_;
-  Builder builder(db, *measurer_, this);
+  measuring_.push_back(&block);
+  ExtentsBuilder builder(db, *this);
   Extents3d ext;
   builder.blockContents(block, Matrix3d{}, ext);
-  --depth_;
+  measuring_.pop_back();
   return blocks_[&block] = Result(ext);
 }
 
 std::optional<Extents3d> ExtentsCache::entityExtents(const Entity& entity, const Database& db) {
-  Builder builder(db, *measurer_, this);
+  ExtentsBuilder builder(db, *this);
   Extents3d ext;
   builder.entity(entity, Matrix3d{}, ext);
   return Result(ext);

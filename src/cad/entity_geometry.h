@@ -52,21 +52,25 @@ std::vector<Point3d> InsertClipBoundary(const Insert& insert, const Database& db
 // Remembers block extents between calls, for callers that measure many inserts of few blocks.
 // Valid while the database and the measurer stay unchanged; clear() after editing blocks.
 // One cache per thread: it is not synchronised.
+class ExtentsBuilder;
 class ExtentsCache {
  public:
   explicit ExtentsCache(const TextMeasurer* measurer = nullptr);
   // Extents of the block's entities in block coordinates, as an insert shows them (see BlockExtents).
   std::optional<Extents3d> blockExtents(const BlockRecord& block, const Database& db);
   // Like EntityExtents, using the cached block extents for inserts whose transform keeps the axes
-  // (rotations by multiples of 90 degrees, no tilt), where a transformed box is still exact.
+  // (rotations by multiples of 90 degrees, no tilt), where a transformed box is still exact. The
+  // exact walks of other inserts share one allowance per cache (see EntityExtents).
   std::optional<Extents3d> entityExtents(const Entity& entity, const Database& db);
   void clear() { blocks_.clear(); }
   const TextMeasurer& measurer() const { return *measurer_; }
 
  private:
   const TextMeasurer* measurer_;
+  friend class ExtentsBuilder;
   std::unordered_map<const BlockRecord*, std::optional<Extents3d>> blocks_;
-  int depth_ = 0;  // nesting of blockExtents calls
+  std::vector<const BlockRecord*> measuring_;  // blocks being worked out, outermost first
+  std::size_t work_ = 0;                       // entities visited by exact walks
 };
 
 // Axis-aligned extents in WCS (of the entity's space), nullopt when the entity shows nothing
@@ -81,7 +85,10 @@ class ExtentsCache {
 // - MTEXT: its reference width (or its longest line), lines of height * 5/3 * spacing factor.
 // - Inserts: the block's entities transformed (each MINSERT cell), attributes included, a spatial
 //   clip intersected as its bounding box (inverted clips ignored); self-referencing blocks are cut
-//   at the repeat, nesting is capped at 32 levels and the work at a few million entities.
+//   at the repeat and nesting at 32 levels (both noted, see walk_limits.h). A block's own box is
+//   worked out once per measurement; inserts that keep the axes take it as it is, others walk the
+//   content exactly until half a million entities were visited, then take the box transformed
+//   (larger, never smaller).
 // - DIMENSION: its block's entities (world coordinates of its space); VIEWPORT: its paper
 //   rectangle (the paper space's own viewport too); IMAGE/WIPEOUT: the four corners.
 std::optional<Extents3d> EntityExtents(const Entity& entity, const Database& db, const TextMeasurer* measurer = nullptr);
@@ -96,7 +103,8 @@ std::optional<Extents3d> BlockExtents(const BlockRecord& block, const Database& 
 // - INSERT: copies of the block's entities transformed by InsertTransform for every MINSERT cell
 //   (circles and arcs under non-uniform scale become ellipses; nested inserts that cannot carry the
 //   transform and nested dimensions are exploded further), then copies of its ATTRIBs. The block's
-//   ATTDEFs are left out. Output is capped at two million pieces.
+//   ATTDEFs are left out. MINSERT copies on one point come once; output is capped at two million
+//   pieces and 100 000 grid copies (noted, see walk_limits.h).
 //   ByBlock colour, linetype and lineweight take the insert's.
 // - DIMENSION: copies of its block's entities, ByBlock resolved to the dimension's properties.
 // - MTEXT: one TEXT per line (paragraphs and word wrap) in the MTEXT's height and style, formatting

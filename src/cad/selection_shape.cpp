@@ -219,7 +219,8 @@ std::vector<Point2d> ClipBoundary(const Insert& insert, const Database& db) {
 // Every piece of a shape in one outline, placed blocks included.
 void Flatten(const Shape& s, const Matrix3d& xf, Outline& out, std::size_t& work) {
   for (const Piece& p : s.own.pieces) {
-    if (++work > kMaxWalk || out.points.size() > kMaxClipPoints) return;
+    if (out.points.size() > kMaxClipPoints) NoteContentLeftOut();
+    if (Spent(work) || out.points.size() > kMaxClipPoints) return;
     out.start();
     for (std::uint32_t i = p.begin; i < p.end; ++i) out.add(xf.transform(s.own.points[i]));
     out.finish(p.area);
@@ -229,7 +230,7 @@ void Flatten(const Shape& s, const Matrix3d& xf, Outline& out, std::size_t& work
     const Vector3d cs = xf.transform(pl.columnStep), rs = xf.transform(pl.rowStep);
     for (int row = 0; row < pl.rows; ++row)
       for (int column = 0; column < pl.columns; ++column) {
-        if (++work > kMaxWalk) return;
+        if (Spent(work)) return;
         Matrix3d cell = first;
         const Vector3d t = cs * column + rs * row;
         cell.m[0][3] += t.x;
@@ -355,14 +356,23 @@ void ShapeBuilder::place(Shape& out, const Shape* content, const Matrix3d& xf, i
 }
 
 const Shape* ShapeBuilder::block(const BlockRecord& b) {
-  if (auto it = blocks_.find(&b); it != blocks_.end()) return it->second.get();
-  if (static_cast<int>(stack_.size()) >= kMaxDepth) return nullptr;
+  if (auto it = blocks_.find(&b); it != blocks_.end()) {
+    if (std::find(stack_.begin(), stack_.end(), &b) != stack_.end()) NoteContentLeftOut();
+    return it->second.get();
+  }
+  if (static_cast<int>(stack_.size()) >= kMaxDepth) {
+    NoteContentLeftOut();
+    return nullptr;
+  }
   // A block that (indirectly) inserts itself finds this empty entry and stops there.
   blocks_.emplace(&b, nullptr);
   stack_.push_back(&b);
   auto shape = std::make_unique<Shape>();
   for (const auto& e : b.entities) {
-    if (built_ + shape->own.pieces.size() + shape->placements.size() > kMaxBuilt) break;
+    if (built_ + shape->own.pieces.size() + shape->placements.size() > kMaxBuilt) {
+      NoteContentLeftOut();
+      break;
+    }
     if (e->isErased() || !e->isVisible()) continue;
     if (const auto* def = As<AttDef>(e.get()); def && (!(def->attFlags & kAttConstant) || (def->attFlags & kAttInvisible))) continue;
     if (const auto* custom = As<CustomEntity>(e.get()); custom && custom->isTransient()) continue;
@@ -410,7 +420,10 @@ void ShapeBuilder::insert(const Insert& ins, Shape& out) {
       if (const auto clip = ClipBoundary(ins, db_); !clip.empty()) content = clippedBlock(*content, clip);
     }
     if (content) {
-      const int columns = std::max<int>(ins.columnCount, 1), rows = std::max<int>(ins.rowCount, 1);
+      // Copies on one point are one copy.
+      const double size = std::max({std::abs(ins.position.x), std::abs(ins.position.y), std::abs(ins.position.z)});
+      const int columns = DistinctCells(ins.columnCount, ins.columnSpacing, size);
+      const int rows = DistinctCells(ins.rowCount, ins.rowSpacing, size);
       const Matrix3d first = InsertTransform(ins, *b);
       Vector3d columnStep, rowStep;
       if (columns > 1 || rows > 1) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cad/entity_geometry.h"
+#include "cad/walk_limits.h"
 
 namespace tv::cad::selection_internal {
 
@@ -115,6 +116,13 @@ enum class Verdict { Skip, Stop, Descend };
 // selection: one entity's walk visits at most this many pieces and cells.
 inline constexpr std::size_t kMaxWalk = 2'000'000;
 
+// Counts one step of a walk; true (and the run told) once the walk's work is spent.
+inline bool Spent(std::size_t& work) {
+  if (++work <= kMaxWalk) return false;
+  NoteContentLeftOut();
+  return true;
+}
+
 // Visits the pieces of `s` under `xf` in x, y. The visitor answers box(Box2) for every piece and
 // placement before it is opened (Skip, Stop the walk, or Descend) and piece(points, count, area)
 // for the pieces it let through (true stops the walk). Returns true when stopped, by the visitor
@@ -122,7 +130,7 @@ inline constexpr std::size_t kMaxWalk = 2'000'000;
 template <class V>
 bool Walk(const Shape& s, const Matrix3d& xf, V& v, std::vector<Point2d>& scratch, std::size_t& work) {
   for (const Piece& p : s.own.pieces) {
-    if (++work > kMaxWalk) return true;
+    if (Spent(work)) return true;
     const Verdict verdict = v.box(ProjectBox(p.box, xf));
     if (verdict == Verdict::Skip) continue;
     if (verdict == Verdict::Stop) return true;
@@ -131,7 +139,7 @@ bool Walk(const Shape& s, const Matrix3d& xf, V& v, std::vector<Point2d>& scratc
     if (v.piece(scratch.data(), scratch.size(), p.area)) return true;
   }
   for (const Placement& pl : s.placements) {
-    if (++work > kMaxWalk) return true;
+    if (Spent(work)) return true;
     const Verdict verdict = v.box(ProjectBox(pl.box, xf));
     if (verdict == Verdict::Skip) continue;
     if (verdict == Verdict::Stop) return true;
@@ -143,7 +151,7 @@ bool Walk(const Shape& s, const Matrix3d& xf, V& v, std::vector<Point2d>& scratc
     const Vector3d cs = xf.transform(pl.columnStep), rs = xf.transform(pl.rowStep);
     for (int row = 0; row < pl.rows; ++row)
       for (int column = 0; column < pl.columns; ++column) {
-        if (++work > kMaxWalk) return true;
+        if (Spent(work)) return true;
         Matrix3d cell = first;
         const Vector3d t = cs * column + rs * row;
         cell.m[0][3] += t.x;

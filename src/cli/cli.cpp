@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cad/walk_limits.h"
 #include "cli/command_line.h"
 #include "cli/config_command.h"
 #include "cli/console_command.h"
@@ -107,6 +108,8 @@ int RunCli(int argc, char** argv) {
     // on an oversized drawing and the like.
     io.err << "tvplot: " << e.what() << '\n';
   }
+  // Said once, after everything else, whichever walk left content out.
+  if (cad::ContentLeftOut()) io.err << "tvplot: 提示：图块嵌套过深或图形过多，已略去部分内容\n";
   std::cout.flush();
   std::cerr.flush();
   return code;

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "host/whole_number.h"
+
 namespace tv::paper {
 namespace {
 
@@ -18,7 +20,7 @@ Remembered& LastValues() {
   return values;
 }
 
-std::int32_t Truncated(double value) { return static_cast<std::int32_t>(std::trunc(value)); }
+std::int32_t Truncated(double value) { return SaturatedInt(value); }
 
 }  // namespace
 

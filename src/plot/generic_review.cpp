@@ -47,8 +47,14 @@ void DestroyGenericReview() { Slot().reset(); }
 std::string SheetSizeText(double sizeX, double sizeY) {
   const double s = std::min(sizeX, sizeY);
   if (s >= 10.0) {
-    // Rounded half up, in floating point: a drawing may hold sizes no int can.
-    return Format("%.0fx%.0f", std::floor(sizeX + 0.5), std::floor(sizeY + 0.5));
+    // Whole units; a size past any integer (1e+308, inf) is shown as the number it is.
+    const auto whole = [](double v) {
+      char text[32];
+      if (v < 1e15) std::snprintf(text, sizeof text, "%.0f", std::floor(v + 0.5));
+      else std::snprintf(text, sizeof text, "%g", v);
+      return std::string(text);
+    };
+    return whole(sizeX) + "x" + whole(sizeY);
   }
   if (s >= 1.0) return Format("%.1fx%.1f", sizeX, sizeY);
   if (s >= 0.1) return Format("%.2fx%.2f", sizeX, sizeY);

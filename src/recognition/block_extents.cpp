@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cctype>
 #include <string>
+#include <vector>
 
+#include "host/walk_limits.h"
 #include "host/wrappers.h"
 #include "recognition/extents_internal.h"
 #include "recognition/sheet_geometry.h"
@@ -13,7 +15,7 @@ namespace {
 using internal::GeomExtents;
 
 // Nesting deeper than this is a block that refers to itself.
-constexpr int kMaxNesting = 32;
+constexpr std::size_t kMaxNesting = 32;
 
 bool SameTextNoCase(const std::string& a, const char* b) {
   const std::string other(b);
@@ -31,37 +33,47 @@ bool AddBox(Extents3d& extents, const Extents3d& box) {
   return true;
 }
 
+using BoxMemo = std::map<std::tuple<std::uint64_t, bool, bool>, internal::BlockBoxScope::Box>;
+
+// One measurement of a reference: the box of every block's content is worked out once, in the
+// block's own coordinates, whatever the number of references to it below, so that blocks inserting
+// each other many times over cost no more than their entities.
+struct ContentWalk {
+  BoxMemo& memo;
+  bool withText = true, exactSplines = true;
+  std::vector<std::uint64_t> chain;  // blocks being measured, outermost first
+};
+
 // The content's box in block coordinates; true when anything was added to `extents`.
-bool ContentBox(ObjectId block, Extents3d& extents, bool withText, bool exactSplines, int depth);
+bool ContentBox(ObjectId block, Extents3d& extents, ContentWalk& walk);
 
-bool BlockExtentsAt(const host::Entity& insert, Extents3d& extents, bool withText, bool exactSplines, int depth) {
-  if (depth > kMaxNesting) return false;
-  bool added = false;
-  const ObjectId block = insert.blockTableRecord();
-  // Only a whole measurement is kept: one cut short by the nesting limit depends on its depth.
-  auto* kept = depth == 0 ? internal::BlockBoxScope::Current() : nullptr;
-  if (kept) {
-    const auto key = std::make_tuple(block.value, withText, exactSplines);
-    auto it = kept->find(key);
-    if (it == kept->end()) {
-      internal::BlockBoxScope::Box box;
-      box.added = ContentBox(block, box.extents, withText, exactSplines, depth);
-      it = kept->emplace(key, box).first;
-    }
-    if (it->second.added) extents.add(it->second.extents);
-    added = it->second.added;
-  } else {
-    added = ContentBox(block, extents, withText, exactSplines, depth);
+const internal::BlockBoxScope::Box& KeptContent(ObjectId block, ContentWalk& walk) {
+  static const internal::BlockBoxScope::Box kNothing;
+  // A block inside itself, or nested past any real drawing's depth, is cut there.
+  if (walk.chain.size() > kMaxNesting || std::find(walk.chain.begin(), walk.chain.end(), block.value) != walk.chain.end()) {
+    host::NoteContentLeftOut();
+    return kNothing;
   }
-
-  if (added) {
-    extents = extents.transformed(insert.blockTransform());
-    ClipToSpatialFilter(insert, extents);
-  }
-  return added;
+  const auto key = std::make_tuple(block.value, walk.withText, walk.exactSplines);
+  if (auto it = walk.memo.find(key); it != walk.memo.end()) return it->second;
+  internal::BlockBoxScope::Box box;
+  walk.chain.push_back(block.value);
+  box.added = ContentBox(block, box.extents, walk);
+  walk.chain.pop_back();
+  return walk.memo.emplace(key, box).first->second;
 }
 
-bool ContentBox(ObjectId block, Extents3d& extents, bool withText, bool exactSplines, int depth) {
+bool BlockExtentsAt(const host::Entity& insert, Extents3d& extents, ContentWalk& walk) {
+  const internal::BlockBoxScope::Box& box = KeptContent(insert.blockTableRecord(), walk);
+  if (!box.added) return false;
+  extents.add(box.extents);
+  extents = extents.transformed(insert.blockTransform());
+  ClipToSpatialFilter(insert, extents);
+  return true;
+}
+
+bool ContentBox(ObjectId block, Extents3d& extents, ContentWalk& walk) {
+  const bool withText = walk.withText, exactSplines = walk.exactSplines;
   ObjectIdArray ids;
   host::CollectSpaceIds(block, ids);
   const host::DrawingAids& aids = host::Aids();
@@ -99,7 +111,7 @@ bool ContentBox(ObjectId block, Extents3d& extents, bool withText, bool exactSpl
         continue;
       case host::EntityClass::BlockReference: {
         Extents3d box;
-        if (BlockExtentsAt(e, box, withText, exactSplines, depth + 1)) added |= AddBox(extents, box);
+        if (BlockExtentsAt(e, box, walk)) added |= AddBox(extents, box);
         continue;
       }
       default:
@@ -144,7 +156,11 @@ std::map<std::tuple<std::uint64_t, bool, bool>, BlockBoxScope::Box>* BlockBoxSco
 
 bool BlockExtents(const host::Entity& insert, Extents3d& extents, bool withText, bool exactSplines) {
   if (!insert || insert.kind() != host::EntityClass::BlockReference) return false;
-  return BlockExtentsAt(insert, extents, withText, exactSplines, 0);
+  // Kept for the scope when one is open, else for this reference only.
+  BoxMemo own;
+  BoxMemo* kept = internal::BlockBoxScope::Current();
+  ContentWalk walk{kept ? *kept : own, withText, exactSplines, {}};
+  return BlockExtentsAt(insert, extents, walk);
 }
 
 bool ClipToSpatialFilter(const host::Entity& insert, Extents3d& extents) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <utility>
@@ -72,6 +73,105 @@ void OrderBySequence(std::vector<Plot_Drawing1*>& sheets) {
                    [](const Plot_Drawing1* a, const Plot_Drawing1* b) { return a->sequence < b->sequence; });
 }
 
+// Rectangles of one space, picked one by one as PickNextSheet picks them, without looking at every
+// rectangle left for every pick: the first band only ever takes rectangles from the near end, so
+// they are kept sorted by their near edge along the first band's axis and the band is grown from
+// there. What follows on the band (usually one row) runs as before.
+class BandPicker {
+ public:
+  BandPicker(std::vector<Point3d> minCorners, std::vector<Point3d> maxCorners, OrderMode mode)
+      : minCorners_(std::move(minCorners)), maxCorners_(std::move(maxCorners)), alive_(minCorners_.size(), true) {
+    dirs_ = kModeTable[static_cast<std::size_t>(mode - 1)];
+    for (std::size_t i = 0; i < minCorners_.size(); ++i) {
+      spans_.push_back(BandInterval(minCorners_[i], maxCorners_[i], dirs_.first));
+      byNearEdge_.push_back(i);
+    }
+    // Ties in the near edge keep the earlier rectangle, as the band's start does.
+    std::stable_sort(byNearEdge_.begin(), byNearEdge_.end(),
+                     [&](std::size_t a, std::size_t b) { return spans_[a].lo < spans_[b].lo; });
+    left_ = minCorners_.size();
+  }
+
+  // Every coordinate a number: the sorted order is then a strict one.
+  static bool Usable(const std::vector<Point3d>& minCorners, const std::vector<Point3d>& maxCorners) {
+    const auto finite = [](const Point3d& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
+    return std::all_of(minCorners.begin(), minCorners.end(), finite) && std::all_of(maxCorners.begin(), maxCorners.end(), finite);
+  }
+
+  // The original index of the next rectangle; it is taken out.
+  std::size_t pickNext() {
+    const std::size_t picked = left_ < 2 ? firstAlive() : choose();
+    alive_[picked] = false;
+    --left_;
+    return picked;
+  }
+
+ private:
+  std::size_t firstAlive() {
+    while (!alive_[byNearEdge_[start_]]) ++start_;
+    return byNearEdge_[start_];
+  }
+
+  std::size_t choose() {
+    // The first pass of PickNextSheet over the rectangles left: the band starts at the one reaching
+    // furthest out and grows by the neighbours overlapping it enough. Only rectangles whose near
+    // edge lies inside the band can grow it or belong to it.
+    const std::size_t first = firstAlive();
+    const double edge = spans_[first].lo;
+    double far = spans_[first].hi;
+    std::size_t end = start_;
+    if (far - 1.0 != far) {
+      for (bool grew = true; grew;) {
+        grew = false;
+        while (end < byNearEdge_.size() && spans_[byNearEdge_[end]].lo < far) ++end;
+        for (std::size_t k = start_; k < end; ++k) {
+          const std::size_t i = byNearEdge_[k];
+          const Interval& s = spans_[i];
+          if (alive_[i] && s.hi > far && (s.hi - s.lo) * kBandOverlap < far - s.lo) {
+            far = s.hi;
+            grew = true;
+          }
+        }
+      }
+    }
+    while (end < byNearEdge_.size() && spans_[byNearEdge_[end]].lo <= far) ++end;
+    std::vector<std::size_t> band;
+    for (std::size_t k = start_; k < end; ++k) {
+      const std::size_t i = byNearEdge_[k];
+      if (alive_[i] && spans_[i].lo >= edge && spans_[i].hi <= far) band.push_back(i);
+    }
+    std::sort(band.begin(), band.end());
+    if (band.size() == 1) return band.front();
+
+    // The passes after the first, on the band alone.
+    std::vector<Point3d> minCorners, maxCorners, outMin, outMax;
+    std::vector<int> indexes, outIndexes;
+    for (std::size_t i : band) {
+      minCorners.push_back(minCorners_[i]);
+      maxCorners.push_back(maxCorners_[i]);
+      indexes.push_back(static_cast<int>(i));
+    }
+    for (int pass = 2;; ++pass) {
+      if (pass > kPassLimit)
+        return static_cast<std::size_t>(indexes[static_cast<std::size_t>(ExtremeOf(minCorners, maxCorners, dirs_.second))]);
+      const int direction = pass % 2 == 1 ? dirs_.first : dirs_.second;
+      const int count = BandSelect(minCorners, maxCorners, indexes, direction, outMin, outMax, outIndexes);
+      if (count <= 1) return static_cast<std::size_t>(count == 1 ? outIndexes.front() : indexes.front());
+      std::swap(minCorners, outMin);
+      std::swap(maxCorners, outMax);
+      std::swap(indexes, outIndexes);
+    }
+  }
+
+  std::vector<Point3d> minCorners_, maxCorners_;
+  ModeDirections dirs_{};
+  std::vector<Interval> spans_;          // along the first band's axis, seen from its side
+  std::vector<std::size_t> byNearEdge_;  // indexes by the near edge of their span
+  std::vector<bool> alive_;
+  std::size_t start_ = 0;  // in byNearEdge_: everything before it is taken
+  std::size_t left_ = 0;
+};
+
 // Appends the sheets of `group` to `out` in reading order.
 void OrderGroup(std::vector<Plot_Drawing1*> group, OrderMode mode, std::vector<Plot_Drawing1*>& out) {
   std::vector<Point3d> minCorners;
@@ -82,11 +182,18 @@ void OrderGroup(std::vector<Plot_Drawing1*> group, OrderMode mode, std::vector<P
     minCorners.emplace_back(sheet->minX, sheet->minY);
     maxCorners.emplace_back(sheet->maxX, sheet->maxY);
   }
-  while (!group.empty()) {
-    const int picked = PickNextSheet(minCorners, maxCorners, mode);
-    Plot_Drawing1* sheet = CheckedAt(group, picked);
+  const auto take = [&](Plot_Drawing1* sheet) {
     out.push_back(sheet);
     SetMarker(*sheet, static_cast<std::int32_t>(out.size()), -1);
+  };
+  if (IsBandMode(mode) && BandPicker::Usable(minCorners, maxCorners)) {
+    BandPicker picker(std::move(minCorners), std::move(maxCorners), mode);
+    for (std::size_t n = group.size(); n > 0; --n) take(group[picker.pickNext()]);
+    return;
+  }
+  while (!group.empty()) {
+    const int picked = PickNextSheet(minCorners, maxCorners, mode);
+    take(CheckedAt(group, picked));
     EraseAt(group, picked);
     EraseAt(minCorners, picked);
     EraseAt(maxCorners, picked);

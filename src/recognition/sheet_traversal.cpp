@@ -11,7 +11,7 @@
 
 #include "host/command_prologue.h"
 #include "host/editor.h"
-#include "host/saturating_cast.h"
+#include "host/whole_number.h"
 #include "host/wrappers.h"
 #include "recognition/loose_lines.h"
 #include "recognition/plot_marker.h"
@@ -62,8 +62,8 @@ void NumberSheets(SheetJob& job, const ObjectIdArray& scanned) {
   job.largestSizeX = job.largestSizeY = 0;
   for (const auto& sheet : job.allSheets) {
     if (sheet->sizeX * 1e-06 * sheet->sizeY > job.largestSizeX * 1e-06 * job.largestSizeY) {
-      job.largestSizeX = TruncateToInt32(sheet->sizeX);
-      job.largestSizeY = TruncateToInt32(sheet->sizeY);
+      job.largestSizeX = SaturatedInt(sheet->sizeX);
+      job.largestSizeY = SaturatedInt(sheet->sizeY);
     }
   }
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/whole_number.h"
+
 namespace tv::render {
 
 namespace {
@@ -37,7 +39,7 @@ bool UsableFontMatrix(const GlyphRun& run) {
 void AddUnitArc(cairo_t* cr, double a, double b, double scale, double tolerance) {
   const double span = b - a;
   const double limit = std::pow(tolerance / (1.91e-5 * std::max(scale, 1e-9)), 1.0 / 6);
-  const int pieces = std::clamp(static_cast<int>(std::ceil(span / std::min(limit, kPi))), 1, 1024);
+  const int pieces = SaturatedInt(std::ceil(span / std::min(limit, kPi)), 1, 1024);
   const double step = span / pieces;
   const double k = 4.0 / 3.0 * std::tan(step / 4);
   double c0 = std::cos(a), s0 = std::sin(a);

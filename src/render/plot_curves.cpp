@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "cad/entity_geometry.h"
+#include "host/whole_number.h"
 #include "render/plot_drawing_internal.h"
 #include "render/plot_shapes.h"
 
@@ -18,7 +19,7 @@ void AppendBulgeSegment(std::vector<Point2d>& out, Point2d a, Point2d b, double 
   const double sweep = 4 * std::atan(bulge);
   const double r = arc->radius;
   const double step = tol < r ? 2 * std::acos(1 - tol / r) : cad::kPi / 4;
-  const int n = std::clamp(static_cast<int>(std::ceil(std::abs(sweep) / std::max(step, 1e-4))), 1, 2048);
+  const int n = SaturatedInt(std::ceil(std::abs(sweep) / std::max(step, 1e-4)), 1, 2048);
   const double a0 = std::atan2(a.y - arc->center.y, a.x - arc->center.x);
   for (int i = 1; i < n; ++i) {
     const double t = a0 + sweep * i / n;

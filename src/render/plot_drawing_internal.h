@@ -105,6 +105,10 @@ class DrawingPlotter {
   bool psLtScale_ = true;
   double minPenMm_ = 0.1;       // every line at least this wide; with lineweights off, all lines
   std::size_t work_ = 0;        // entities visited, capped against runaway nesting
+  std::size_t maxWork_ = 0;     // the cap, from the drawing's size
+  std::size_t gridCopies_ = 0;  // MINSERT copies drawn, capped against runaway grids
+  // Counts one entity visit; false, and the run told, once the plot's work is spent.
+  bool spend();
   std::map<std::string, cairo_surface_t*> pictures_;  // loaded image files (nullptr = unreadable)
   // The own viewport of each layout drawn, looked up once: a layout may hold many viewports.
   std::map<std::uint64_t, cad::ObjectId> layoutViewports_;

@@ -6,6 +6,7 @@
 #include "cad/entity_geometry.h"
 #include "cad/entity_geometry_internal.h"
 #include "cad/layout_viewport.h"
+#include "cad/walk_limits.h"
 #include "render/plot_drawing_internal.h"
 #include "render/plot_shapes.h"
 
@@ -14,7 +15,11 @@ namespace tv::render::plot_internal {
 namespace {
 
 constexpr int kMaxDepth = 32;
-constexpr std::size_t kMaxWork = 20'000'000;
+// Entities visited for one plot: a fixed allowance and a multiple of the drawing's own entities, so
+// that real sheets with many block references draw in full, while blocks multiplying each other
+// stop after seconds of drawing.
+constexpr std::size_t kBaseWork = 500'000;
+constexpr std::size_t kWorkPerEntity = 16;
 // Markers of sheets live on this layer and never reach paper.
 constexpr const char* kMarkerLayer = "Temp_PlotLayer";
 
@@ -32,6 +37,9 @@ DrawingPlotter::DrawingPlotter(const cad::Database& db, PlotCanvas& canvas, cons
   const auto lw = db.header.getInt("$LWDEFAULT", 25);
   lwDefault_ = static_cast<std::int16_t>(lw >= 0 && lw <= 211 ? lw : 25);
   psLtScale_ = db.header.getInt("$PSLTSCALE", 1) != 0;
+  std::size_t entities = 0;
+  for (const auto& block : db.blocks) entities += block->entities.size();
+  maxWork_ = kBaseWork + kWorkPerEntity * entities;
 }
 
 DrawingPlotter::~DrawingPlotter() {
@@ -55,12 +63,22 @@ void DrawingPlotter::drawSpace(const cad::BlockRecord& space, const Matrix3d& to
     return;
   }
   for (const cad::Entity* e : *only)
-    if (!e->isErased() && work_++ < kMaxWork) drawEntity(*e, ctx);
+    if (!e->isErased() && spend()) drawEntity(*e, ctx);
+}
+
+bool DrawingPlotter::spend() {
+  if (work_ >= maxWork_) {
+    if (work_ == maxWork_) cad::NoteContentLeftOut();
+    work_ = maxWork_ + 1;
+    return false;
+  }
+  ++work_;
+  return true;
 }
 
 void DrawingPlotter::drawBlockEntities(const cad::BlockRecord& block, const DrawContext& ctx) {
   db_.forEachEntity(block, [&](const cad::Entity& e) {
-    if (work_++ < kMaxWork) drawEntity(e, ctx);
+    if (spend()) drawEntity(e, ctx);
   });
 }
 
@@ -297,7 +315,8 @@ void DrawingPlotter::drawEntity(const cad::Entity& e, const DrawContext& ctx) {
     case ObjectType::Dimension: {
       const auto& d = static_cast<const cad::Dimension&>(e);
       const auto* block = db_.objectAs<cad::BlockRecord>(d.block);
-      if (block && ctx.depth < kMaxDepth) drawBlockEntities(*block, childContext(e, ctx, ctx.toPage));
+      if (block && ctx.depth >= kMaxDepth) cad::NoteContentLeftOut();
+      else if (block) drawBlockEntities(*block, childContext(e, ctx, ctx.toPage));
       break;
     }
     case ObjectType::Leader: drawLeader(static_cast<const cad::Leader&>(e), look, ctx); break;
@@ -324,13 +343,24 @@ void DrawingPlotter::drawEntity(const cad::Entity& e, const DrawContext& ctx) {
 
 void DrawingPlotter::drawInsert(const cad::Insert& ins, const DrawContext& ctx) {
   const auto* block = db_.objectAs<cad::BlockRecord>(ins.block);
+  if (block && ctx.depth >= kMaxDepth && !block->isLayout()) cad::NoteContentLeftOut();
   if (!block || ctx.depth >= kMaxDepth || block->isLayout()) return;
   const std::vector<Point3d> clip = cad::InsertClipBoundary(ins, db_);
-  const int columns = std::clamp<int>(ins.columnCount, 1, 10000), rows = std::clamp<int>(ins.rowCount, 1, 10000);
-  for (int r = 0; r < rows; ++r) {
-    for (int c = 0; c < columns; ++c) {
+  // Copies on one point are drawn once; the copies of a grid count against the plot's bound.
+  const double size = std::max({std::abs(ins.position.x), std::abs(ins.position.y), std::abs(ins.position.z)});
+  const int columns = cad::DistinctCells(ins.columnCount, ins.columnSpacing, size);
+  const int rows = cad::DistinctCells(ins.rowCount, ins.rowSpacing, size);
+  const bool grid = columns > 1 || rows > 1;
+  bool more = true;
+  for (int r = 0; r < rows && more; ++r) {
+    for (int c = 0; c < columns && more; ++c) {
       const Matrix3d m = ctx.toPage * cad::InsertTransform(ins, *block, c, r);
-      if (!std::isfinite(m.determinant()) || work_ >= kMaxWork) return;
+      if (!std::isfinite(m.determinant()) || work_ > maxWork_) return;
+      if (grid && ++gridCopies_ > cad::kMaxGridCopies) {
+        cad::NoteContentLeftOut();
+        more = false;
+        break;
+      }
       bool clipped = false;
       if (!clip.empty()) {
         Polyline2d outline;

@@ -6,6 +6,7 @@
 
 #include "host/editor.h"
 #include "host/entity.h"
+#include "host/whole_number.h"
 #include "host/wrappers.h"
 #include "recognition/sheet_geometry.h"
 #include "settings/plot_setting.h"
@@ -40,8 +41,8 @@ paper::MyPaper PaperOfSides(double w, double h) {
     small /= 10.0;
   }
   paper::MyPaper p;
-  p.length = static_cast<std::int32_t>(big + 0.5);
-  p.width = static_cast<std::int32_t>(small + 0.5);
+  p.length = SaturatedInt(big + 0.5);
+  p.width = SaturatedInt(small + 0.5);
   paper::NormalizePaperSize(p);
   return p;
 }

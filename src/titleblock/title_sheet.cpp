@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/entity.h"
+#include "host/whole_number.h"
 #include "recognition/sheet_geometry.h"
 #include "titleblock/field_extraction.h"
 #include "titleblock/field_extraction_internal.h"
@@ -71,8 +72,8 @@ bool SheetPaper(Plot_Drawing2& row, paper::MyPaper& paper) {
   if (row.scale > 0.0) {
     const double big = std::max(std::max(row.width, row.height) / row.scale, 1.0);
     const double small = std::max(std::min(row.width, row.height) / row.scale, 1.0);
-    paper.length = static_cast<std::int32_t>(big + 0.5);
-    paper.width = static_cast<std::int32_t>(small + 0.5);
+    paper.length = SaturatedInt(big + 0.5);
+    paper.width = SaturatedInt(small + 0.5);
     paper::NormalizePaperSize(paper);
     return true;
   }
@@ -99,8 +100,8 @@ void DynamicPaperAdjust(const TK_Customization& definition, ObjectId insertId, p
   const std::optional<Vector2d> size = DynamicFrameSize(definition.scale, insertId, differences);
   if (!size) return;
   const double factor = std::max(paper.length, paper.width) / d;
-  paper.length = static_cast<std::int32_t>(std::max(size->x, size->y) * factor + 0.5);
-  paper.width = static_cast<std::int32_t>(std::min(size->x, size->y) * factor + 0.5);
+  paper.length = SaturatedInt(std::max(size->x, size->y) * factor + 0.5);
+  paper.width = SaturatedInt(std::min(size->x, size->y) * factor + 0.5);
 }
 
 void ExpandNameRule(Plot_Drawing2& row) {

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -387,6 +388,54 @@ INSTANTIATE_TEST_SUITE_P(
                       ModeCase{7, {7, 4, 1, 8, 5, 2, 9, 6, 3}}, ModeCase{8, {9, 6, 3, 8, 5, 2, 7, 4, 1}},
                       ModeCase{9, kScanOrder}),
     [](const ::testing::TestParamInfo<ModeCase>& info) { return "Mode" + std::to_string(info.param.mode); });
+
+// Picking a sheet at a time from all that are left is what the order means; ordering a job must
+// give exactly that order, on regular grids, rough ones, overlapping and identical sheets.
+TEST(OrderSheetsTest, OrderIsThatOfPickingTheNextSheetAgainAndAgain) {
+  std::mt19937 rng(20261125);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  for (int layout = 0; layout < 40; ++layout) {
+    const int count = 2 + layout * 3;
+    std::vector<Rect> rects;
+    for (int i = 0; i < count; ++i) {
+      const int col = i % 7, row = i / 7;
+      switch (layout % 4) {
+        case 0: rects.push_back({col * 500.0, row * 400.0, col * 500.0 + 400, row * 400.0 + 300}); break;  // a grid
+        case 1: {  // a rough grid
+          const double x = col * 500.0 + 60 * u(rng) - 30, y = row * 400.0 + 160 * u(rng) - 80;
+          rects.push_back({x, y, x + 300 + 150 * u(rng), y + 200 + 150 * u(rng)});
+          break;
+        }
+        case 2: {  // anywhere, overlapping, in all sizes
+          const double x = 3000 * u(rng), y = 3000 * u(rng);
+          rects.push_back({x, y, x + 50 + 900 * u(rng), y + 50 + 900 * u(rng)});
+          break;
+        }
+        default: rects.push_back(i % 3 ? Rect{0, 0, 400, 300} : Rect{100.0 * (i % 5), 0, 100.0 * (i % 5) + 400, 300}); break;
+      }
+    }
+    for (OrderMode mode = 1; mode <= 8; ++mode) {
+      SheetList list;
+      Corners left;
+      std::vector<int> labels, expected;
+      for (int i = 0; i < count; ++i) {
+        list.Add(i, rects[static_cast<std::size_t>(i)]);
+        left.min.emplace_back(rects[static_cast<std::size_t>(i)].x0, rects[static_cast<std::size_t>(i)].y0);
+        left.max.emplace_back(rects[static_cast<std::size_t>(i)].x1, rects[static_cast<std::size_t>(i)].y1);
+        labels.push_back(i);
+      }
+      while (!labels.empty()) {
+        const int picked = PickNextSheet(left.min, left.max, mode);
+        ASSERT_GE(picked, 0);
+        expected.push_back(labels[static_cast<std::size_t>(picked)]);
+        labels.erase(labels.begin() + picked);
+        left.min.erase(left.min.begin() + picked);
+        left.max.erase(left.max.begin() + picked);
+      }
+      EXPECT_EQ(list.Order(mode), expected) << "layout " << layout << " mode " << mode;
+    }
+  }
+}
 
 // ---- marker numbers ------------------------------------------------------------------------------
 

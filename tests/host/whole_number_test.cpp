@@ -1,4 +1,4 @@
-#include "host/saturating_cast.h"
+#include "host/whole_number.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 namespace tv {
 namespace {
 
-TEST(TruncateToInt32, CutsTowardZeroAndHoldsAtTheEndsOfTheRange) {
+TEST(SaturatedInt, CutsTowardZeroAndHoldsAtTheEndsOfTheRange) {
   constexpr auto kMax = std::numeric_limits<std::int32_t>::max();
   constexpr auto kMin = std::numeric_limits<std::int32_t>::min();
   const struct {
@@ -18,7 +18,7 @@ TEST(TruncateToInt32, CutsTowardZeroAndHoldsAtTheEndsOfTheRange) {
       {4.5e273, kMax},  {-1e300, kMin}, {-2147483648.0, kMin}, {std::numeric_limits<double>::infinity(), kMax},
       {std::numeric_limits<double>::quiet_NaN(), 0},
   };
-  for (const auto& c : cases) EXPECT_EQ(TruncateToInt32(c.value), c.expected) << c.value;
+  for (const auto& c : cases) EXPECT_EQ(SaturatedInt(c.value), c.expected) << c.value;
 }
 
 }  // namespace

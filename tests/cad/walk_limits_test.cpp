@@ -1,0 +1,130 @@
+// Walks over block contents on drawings built to multiply their content: blocks inserting the block
+// below twice at every level, and MINSERT grids of a billion copies. Every walk ends at once, gives
+// the answer a smaller drawing of the same kind gives, and notes when it left content out.
+#include "cad/walk_limits.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "cad/database.h"
+#include "cad/entity_geometry.h"
+#include "cad/selection_geometry.h"
+
+namespace tv::cad {
+namespace {
+
+TEST(DistinctCellsTest, CopiesOnOnePointAreOne) {
+  struct Case {
+    int count;
+    double spacing, size;
+    int cells;
+  };
+  const double nan = std::nan("");
+  for (const Case& c : {Case{1, 10, 0, 1}, Case{0, 10, 0, 1}, Case{-7, 10, 0, 1}, Case{5, 0, 0, 1}, Case{32767, 1e-300, 1000, 1},
+                        Case{32767, -1e-300, 0, 1}, Case{32767, 1.0, 1000, 32767}, Case{3, 1e-9, 1, 3}, Case{3, 1e-9, 1e9, 1},
+                        Case{4, nan, 0, 4}, Case{4, HUGE_VAL, 0, 4}})
+    EXPECT_EQ(DistinctCells(c.count, c.spacing, c.size), c.cells) << c.count << " " << c.spacing << " " << c.size;
+}
+
+Insert& InsertOf(Database& db, BlockRecord& into, const BlockRecord& block, Point3d at, double scale = 1, double rotation = 0) {
+  auto ins = std::make_unique<Insert>();
+  ins->block = block.id;
+  ins->position = at;
+  ins->scale = {scale, scale, scale};
+  ins->rotation = rotation;
+  return db.append(into, std::move(ins));
+}
+
+BlockRecord& LineBlock(Database& db, const std::string& name) {
+  BlockRecord& b = db.addBlock(name);
+  auto line = std::make_unique<Line>();
+  line->end = {10, 10, 0};
+  db.append(b, std::move(line));
+  return b;
+}
+
+// Each level draws a short line and inserts the one below twice, the second a quarter unit to the right.
+Insert& Doubling(Database& db, int levels, double rotation) {
+  BlockRecord* below = &LineBlock(db, "L0");
+  for (int level = 1; level <= levels; ++level) {
+    BlockRecord& b = db.addBlock("L" + std::to_string(level));
+    auto line = std::make_unique<Line>();
+    line->end = {1, 1, 0};
+    db.append(b, std::move(line));
+    InsertOf(db, b, *below, {0, 0, 0});
+    InsertOf(db, b, *below, {0.25, 0, 0});
+    below = &b;
+  }
+  return InsertOf(db, *db.modelSpace(), *below, {1000, 1000, 0}, 100, rotation);
+}
+
+Insert& Grid(Database& db, int count, double spacing) {
+  Insert& grid = InsertOf(db, *db.modelSpace(), LineBlock(db, "CELL"), {1000, 1000, 0});
+  grid.columnCount = grid.rowCount = static_cast<std::int16_t>(count);
+  grid.columnSpacing = grid.rowSpacing = spacing;
+  return grid;
+}
+
+class WalkLimitsTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ClearContentLeftOut(); }
+  void TearDown() override { ClearContentLeftOut(); }
+};
+
+TEST_F(WalkLimitsTest, DoublingBlocksAreMeasuredOncePerBlock) {
+  // Ten levels are 1024 lines, all measured, turned or not.
+  for (double rotation : {0.0, 0.5}) {
+    SCOPED_TRACE(rotation);
+    Database db = Database::createDefault();
+    const Insert& top = Doubling(db, 10, rotation);
+    const auto box = EntityExtents(top, db);
+    ASSERT_TRUE(box.has_value());
+    const Matrix3d xf = Matrix3d::translation({1000, 1000, 0}) * Matrix3d::rotation(rotation) * Matrix3d::scaling(100, 100, 100);
+    Extents3d expected;
+    for (Point3d p : {Point3d{0, 0, 0}, Point3d{10, 10, 0}, Point3d{2.5, 0, 0}, Point3d{12.5, 10, 0}}) expected.add(xf.transform(p));
+    EXPECT_NEAR(box->min.x, expected.min.x, 1e-6);
+    EXPECT_NEAR(box->min.y, expected.min.y, 1e-6);
+    EXPECT_NEAR(box->max.x, expected.max.x, 1e-6);
+    EXPECT_NEAR(box->max.y, expected.max.y, 1e-6);
+    EXPECT_FALSE(SelectionShapeOf(top, db).paths.empty());
+    EXPECT_EQ(Explode(top, db).size(), 3u);  // its line and the two inserts
+    EXPECT_FALSE(ContentLeftOut());
+  }
+  // 41 levels (two trillion lines) nest past any real drawing: every walk ends, and says so.
+  for (double rotation : {0.0, 0.5}) {
+    SCOPED_TRACE(rotation);
+    Database db = Database::createDefault();
+    const Insert& top = Doubling(db, 41, rotation);
+    EXPECT_TRUE(EntityExtents(top, db).has_value());
+    EXPECT_TRUE(ContentLeftOut());
+    ClearContentLeftOut();
+    EXPECT_FALSE(SelectionShapeOf(top, db).paths.empty());
+    EXPECT_TRUE(ContentLeftOut());
+    EXPECT_EQ(Explode(top, db).size(), 3u);  // its line and the two inserts
+  }
+}
+
+TEST_F(WalkLimitsTest, GridsOnOnePointCountOnceAndHugeGridsAreBounded) {
+  struct Case {
+    double spacing;
+    std::size_t pieces;
+    bool leftOut;
+  };
+  for (const Case& c : {Case{1e-300, 1, false}, Case{0, 1, false}, Case{1.0, kMaxGridCopies, true}}) {
+    SCOPED_TRACE(c.spacing);
+    ClearContentLeftOut();
+    Database db = Database::createDefault();
+    const Insert& grid = Grid(db, 32767, c.spacing);
+    EXPECT_EQ(Explode(grid, db).size(), c.pieces);
+    const auto box = EntityExtents(grid, db);
+    ASSERT_TRUE(box.has_value());
+    EXPECT_NEAR(box->max.x, 1010 + c.spacing * 32766, 1e-6);
+    EXPECT_EQ(SelectByBox(db, *db.modelSpace(), {1005, 1005}, {1006, 1006}, true, {}).size(), 1u);
+    EXPECT_EQ(ContentLeftOut(), c.leftOut);
+  }
+}
+
+}  // namespace
+}  // namespace tv::cad

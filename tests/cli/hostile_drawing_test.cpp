@@ -1,0 +1,182 @@
+// `tvplot` on drawings made to exhaust it: blocks nested to double their content at every level,
+// MINSERT grids of a billion copies, frames too large for any number type of a list. Each run must
+// end quickly with the sheets it can tell, and say when it left content out.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "../support/run_program.h"
+
+#include "cad/database.h"
+#include "cad/dxf_writer.h"
+
+namespace tv::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+using test_support::FilesIn;
+using test_support::Has;
+using test_support::ReadFile;
+using test_support::RunProgram;
+using test_support::RunResult;
+using test_support::TempDir;
+
+constexpr const char* kCutMessage = "图块嵌套过深或图形过多，已略去部分内容";
+
+void Frame(cad::Database& db, double x0, double y0, double width, double height) {
+  auto pl = std::make_unique<cad::LwPolyline>();
+  pl->points = {{x0, y0}, {x0 + width, y0}, {x0 + width, y0 + height}, {x0, y0 + height}};
+  pl->polyFlags = cad::LwPolyline::kClosed;
+  db.append(*db.modelSpace(), std::move(pl));
+}
+
+void Line(cad::Database& db, cad::BlockRecord& block, Point3d a, Point3d b) {
+  auto line = std::make_unique<cad::Line>();
+  line->start = a;
+  line->end = b;
+  db.append(block, std::move(line));
+}
+
+cad::Insert& InsertOf(cad::Database& db, cad::BlockRecord& into, const cad::BlockRecord& block, Point3d at, double scale = 1) {
+  auto ins = std::make_unique<cad::Insert>();
+  ins->block = block.id;
+  ins->position = at;
+  ins->scale = {scale, scale, scale};
+  return db.append(into, std::move(ins));
+}
+
+// An A3 frame at 1:100 holding a block whose every level draws a line and inserts the level below
+// twice: 2^levels lines in a file of a few kilobytes.
+cad::Database DoublingBlocks(int levels) {
+  cad::Database db = cad::Database::createDefault();
+  cad::BlockRecord* below = &db.addBlock("L0");
+  Line(db, *below, {0, 0, 0}, {10, 10, 0});
+  for (int level = 1; level <= levels; ++level) {
+    cad::BlockRecord& block = db.addBlock("L" + std::to_string(level));
+    Line(db, block, {0, 0, 0}, {1, 1, 0});
+    InsertOf(db, block, *below, {0, 0, 0});
+    InsertOf(db, block, *below, {0.25, 0, 0});
+    below = &block;
+  }
+  Frame(db, 0, 0, 42000, 29700);
+  InsertOf(db, *db.modelSpace(), *below, {10000, 10000, 0}, 100);
+  return db;
+}
+
+// An A3 frame at 1:100 holding a MINSERT of a small block, `count` x `count` cells `spacing` apart.
+cad::Database HugeGrid(int count, double spacing) {
+  cad::Database db = cad::Database::createDefault();
+  cad::BlockRecord& cell = db.addBlock("CELL");
+  Line(db, cell, {0, 0, 0}, {1, 1, 0});
+  Frame(db, 0, 0, 42000, 29700);
+  cad::Insert& grid = InsertOf(db, *db.modelSpace(), cell, {1000, 1000, 0});
+  grid.columnCount = grid.rowCount = static_cast<std::int16_t>(count);
+  grid.columnSpacing = grid.rowSpacing = spacing;
+  return db;
+}
+
+class HostileDrawingTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_FALSE(dir_.path().empty()); }
+  std::string Write(const std::string& name, const cad::Database& db) {
+    const std::string path = (dir_ / name).string();
+    EXPECT_TRUE(cad::WriteDxf(db, path).ok);
+    return path;
+  }
+  static RunResult Run(const std::string& command, std::vector<std::string> args) {
+    args.insert(args.begin(), command);
+    return RunProgram(TV_TVPLOT_PATH, args);
+  }
+  static std::size_t Count(const std::string& text, const std::string& part) {
+    std::size_t n = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++n;
+    return n;
+  }
+
+  TempDir dir_{"tv_hostile"};
+};
+
+TEST_F(HostileDrawingTest, BlocksDoublingAtEveryLevelAreListedAndPlottedWithOneNotice) {
+  const std::string drawing = Write("doubling.dxf", DoublingBlocks(41));
+  const std::string original = ReadFile(drawing);
+  ASSERT_LT(original.size(), 200'000u);
+
+  const RunResult sheets = Run("sheets", {drawing});
+  ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
+  EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
+  EXPECT_TRUE(Has(sheets.out, "A3 (420x297)")) << sheets.out;
+  EXPECT_EQ(Count(sheets.out + sheets.err, kCutMessage), 1u) << sheets.out << sheets.err;
+
+  const fs::path out = dir_ / "out";
+  const RunResult plot = Run("plot", {drawing, "--out", out.string()});
+  ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
+  EXPECT_EQ(FilesIn(out), std::vector<std::string>{"doubling01.pdf"});
+  EXPECT_EQ(Count(plot.out + plot.err, kCutMessage), 1u) << plot.out << plot.err;
+  EXPECT_EQ(ReadFile(drawing), original);
+}
+
+TEST_F(HostileDrawingTest, ShallowDoublingNeedsNoNotice) {
+  // Ten levels are a thousand lines: all of them are drawn and nothing is said.
+  const std::string drawing = Write("shallow.dxf", DoublingBlocks(10));
+  const RunResult sheets = Run("sheets", {drawing});
+  ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
+  EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
+  const RunResult plot = Run("plot", {drawing, "--out", (dir_ / "out").string(), "--format", "png"});
+  ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
+  for (const RunResult* r : {&sheets, &plot}) EXPECT_FALSE(Has(r->out + r->err, kCutMessage)) << r->out << r->err;
+}
+
+TEST_F(HostileDrawingTest, MInsertGridsAreDrawnWithinBounds) {
+  struct Case {
+    const char* name;
+    int count;
+    double spacing;
+    bool notice;  // copies were left out
+  };
+  // Copies that fall on one point are one copy; a grid of distinct copies is drawn up to a bound.
+  for (const Case& c : {Case{"onepoint", 32767, 1e-300, false}, Case{"spread", 32767, 1.0, true}, Case{"small", 20, 50.0, false}}) {
+    SCOPED_TRACE(c.name);
+    const std::string drawing = Write(std::string(c.name) + ".dxf", HugeGrid(c.count, c.spacing));
+    const RunResult sheets = Run("sheets", {drawing});
+    ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
+    EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
+
+    const fs::path out = dir_ / c.name;
+    const RunResult plot = Run("plot", {drawing, "--out", out.string()});
+    ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
+    EXPECT_EQ(FilesIn(out).size(), 1u);
+    EXPECT_EQ(Count(plot.out + plot.err, kCutMessage), c.notice ? 1u : 0u) << plot.out << plot.err;
+  }
+}
+
+TEST_F(HostileDrawingTest, HugeSheetSizesAreShownAsSuch) {
+  cad::Database db = cad::Database::createDefault();
+  Frame(db, 0, 0, 1e308, 297);
+  Line(db, *db.modelSpace(), {10, 10, 0}, {100, 200, 0});
+  const std::string drawing = Write("huge.dxf", db);
+  const RunResult text = Run("sheets", {drawing, "--skip-blank", "off"});
+  ASSERT_EQ(text.exitCode, 0) << text.err << text.out;
+  EXPECT_TRUE(Has(text.out, "1e+308x297")) << text.out;
+  const RunResult json = Run("sheets", {drawing, "--skip-blank", "off", "--json"});
+  ASSERT_EQ(json.exitCode, 0) << json.err << json.out;
+  EXPECT_TRUE(Has(json.out, "\"size\": \"1e+308x297\"")) << json.out;
+  for (const RunResult* r : {&text, &json}) EXPECT_FALSE(Has(r->out, "2147483")) << r->out;
+}
+
+TEST_F(HostileDrawingTest, PaperOfAHugeSizeOrScaleEndsCleanly) {
+  for (const char* size : {"1e308x297", "297x1e308", "1e30x1e30"}) {
+    SCOPED_TRACE(size);
+    const RunResult r = Run("paper", {size});
+    EXPECT_TRUE(r.exitCode == 0 || r.exitCode == 1) << r.exitCode << r.err;
+    EXPECT_FALSE(Has(r.out, "-2147483648")) << r.out;
+  }
+  const RunResult scaled = Run("paper", {"420x297", "--scale", "1e300"});
+  EXPECT_TRUE(scaled.exitCode == 0 || scaled.exitCode == 1) << scaled.exitCode << scaled.err;
+  EXPECT_FALSE(Has(scaled.out, "-2147483648")) << scaled.out;
+}
+
+}  // namespace
+}  // namespace tv::cli
