@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "../support/frame_drawings.h"
 #include "../support/run_program.h"
 
 #include "cad/database.h"
@@ -49,22 +50,9 @@ cad::Database TitleBlocksWith(const std::vector<std::pair<std::string, std::stri
 
 // A drawing of frames side by side at 1:100, one per size given (millimetres of the paper), each
 // with a line across.
-cad::Database Frames(const std::vector<std::pair<double, double>>& papers) {
-  cad::Database db = cad::Database::createDefault();
-  double x = 0;
-  for (const auto& [w, h] : papers) {
-    const double width = w * 100, height = h * 100;
-    auto pl = std::make_unique<cad::LwPolyline>();
-    pl->points = {{x, 0}, {x + width, 0}, {x + width, height}, {x, height}};
-    pl->polyFlags = cad::LwPolyline::kClosed;
-    db.append(*db.modelSpace(), std::move(pl));
-    auto line = std::make_unique<cad::Line>();
-    line->start = {x + width * 0.1, height * 0.5, 0};
-    line->end = {x + width * 0.9, height * 0.5, 0};
-    db.append(*db.modelSpace(), std::move(line));
-    x += width + 5000;
-  }
-  return db;
+cad::Database Frames(std::vector<std::pair<double, double>> papers) {
+  for (auto& [w, h] : papers) w *= 100, h *= 100;
+  return test_support::FramesInARow(papers);
 }
 
 bool IsUtf8(const std::string& s) {

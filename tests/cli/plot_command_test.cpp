@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/frame_drawings.h"
 #include "../support/run_program.h"
 
 #include "cad/database.h"
@@ -36,19 +37,7 @@ std::pair<double, double> PageMm(const fs::path& pdf) {
 
 // A drawing of `frames` A3 frames at 1:100 side by side, each with a line across.
 cad::Database Frames(int frames, double width = 42000, double height = 29700) {
-  cad::Database db = cad::Database::createDefault();
-  for (int i = 0; i < frames; ++i) {
-    const double x = i * (width + 5000);
-    auto pl = std::make_unique<cad::LwPolyline>();
-    pl->points = {{x, 0}, {x + width, 0}, {x + width, height}, {x, height}};
-    pl->polyFlags = cad::LwPolyline::kClosed;
-    db.append(*db.modelSpace(), std::move(pl));
-    auto line = std::make_unique<cad::Line>();
-    line->start = {x + width * 0.1, height * 0.5, 0};
-    line->end = {x + width * 0.9, height * 0.5, 0};
-    db.append(*db.modelSpace(), std::move(line));
-  }
-  return db;
+  return test_support::FramesInARow(std::vector<std::pair<double, double>>(static_cast<std::size_t>(frames), {width, height}));
 }
 
 class PlotCommandTest : public ::testing::Test {
