@@ -43,24 +43,6 @@ const Plot_Drawing1* FirstHolder(const std::vector<SheetList>& batches, std::siz
   return nullptr;
 }
 
-// The grids' column search gives what std::upper_bound gives, for every count of cuts, repeated
-// cuts, values on, between and beyond them, infinities and NaN.
-TEST(GridCells, CellOfCountsTheCutsNotAboveAsUpperBoundDoes) {
-  std::mt19937 random(3);
-  const double inf = std::numeric_limits<double>::infinity();
-  for (std::size_t n = 0; n < 40; ++n) {
-    std::vector<double> cuts;
-    for (std::size_t k = 0; k < n; ++k) cuts.push_back(static_cast<double>(random() % 20));
-    std::sort(cuts.begin(), cuts.end());
-    std::vector<double> values{-inf, inf, std::nan(""), -1.0, 25.0};
-    for (double c : cuts) values.insert(values.end(), {c, std::nextafter(c, -inf), std::nextafter(c, inf)});
-    for (double v : values)
-      ASSERT_EQ(internal::CellOf(cuts, v),
-                static_cast<std::size_t>(std::upper_bound(cuts.begin(), cuts.end(), v) - cuts.begin()))
-          << n << " cuts, value " << v;
-  }
-}
-
 TEST(HeldCandidates, FindsTheFirstHolderInOrderAcrossManyBatchesOfOverlappingSheets) {
   // Batches of varied size come in as the loop moves on, the later ones landing on and inside the
   // earlier ones, so that the first holder is often not the only one; a batch marks only the

@@ -415,56 +415,6 @@ TEST_F(LooseLinesTest, FirstAtSearchesFallBackToTheBeginning) {
   EXPECT_EQ(FirstAtY(byY, 8), 0u);
 }
 
-// The bucket table answers every lookup as the binary search does: clustered and repeated keys,
-// values between, on and beyond the keys, a start index, and damaged keys at the end.
-TEST(KeyIndex, AgreesWithTheBinarySearch) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 20; ++round) {
-    std::vector<Point2d> starts;
-    const int n = 1 + static_cast<int>(random() % 300);
-    for (int i = 0; i < n; ++i) {
-      // Clusters of equal keys, a few far out, the rest spread.
-      const double key = i % 7 == 0 ? 100.0 : i % 11 == 0 ? 1e6 : std::uniform_real_distribution<double>(-50, 150)(random);
-      starts.push_back({key, -key});
-    }
-    if (round % 3 == 0) starts.push_back({std::nan(""), std::nan("")});
-    if (round % 4 == 0) starts.push_back({std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()});
-    for (bool byY : {false, true}) {
-      std::vector<Point2d> sorted = starts;
-      std::stable_sort(sorted.begin(), sorted.end(), [byY](Point2d a, Point2d b) {
-        return loose::KeyLess(loose::KeyOf(a, byY), loose::KeyOf(b, byY));
-      });
-      const loose::KeyIndex index(sorted, byY);
-      std::vector<double> values{-1e9, 1e9, 100.0, -100.0, std::nan(""), std::numeric_limits<double>::infinity()};
-      for (const Point2d& p : sorted) values.insert(values.end(), {loose::KeyOf(p, byY), std::nextafter(loose::KeyOf(p, byY), 0.0)});
-      for (int k = 0; k < 200; ++k) values.push_back(std::uniform_real_distribution<double>(-200, 2e6)(random));
-      for (double v : values) {
-        for (std::size_t from : {std::size_t{0}, sorted.size() / 2, sorted.size() + 3}) {
-          ASSERT_EQ(index.lower(v, from), loose::LowerIndex(sorted, v, byY, from)) << v << " from " << from;
-        }
-        ASSERT_EQ(index.scanFrom(v, 5.0), loose::ScanFrom(sorted, v, byY, 5.0)) << v;
-      }
-    }
-  }
-}
-
-// The quick nearness test decides as the distance does: near the tolerance, on it, far off along
-// one axis, with damaged coordinates and tolerances of no size.
-TEST(LooseWithin, AgreesWithTheDistance) {
-  std::mt19937 random(5);
-  const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
-  std::vector<double> tolerances{0.0, -1.0, nan, inf, 1e-300, 1e308, 0.5, 3.0, 42.05};
-  std::vector<double> offsets{0.0, -0.0, nan, inf, -inf, 1e-300, 3.0, -3.0, 6.0, 2.9999999999999996, 84.1, 1e308};
-  for (int k = 0; k < 2000; ++k) offsets.push_back(std::uniform_real_distribution<double>(-10.0, 10.0)(random));
-  for (double t : tolerances)
-    for (std::size_t a = 0; a < offsets.size(); a += 7)
-      for (double dy : offsets) {
-        const Point2d p{100.0, -50.0}, q{100.0 + offsets[a], -50.0 + dy};
-        ASSERT_EQ(loose::Within(p, q, t), p.distanceTo(q) < t) << offsets[a] << " " << dy << " " << t;
-        ASSERT_EQ(loose::Within(q, p, t), q.distanceTo(p) < t);
-      }
-}
-
 // The family sort orders as a stable comparison sort by the key: ties (0 and -0, every NaN, equal
 // coordinates) keep their order, infinities and NaN go to the ends.
 TEST(SortSegments, OrdersAsAStableSortByTheKey) {
