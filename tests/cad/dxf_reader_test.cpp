@@ -1,15 +1,14 @@
 #include "cad/dxf_reader.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 #include "../support/corpus.h"
+#include "../support/run_program.h"
 #include "cad/codepage.h"
 
 namespace tv::cad {
@@ -36,24 +35,7 @@ std::string Dxf(std::string_view snippet) {
   return out;
 }
 
-// A temporary file removed at the end of the test.
-class TempFile {
- public:
-  explicit TempFile(const std::string& bytes, const std::string& suffix = ".dxf") {
-    static int counter = 0;
-    path_ = fs::temp_directory_path() /
-            ("tv_dxf_reader_" + std::to_string(::getpid()) + "_" + std::to_string(++counter) + suffix);
-    std::ofstream(path_, std::ios::binary) << bytes;
-  }
-  ~TempFile() {
-    std::error_code ec;
-    fs::remove(path_, ec);
-  }
-  std::string path() const { return path_.string(); }
-
- private:
-  fs::path path_;
-};
+using test_support::TempFile;
 
 std::size_t CountEntities(const Database& db) {
   std::size_t n = 0;
@@ -881,7 +863,7 @@ TEST(DxfReader, Errors) {
   TempFile empty("");
   EXPECT_EQ(ReadDxf(empty.path()).error, "图纸文件 " + empty.path() + " 是空文件");
 
-  TempFile text("Dear customer,\nthis is a letter.\n", ".txt");
+  TempFile text("Dear customer,\nthis is a letter.\n", "letter.txt");
   EXPECT_EQ(ReadDxf(text.path()).error, text.path() + " 不是 DXF 文件");
   EXPECT_EQ(ReadDxfFromBytes(Dxf("0 LINE\n8 0"), "x.dxf").error, "x.dxf 不是 DXF 文件");
 

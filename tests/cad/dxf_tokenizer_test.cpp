@@ -1,44 +1,22 @@
 #include "cad/dxf_tokenizer.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "../support/corpus.h"
+#include "../support/run_program.h"
 
 namespace tv::cad {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A file in the temp folder, removed at the end of the test.
-class TempFile {
- public:
-  explicit TempFile(const std::string& contents) {
-    static std::atomic<int> counter{0};
-    path_ = fs::temp_directory_path() /
-            ("tv_tokenizer_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) + ".dxf");
-    std::ofstream(path_, std::ios::binary)
-        .write(contents.data(), static_cast<std::streamsize>(contents.size()));
-  }
-  ~TempFile() {
-    std::error_code ec;
-    fs::remove(path_, ec);
-  }
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-  std::string path() const { return path_.string(); }
-
- private:
-  fs::path path_;
-};
+using test_support::TempFile;
 
 struct Plain {
   int code;

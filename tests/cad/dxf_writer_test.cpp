@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "../support/corpus.h"
+#include "../support/run_program.h"
 #include "cad/dxf_reader.h"
 
 namespace tv::cad {
@@ -20,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 using Pair = std::pair<int, std::string>;
+using test_support::FilesIn;
 
 std::vector<Pair> Pairs(const std::string& dxf) {
   std::vector<Pair> pairs;
@@ -340,16 +342,9 @@ TEST(DxfWriter, CorpusDrawingsReadBackTheSame) {
   EXPECT_GT(checked, 50);
 }
 
-std::vector<std::string> FilesIn(const fs::path& dir) {
-  std::vector<std::string> names;
-  for (const auto& e : fs::directory_iterator(dir)) names.push_back(e.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 TEST(DxfWriter, FilesAreReplacedWholeOrNotAtAll) {
-  const fs::path dir = fs::temp_directory_path() / ("tv_dxf_writer_" + std::to_string(::getpid()));
-  fs::remove_all(dir);
+  const test_support::TempDir temp{"tv_dxf_writer"};
+  const fs::path dir = temp.path();
   fs::create_directories(dir / "ro");
   // Large enough to go to disk in several pieces.
   Database db = Database::createDefault();
@@ -388,7 +383,6 @@ TEST(DxfWriter, FilesAreReplacedWholeOrNotAtAll) {
   EXPECT_NE(failed.message.find(readOnly.string()), std::string::npos) << failed.message;
   EXPECT_TRUE(FilesIn(dir / "ro").empty());
   ::chmod((dir / "ro").c_str(), 0755);
-  fs::remove_all(dir);
 }
 
 }  // namespace

@@ -183,34 +183,29 @@ TEST(GeometryAngles, NormalizeAndBulgeArcs) {
   EXPECT_NEAR(NormalizeAngle(5 * kPi), kPi, 1e-9);
   EXPECT_LT(NormalizeAngle(-1e-18), 2 * kPi);
 
-  // Bulge 1: half circle, counter-clockwise from p1 to p2, so it passes below the chord.
-  auto semi = ArcFromBulge({0, 0}, {2, 0}, 1);
-  ASSERT_TRUE(semi);
-  EXPECT_NEAR(semi->center.x, 1, kEps);
-  EXPECT_NEAR(semi->center.y, 0, kEps);
-  EXPECT_NEAR(semi->radius, 1, kEps);
-  EXPECT_NEAR(semi->startAngle, kPi, kEps);
-  EXPECT_NEAR(semi->endAngle, 0, kEps);
-  // Bulge -1 passes above: the ccw sweep starts at p2.
-  auto semiCw = ArcFromBulge({0, 0}, {2, 0}, -1);
-  ASSERT_TRUE(semiCw);
-  EXPECT_NEAR(semiCw->startAngle, 0, kEps);
-  EXPECT_NEAR(semiCw->endAngle, kPi, kEps);
-
+  // Arcs run counter-clockwise from startAngle: bulge 1 is a half circle below the chord, -1 above;
+  // tan(pi/8) a quarter circle, its negative the quarter the other way round.
+  struct Arc {
+    Point2d p1, p2;
+    double bulge, cx, cy, radius, start, end;
+  };
   const double quarter = std::tan(kPi / 8);
-  auto ccw = ArcFromBulge({1, 0}, {0, 1}, quarter);
-  ASSERT_TRUE(ccw);
-  EXPECT_NEAR(ccw->center.x, 0, kEps);
-  EXPECT_NEAR(ccw->center.y, 0, kEps);
-  EXPECT_NEAR(ccw->radius, 1, kEps);
-  EXPECT_NEAR(ccw->startAngle, 0, kEps);
-  EXPECT_NEAR(ccw->endAngle, kPi / 2, kEps);
-  auto cw = ArcFromBulge({1, 0}, {0, 1}, -quarter);
-  ASSERT_TRUE(cw);
-  EXPECT_NEAR(cw->center.x, 1, kEps);
-  EXPECT_NEAR(cw->center.y, 1, kEps);
-  EXPECT_NEAR(cw->startAngle, kPi, kEps);
-  EXPECT_NEAR(cw->endAngle, 1.5 * kPi, kEps);
+  const Arc arcs[] = {
+      {{0, 0}, {2, 0}, 1, 1, 0, 1, kPi, 0},
+      {{0, 0}, {2, 0}, -1, 1, 0, 1, 0, kPi},
+      {{1, 0}, {0, 1}, quarter, 0, 0, 1, 0, kPi / 2},
+      {{1, 0}, {0, 1}, -quarter, 1, 1, 1, kPi, 1.5 * kPi},
+  };
+  for (const Arc& c : arcs) {
+    SCOPED_TRACE(c.bulge);
+    const auto arc = ArcFromBulge(c.p1, c.p2, c.bulge);
+    ASSERT_TRUE(arc);
+    EXPECT_NEAR(arc->center.x, c.cx, kEps);
+    EXPECT_NEAR(arc->center.y, c.cy, kEps);
+    EXPECT_NEAR(arc->radius, c.radius, kEps);
+    EXPECT_NEAR(arc->startAngle, c.start, kEps);
+    EXPECT_NEAR(arc->endAngle, c.end, kEps);
+  }
   // Three quarters of a circle: the centre lies on the other side of the chord.
   auto major = ArcFromBulge({1, 0}, {0, -1}, std::tan(3 * kPi / 8));
   ASSERT_TRUE(major);

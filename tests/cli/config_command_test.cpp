@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "../settings/settings_fixture.h"
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 #include "../support/run_together.h"
 #include "cad/database.h"
 #include "cad/dxf_writer.h"
@@ -34,7 +34,6 @@ namespace {
 namespace fs = std::filesystem;
 using test_support::Has;
 using test_support::RunResult;
-using test_support::RunTvplot;
 
 class ConfigCommandTest : public settings::testing::SettingsTest {
  protected:
@@ -187,17 +186,18 @@ TEST_F(ConfigCommandTest, ImportRefusesWhatIsNoWholeConfiguration) {
   EXPECT_EQ(user.vector_dpi_step, 43);
 }
 
+using ConfigProgram = test_support::TvplotTest;
+
 // The check that a file was written reads it back: two imports in one second are two writes,
 // and neither is taken for a failure.
-TEST(ConfigProgram, TwoImportsInOneSecondBothSucceed) {
-  test_support::TempDir dir;
-  const std::string home = (dir / "home").string();
-  const std::string file = (dir / "in.cfg").string();
+TEST_F(ConfigProgram, TwoImportsInOneSecondBothSucceed) {
+  const std::string home = Path("home").string();
+  const std::string file = Path("in.cfg").string();
   settings::Config c;
   c.merge_pdf = 1;
   test_support::WriteFile(file, *host::TextFileBytes(settings::ConfigFileText(c)));
   for (int i = 0; i < 2; ++i) {
-    const RunResult r = test_support::RunProgram(TV_TVPLOT_PATH, {"config", "import", file}, {}, home);
+    const RunResult r = Run({"config", "import", file}, {}, home);
     EXPECT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_TRUE(Has(r.out, "并保存为用户配置")) << r.out;
@@ -206,20 +206,19 @@ TEST(ConfigProgram, TwoImportsInOneSecondBothSucceed) {
 
 // Every run writes the configuration as it ends. Runs that changed nothing in it, ending beside an
 // import, must leave the imported configuration in place; and the imports of both kinds land.
-TEST(ConfigProgram, AnImportSurvivesOtherRunsEndingBesideIt) {
-  test_support::TempDir dir;
-  const std::string home = (dir / "home").string();
+TEST_F(ConfigProgram, AnImportSurvivesOtherRunsEndingBesideIt) {
+  const std::string home = Path("home").string();
   const std::string data = home + "/.local/share";
   settings::Config imported;
   imported.vector_dpi_step = 77;
-  const std::string file = (dir / "in.cfg").string();
+  const std::string file = Path("in.cfg").string();
   test_support::WriteFile(file, *host::TextFileBytes(settings::ConfigFileText(imported)));
   std::vector<std::string> libraries;
   for (int i = 0; i < 3; ++i) {
     titleblock::TK_Library library;
     library.definitions.push_back(std::make_unique<titleblock::TK_Customization>());
     library.definitions.back()->block_name = "F" + std::to_string(i);
-    libraries.push_back((dir / ("lib" + std::to_string(i) + ".tk")).string());
+    libraries.push_back(Path("lib" + std::to_string(i) + ".tk").string());
     ASSERT_TRUE(titleblock::SaveTkFileTo(library, libraries.back(), false));
   }
   const std::vector<std::string> env{"/usr/bin/env", "HOME=" + home, "XDG_DATA_HOME=" + data,
@@ -232,7 +231,7 @@ TEST(ConfigProgram, AnImportSurvivesOtherRunsEndingBesideIt) {
   for (int round = 0; round < 4; ++round) {
     std::filesystem::remove_all(home);
     // The user's files as a first run leaves them.
-    ASSERT_EQ(test_support::RunProgram(TV_TVPLOT_PATH, {"tk", "list"}, {}, home).exitCode, 0);
+    ASSERT_EQ(Run({"tk", "list"}, {}, home).exitCode, 0);
     std::vector<std::vector<std::string>> commands;
     for (const std::string& library : libraries) commands.push_back(command({"tk", "import", library, "--keep"}));
     commands.push_back(command({"config", "import", file}));
@@ -247,34 +246,16 @@ TEST(ConfigProgram, AnImportSurvivesOtherRunsEndingBesideIt) {
   }
 }
 
-TEST_F(ConfigCommandTest, UsageErrors) {
-  EXPECT_EQ(Run({}), kExitUsage);
-  EXPECT_TRUE(Has(err_.str(), "用法：tvplot config show"));
-  EXPECT_EQ(Run({"list"}), kExitUsage);
-  EXPECT_TRUE(Has(err_.str(), "未知操作 list"));
-  EXPECT_EQ(Run({"export"}), kExitUsage);
-  EXPECT_TRUE(Has(err_.str(), "缺少配置文件"));
-  EXPECT_EQ(Run({"show", "extra"}), kExitUsage);
-  EXPECT_EQ(Run({"show", "--json"}), kExitUsage);
-}
-
-TEST(ConfigProgram, ShowsDefaultsAndHelpFromTheBuiltProgram) {
-  RunResult r = RunTvplot({"config", "show"});
+TEST_F(ConfigProgram, ShowsDefaultsAndExportsThemFromTheBuiltProgram) {
+  RunResult r = Run({"config", "show"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_TRUE(Has(r.out, "不存在，显示默认值")) << r.out;
   EXPECT_TRUE(Has(r.out, "name_prefix")) << r.out;
   EXPECT_TRUE(Has(r.out, "???"));
   EXPECT_TRUE(Has(r.out, "first_run_done      0"));
 
-  r = RunTvplot({"help", "config"});
-  EXPECT_EQ(r.exitCode, 0);
-  EXPECT_TRUE(Has(r.out, "tvplot config import 文件.cfg"));
-  EXPECT_TRUE(Has(RunTvplot({"--help"}).out, "显示、导出或导入用户配置"));
-  EXPECT_EQ(RunTvplot({"config", "import"}).exitCode, kExitUsage);
-
-  test_support::TempDir dir;
-  const std::string file = (dir / "out.cfg").string();
-  r = RunTvplot({"config", "export", file});
+  const std::string file = Path("out.cfg").string();
+  r = Run({"config", "export", file});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_TRUE(test_support::ReadFile(file).starts_with("20240329\n20240329\n0\n1\n"));
 }
@@ -359,11 +340,9 @@ TEST_F(SettingCommandTest, TheDrawingsOwnRecordIsCurrentAfterLoading) {
   EXPECT_EQ(settings::CurrentPlotSetting().format, settings::kFormatPdf);
 }
 
-TEST(SettingProgram, TheCommandRunsUnattendedInTheBuiltProgram) {
-  test_support::TempDir dir;
-  const std::string drawing = (dir / "plan.dxf").string();
-  ASSERT_TRUE(cad::WriteDxf(cad::Database::createDefault(), drawing).ok);
-  const RunResult r = RunTvplot({"run", drawing, "TV_BatchPlot_14", "--answer", "2", "--answer", "C"});
+TEST_F(ConfigProgram, TheSettingCommandRunsUnattended) {
+  const std::string drawing = Write("plan.dxf", cad::Database::createDefault());
+  const RunResult r = Run({"run", drawing, "TV_BatchPlot_14", "--answer", "2", "--answer", "C"});
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_TRUE(Has(r.out, "2、PDF、DWF分辨率")) << r.out;
   EXPECT_TRUE(Has(r.out, "[√] 打印透明度")) << r.out;

@@ -7,22 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
-
-#include "cad/database.h"
-#include "cad/dxf_writer.h"
+#include "../support/tvplot_test.h"
 
 namespace tv::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::FilesIn;
-using test_support::Has;
-using test_support::ReadFile;
-using test_support::RunProgram;
-using test_support::RunResult;
-using test_support::TempDir;
+using namespace test_support;
 
 constexpr const char* kCutMessage = "图块嵌套过深或图形过多，已略去部分内容";
 
@@ -78,40 +70,21 @@ cad::Database HugeGrid(int count, double spacing) {
   return db;
 }
 
-class HostileDrawingTest : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_FALSE(dir_.path().empty()); }
-  std::string Write(const std::string& name, const cad::Database& db) {
-    const std::string path = (dir_ / name).string();
-    EXPECT_TRUE(cad::WriteDxf(db, path).ok);
-    return path;
-  }
-  static RunResult Run(const std::string& command, std::vector<std::string> args) {
-    args.insert(args.begin(), command);
-    return RunProgram(TV_TVPLOT_PATH, args);
-  }
-  static std::size_t Count(const std::string& text, const std::string& part) {
-    std::size_t n = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++n;
-    return n;
-  }
-
-  TempDir dir_{"tv_hostile"};
-};
+using HostileDrawingTest = TvplotTest;
 
 TEST_F(HostileDrawingTest, BlocksDoublingAtEveryLevelAreListedAndPlottedWithOneNotice) {
   const std::string drawing = Write("doubling.dxf", DoublingBlocks(41));
   const std::string original = ReadFile(drawing);
   ASSERT_LT(original.size(), 200'000u);
 
-  const RunResult sheets = Run("sheets", {drawing});
+  const RunResult sheets = Run({"sheets", drawing});
   ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
   EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
   EXPECT_TRUE(Has(sheets.out, "A3 (420x297)")) << sheets.out;
   EXPECT_EQ(Count(sheets.out + sheets.err, kCutMessage), 1u) << sheets.out << sheets.err;
 
   const fs::path out = dir_ / "out";
-  const RunResult plot = Run("plot", {drawing, "--out", out.string()});
+  const RunResult plot = Run({"plot", drawing, "--out", out.string()});
   ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
   EXPECT_EQ(FilesIn(out), std::vector<std::string>{"doubling01.pdf"});
   EXPECT_EQ(Count(plot.out + plot.err, kCutMessage), 1u) << plot.out << plot.err;
@@ -121,10 +94,10 @@ TEST_F(HostileDrawingTest, BlocksDoublingAtEveryLevelAreListedAndPlottedWithOneN
 TEST_F(HostileDrawingTest, ShallowDoublingNeedsNoNotice) {
   // Ten levels are a thousand lines: all of them are drawn and nothing is said.
   const std::string drawing = Write("shallow.dxf", DoublingBlocks(10));
-  const RunResult sheets = Run("sheets", {drawing});
+  const RunResult sheets = Run({"sheets", drawing});
   ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
   EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
-  const RunResult plot = Run("plot", {drawing, "--out", (dir_ / "out").string(), "--format", "png"});
+  const RunResult plot = Run({"plot", drawing, "--out", (dir_ / "out").string(), "--format", "png"});
   ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
   for (const RunResult* r : {&sheets, &plot}) EXPECT_FALSE(Has(r->out + r->err, kCutMessage)) << r->out << r->err;
 }
@@ -140,12 +113,12 @@ TEST_F(HostileDrawingTest, MInsertGridsAreDrawnWithinBounds) {
   for (const Case& c : {Case{"onepoint", 32767, 1e-300, false}, Case{"spread", 32767, 1.0, true}, Case{"small", 20, 50.0, false}}) {
     SCOPED_TRACE(c.name);
     const std::string drawing = Write(std::string(c.name) + ".dxf", HugeGrid(c.count, c.spacing));
-    const RunResult sheets = Run("sheets", {drawing});
+    const RunResult sheets = Run({"sheets", drawing});
     ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
     EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
 
     const fs::path out = dir_ / c.name;
-    const RunResult plot = Run("plot", {drawing, "--out", out.string()});
+    const RunResult plot = Run({"plot", drawing, "--out", out.string()});
     ASSERT_EQ(plot.exitCode, 0) << plot.err << plot.out;
     EXPECT_EQ(FilesIn(out).size(), 1u);
     EXPECT_EQ(Count(plot.out + plot.err, kCutMessage), c.notice ? 1u : 0u) << plot.out << plot.err;
@@ -157,10 +130,10 @@ TEST_F(HostileDrawingTest, HugeSheetSizesAreShownAsSuch) {
   Frame(db, 0, 0, 1e308, 297);
   Line(db, *db.modelSpace(), {10, 10, 0}, {100, 200, 0});
   const std::string drawing = Write("huge.dxf", db);
-  const RunResult text = Run("sheets", {drawing, "--skip-blank", "off"});
+  const RunResult text = Run({"sheets", drawing, "--skip-blank", "off"});
   ASSERT_EQ(text.exitCode, 0) << text.err << text.out;
   EXPECT_TRUE(Has(text.out, "1e+308x297")) << text.out;
-  const RunResult json = Run("sheets", {drawing, "--skip-blank", "off", "--json"});
+  const RunResult json = Run({"sheets", drawing, "--skip-blank", "off", "--json"});
   ASSERT_EQ(json.exitCode, 0) << json.err << json.out;
   EXPECT_TRUE(Has(json.out, "\"size\": \"1e+308x297\"")) << json.out;
   for (const RunResult* r : {&text, &json}) EXPECT_FALSE(Has(r->out, "2147483")) << r->out;
@@ -169,11 +142,11 @@ TEST_F(HostileDrawingTest, HugeSheetSizesAreShownAsSuch) {
 TEST_F(HostileDrawingTest, PaperOfAHugeSizeOrScaleEndsCleanly) {
   for (const char* size : {"1e308x297", "297x1e308", "1e30x1e30"}) {
     SCOPED_TRACE(size);
-    const RunResult r = Run("paper", {size});
+    const RunResult r = Run({"paper", size});
     EXPECT_TRUE(r.exitCode == 0 || r.exitCode == 1) << r.exitCode << r.err;
     EXPECT_FALSE(Has(r.out, "-2147483648")) << r.out;
   }
-  const RunResult scaled = Run("paper", {"420x297", "--scale", "1e300"});
+  const RunResult scaled = Run({"paper", "420x297", "--scale", "1e300"});
   EXPECT_TRUE(scaled.exitCode == 0 || scaled.exitCode == 1) << scaled.exitCode << scaled.err;
   EXPECT_FALSE(Has(scaled.out, "-2147483648")) << scaled.out;
 }

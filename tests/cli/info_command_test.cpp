@@ -1,17 +1,16 @@
 // `tvplot info` as users run it: the built program on drawings written to a temporary folder,
 // checked for exit codes, key lines, JSON validity, and that it writes nothing.
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "../support/corpus.h"
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 
-#include "cad/dxf_writer.h"
 #include "cli/drawing_summary.h"
 #include "cli/json_output.h"
 #include "examples/sample_drawing.h"
@@ -37,119 +36,17 @@ std::size_t LineCount(const std::string& s) {
   return n;
 }
 
-// A strict JSON syntax check (RFC 8259), enough to tell the output parses.
-class JsonChecker {
- public:
-  explicit JsonChecker(std::string_view s) : s_(s) {}
-  bool valid() {
-    ws();
-    if (!value(0)) return false;
-    ws();
-    return i_ == s_.size();
-  }
+// The output parses as JSON, strictly (no comments, nothing after the value).
+bool IsValidJson(const std::string& s) { return nlohmann::json::accept(s); }
 
- private:
-  bool value(int depth) {
-    if (depth > 64 || i_ >= s_.size()) return false;
-    switch (s_[i_]) {
-      case '{': return container('}', depth, true);
-      case '[': return container(']', depth, false);
-      case '"': return string();
-      case 't': return literal("true");
-      case 'f': return literal("false");
-      case 'n': return literal("null");
-      default: return number();
-    }
-  }
-  bool container(char close, int depth, bool object) {
-    ++i_;
-    ws();
-    if (peek(close)) return ++i_, true;
-    for (;;) {
-      if (object) {
-        if (!string()) return false;
-        ws();
-        if (!peek(':')) return false;
-        ++i_;
-        ws();
-      }
-      if (!value(depth + 1)) return false;
-      ws();
-      if (peek(close)) return ++i_, true;
-      if (!peek(',')) return false;
-      ++i_;
-      ws();
-    }
-  }
-  bool string() {
-    if (!peek('"')) return false;
-    for (++i_; i_ < s_.size(); ++i_) {
-      auto c = static_cast<unsigned char>(s_[i_]);
-      if (c == '"') return ++i_, true;
-      if (c < 0x20) return false;
-      if (c == '\\') {
-        if (++i_ >= s_.size()) return false;
-        char e = s_[i_];
-        if (e == 'u') {
-          for (int k = 0; k < 4; ++k)
-            if (++i_ >= s_.size() || !std::isxdigit(static_cast<unsigned char>(s_[i_]))) return false;
-        } else if (std::string_view("\"\\/bfnrt").find(e) == std::string_view::npos) {
-          return false;
-        }
-      }
-    }
-    return false;
-  }
-  bool number() {
-    std::size_t start = i_;
-    if (peek('-')) ++i_;
-    if (peek('0')) ++i_;
-    else if (!digits()) return false;
-    if (peek('.') && (++i_, !digits())) return false;
-    if (peek('e') || peek('E')) {
-      ++i_;
-      if (peek('+') || peek('-')) ++i_;
-      if (!digits()) return false;
-    }
-    return i_ > start;
-  }
-  bool digits() {
-    std::size_t start = i_;
-    while (i_ < s_.size() && s_[i_] >= '0' && s_[i_] <= '9') ++i_;
-    return i_ > start;
-  }
-  bool literal(std::string_view word) {
-    if (s_.substr(i_, word.size()) != word) return false;
-    i_ += word.size();
-    return true;
-  }
-  bool peek(char c) const { return i_ < s_.size() && s_[i_] == c; }
-  void ws() {
-    while (i_ < s_.size() && (s_[i_] == ' ' || s_[i_] == '\n' || s_[i_] == '\t' || s_[i_] == '\r')) ++i_;
-  }
-
-  std::string_view s_;
-  std::size_t i_ = 0;
-};
-
-bool IsValidJson(std::string_view s) { return JsonChecker(s).valid(); }
-
-class InfoCommandTest : public ::testing::Test {
+class InfoCommandTest : public TvplotTest {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    sample_ = (dir_ / "sample.dxf").string();
-    cad::Status st = cad::WriteDxf(samples::BuildSampleDrawing(), sample_);
-    ASSERT_TRUE(st.ok) << st.message;
-  }
-
-  TempDir dir_;
-  std::string sample_;
+  const std::string sample_ = Write("sample.dxf", samples::BuildSampleDrawing());
 };
 
 TEST_F(InfoCommandTest, DescribesTheSampleDrawing) {
   auto before = Listing(dir_.path());
-  RunResult r = RunTvplot({"info", sample_});
+  RunResult r = Run({"info", sample_});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.err, "");
   EXPECT_EQ(Listing(dir_.path()), before);
@@ -182,7 +79,7 @@ TEST_F(InfoCommandTest, DescribesTheSampleDrawing) {
 TEST_F(InfoCommandTest, JsonIsOneValidObjectWithTheSameFacts) {
   auto before = Listing(dir_.path());
   // Options may come before the drawing.
-  RunResult r = RunTvplot({"info", "--json", sample_});
+  RunResult r = Run({"info", "--json", sample_});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(Listing(dir_.path()), before);
   ASSERT_FALSE(r.out.empty());
@@ -199,11 +96,11 @@ TEST_F(InfoCommandTest, JsonIsOneValidObjectWithTheSameFacts) {
 TEST_F(InfoCommandTest, UnreadableDrawingsExitWithTwoAndOneLine) {
   const std::string bytes = ReadFile(sample_);
   ASSERT_GT(bytes.size(), 10000u);
-  WriteFile(dir_ / "empty.dxf", "");
-  WriteFile(dir_ / "truncated.dxf", bytes.substr(0, bytes.size() / 2));
+  WriteText("empty.dxf", "");
+  WriteText("truncated.dxf", bytes.substr(0, bytes.size() / 2));
   std::string garbage;
   for (int i = 0; i < 4096; ++i) garbage += static_cast<char>((i * 7919 + 13) % 256);
-  WriteFile(dir_ / "garbage.dxf", garbage);
+  WriteText("garbage.dxf", garbage);
   fs::create_directory(dir_ / "folder.dxf");
   auto before = Listing(dir_.path());
 
@@ -212,7 +109,7 @@ TEST_F(InfoCommandTest, UnreadableDrawingsExitWithTwoAndOneLine) {
     for (bool json : {false, true}) {
       std::vector<std::string> args{"info", (dir_ / name).string()};
       if (json) args.push_back("--json");
-      RunResult r = RunTvplot(args);
+      RunResult r = Run(args);
       EXPECT_EQ(r.exitCode, 2) << r.out << r.err;
       EXPECT_EQ(r.out, "");
       EXPECT_EQ(LineCount(r.err), 1u) << r.err;
@@ -222,52 +119,16 @@ TEST_F(InfoCommandTest, UnreadableDrawingsExitWithTwoAndOneLine) {
   EXPECT_EQ(Listing(dir_.path()), before);
 }
 
-TEST_F(InfoCommandTest, UsageErrorsExitWithOneAndShowUsage) {
-  const std::vector<std::vector<std::string>> cases = {
-      {},                                     // no command
-      {"frobnicate"},                         // unknown command
-      {"info"},                               // missing drawing
-      {"info", "--json"},                     // still missing
-      {"info", sample_, "--bogus"},           // unknown option
-      {"info", sample_, "other.dxf"},         // one drawing at a time
-      {"help", "frobnicate"},
-  };
-  for (const auto& args : cases) {
-    RunResult r = RunTvplot(args);
-    SCOPED_TRACE(args.empty() ? std::string("(none)") : args.back());
-    EXPECT_EQ(r.exitCode, 1);
-    EXPECT_EQ(r.out, "");
-    EXPECT_NE(r.err.find("用法：tvplot"), std::string::npos) << r.err;
-  }
-}
-
-TEST(InfoCommand, HelpAndVersionGoToStdout) {
-  RunResult help = RunTvplot({"--help"});
-  EXPECT_EQ(help.exitCode, 0);
-  EXPECT_NE(help.out.find("info"), std::string::npos);
-  EXPECT_EQ(help.err, "");
-  EXPECT_EQ(RunTvplot({"help"}).out, help.out);
-
-  for (const auto& args : std::vector<std::vector<std::string>>{{"help", "info"}, {"info", "--help"}, {"info", "x.dxf", "-h"}}) {
-    RunResult r = RunTvplot(args);
-    EXPECT_EQ(r.exitCode, 0);
-    EXPECT_NE(r.out.find("用法：tvplot info 图纸.dxf [--json]"), std::string::npos) << r.out;
-  }
-  RunResult version = RunTvplot({"--version"});
-  EXPECT_EQ(version.exitCode, 0);
-  EXPECT_EQ(version.out.rfind("tvplot ", 0), 0u);
-}
-
 // Real drawings from other programs: every one is either described (as valid JSON) or refused
 // with one line; none crashes the program.
-TEST(InfoCommand, CorpusDrawingsAreDescribedOrRefused) {
+TEST_F(InfoCommandTest, CorpusDrawingsAreDescribedOrRefused) {
   const fs::path corpus = test_support::CorpusDir();
   TV_SKIP_WITHOUT_CORPUS(corpus);
   std::size_t described = 0;
   for (const auto& e : fs::recursive_directory_iterator(corpus)) {
     if (!e.is_regular_file() || e.path().extension() != ".dxf") continue;
     SCOPED_TRACE(e.path().string());
-    RunResult r = RunTvplot({"info", e.path().string(), "--json"});
+    RunResult r = Run({"info", e.path().string(), "--json"});
     ASSERT_TRUE(r.exitCode == 0 || r.exitCode == 2) << r.exitCode << " " << r.err;
     if (r.exitCode == 0) {
       EXPECT_TRUE(IsValidJson(r.out));

@@ -8,9 +8,8 @@
 #include <vector>
 
 #include "cad/database.h"
-#include "cad/dxf_writer.h"
 #include "tests/render/plot_test_support.h"
-#include "tests/support/run_program.h"
+#include "tests/support/tvplot_test.h"
 
 namespace tv::console {
 namespace {
@@ -20,9 +19,9 @@ namespace fs = std::filesystem;
 using test_support::FilesIn;
 using test_support::ReadFile;
 using test_support::RunResult;
-using test_support::RunTvplot;
-using test_support::TempDir;
 using test_support::WriteFile;
+
+using LayoutViewportTest = test_support::TvplotTest;
 
 // The floating viewport: 100 x 60 on the sheet around (148.5, 105), showing model space around
 // the origin at 1:1.
@@ -95,13 +94,11 @@ std::string WithoutViewportNumbers(const std::string& dxf) {
   return out;
 }
 
-TEST(LayoutViewportTest, ModelSpaceShowsOnlyInsideTheFloatingViewport) {
+TEST_F(LayoutViewportTest, ModelSpaceShowsOnlyInsideTheFloatingViewport) {
   for (const Marking& m : {Marking{"numbered", true, false}, Marking{"unnumbered", false, false},
                            Marking{"unnumbered, named by the layout", false, true}}) {
     SCOPED_TRACE(m.name);
-    TempDir dir("tv_layout_vp");
-    const fs::path drawing = dir / "plan.dxf";
-    ASSERT_TRUE(cad::WriteDxf(Drawing(m), drawing.string()).ok);
+    const fs::path drawing = Write(std::string(m.name) + "/plan.dxf", Drawing(m));
     if (!m.numbers) {
       const std::string text = ReadFile(drawing);
       const std::string stripped = WithoutViewportNumbers(text);
@@ -109,12 +106,12 @@ TEST(LayoutViewportTest, ModelSpaceShowsOnlyInsideTheFloatingViewport) {
       WriteFile(drawing, stripped);
     }
 
-    const RunResult info = RunTvplot({"info", drawing.string(), "--json"});
+    const RunResult info = Run({"info", drawing.string(), "--json"});
     ASSERT_EQ(info.exitCode, 0) << info.err;
     EXPECT_NE(info.out.find("\"viewports\": 1"), std::string::npos) << info.out;
 
-    const fs::path out = dir / "png";
-    const RunResult r = RunTvplot(
+    const fs::path out = drawing.parent_path() / "png";
+    const RunResult r = Run(
         {"plot", drawing.string(), "--range", "layouts", "--format", "png", "--out", out.string(), "--margin", "0"});
     ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
     ASSERT_EQ(FilesIn(out), std::vector<std::string>{"plan01.png"});

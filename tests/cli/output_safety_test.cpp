@@ -12,10 +12,7 @@
 #include <vector>
 
 #include "../support/frame_drawings.h"
-#include "../support/run_program.h"
-
-#include "cad/database.h"
-#include "cad/dxf_writer.h"
+#include "../support/tvplot_test.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "host/run_lock.h"
@@ -26,15 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::FilesIn;
-using test_support::Has;
-using test_support::ReadFile;
-using test_support::RunProgram;
-using test_support::RunResult;
-using test_support::StartedProgram;
-using test_support::StartProgram;
-using test_support::TempDir;
-using test_support::WaitProgram;
+using namespace test_support;
 
 // The sample title blocks with the attribute values `from` changed to `to` (the frame pasted
 // twice, and the turned frame when its value matches too).
@@ -52,7 +41,7 @@ cad::Database TitleBlocksWith(const std::vector<std::pair<std::string, std::stri
 // with a line across.
 cad::Database Frames(std::vector<std::pair<double, double>> papers) {
   for (auto& [w, h] : papers) w *= 100, h *= 100;
-  return test_support::FramesInARow(papers);
+  return FramesInARow(papers);
 }
 
 bool IsUtf8(const std::string& s) {
@@ -67,30 +56,17 @@ bool IsUtf8(const std::string& s) {
   return true;
 }
 
-std::size_t Count(const std::string& text, const std::string& part) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++n;
-  return n;
-}
-
-class OutputSafetyTest : public ::testing::Test {
+class OutputSafetyTest : public TvplotTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    tk_ = (dir_ / "titleblocks.tk").string();
+    TvplotTest::SetUp();
     ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk_, false));
   }
-  std::string Write(const fs::path& path, const cad::Database& db) {
-    fs::create_directories(path.parent_path());
-    EXPECT_TRUE(cad::WriteDxf(db, path.string()).ok);
-    return path.string();
-  }
-  RunResult TitlePlot(const std::string& drawing, const fs::path& out) {
-    return RunProgram(TV_TVPLOT_PATH, {"titleblock", drawing, "--tk", tk_, "--plot", "--out", out.string()});
+  RunResult TitlePlot(const std::string& drawing, const fs::path& out) const {
+    return Run({"titleblock", drawing, "--tk", tk_, "--plot", "--out", out.string()});
   }
 
-  TempDir dir_{"tv_output_safety"};
-  std::string tk_;
+  const std::string tk_ = Path("titleblocks.tk").string();
 };
 
 TEST_F(OutputSafetyTest, ADrawingUnderAnOutputsNameIsRefusedAndTheOtherSheetsComeOut) {
@@ -109,7 +85,7 @@ TEST_F(OutputSafetyTest, ADrawingUnderAnOutputsNameIsRefusedAndTheOtherSheetsCom
 }
 
 TEST_F(OutputSafetyTest, AnOutputNameThatIsTheDrawingByAnotherPathIsRefused) {
-  const std::string drawing = Write(dir_ / "plan.dxf", Frames({{420, 297}, {420, 297}}));
+  const std::string drawing = Write("plan.dxf", Frames({{420, 297}, {420, 297}}));
   const std::string bytes = ReadFile(drawing);
   struct Case {
     const char* folder;
@@ -121,7 +97,7 @@ TEST_F(OutputSafetyTest, AnOutputNameThatIsTheDrawingByAnotherPathIsRefused) {
     const fs::path out = dir_ / c.folder;
     fs::create_directories(out);
     c.make(drawing, out / "plan01.pdf");
-    const RunResult r = RunProgram(TV_TVPLOT_PATH, {"plot", drawing, "--out", out.string()});
+    const RunResult r = Run({"plot", drawing, "--out", out.string()});
     EXPECT_EQ(r.exitCode, 5) << r.err << r.out;
     EXPECT_TRUE(Has(r.err, "第 1 张图纸未打印")) << r.err;
     EXPECT_TRUE(Has(r.out, "共 2 张图纸，已输出 1 个文件")) << r.out;
@@ -136,7 +112,7 @@ TEST_F(OutputSafetyTest, NamesTooLongForTheFileSystemAreCutToFitWithTheirSuffix)
   std::string title;
   for (int i = 0; i < 30; ++i) title += "基础平面图第一二三层";
   const std::string drawing =
-      Write(dir_ / "long.dxf", TitleBlocksWith({{"基础平面图", title}, {"一层梁配筋图", title}, {"结施-02", "结施-01"}}));
+      Write("long.dxf", TitleBlocksWith({{"基础平面图", title}, {"一层梁配筋图", title}, {"结施-02", "结施-01"}}));
   const fs::path out = dir_ / "out";
   const RunResult r = TitlePlot(drawing, out);
   ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
@@ -163,17 +139,16 @@ TEST_F(OutputSafetyTest, GarbledTextOfADrawingBecomesAReadableMarkSaidOnce) {
   // A drawing of the UTF-8 versions with bytes in two titles that are no UTF-8.
   std::string dxf = cad::WriteDxfToString(TitleBlocksWith({{"基础平面图", "基础@@平面图"}, {"一层梁配筋图", "一层@@梁"}}));
   for (std::size_t at = dxf.find("@@"); at != std::string::npos; at = dxf.find("@@", at)) dxf.replace(at, 2, "\xB5\xD7");
-  const fs::path drawing = dir_ / "garbled.dxf";
-  test_support::WriteFile(drawing, dxf);
+  const std::string drawing = WriteText("garbled.dxf", dxf);
   const fs::path out = dir_ / "out";
-  const RunResult r = TitlePlot(drawing.string(), out);
+  const RunResult r = TitlePlot(drawing, out);
   ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
   const std::vector<std::string> names = FilesIn(out);
   EXPECT_NE(std::find(names.begin(), names.end(), "结施-01_A_基础_平面图.pdf"), names.end()) << r.out;
   EXPECT_NE(std::find(names.begin(), names.end(), "结施-02_A_一层_梁.pdf"), names.end()) << r.out;
   for (const std::string& name : names) EXPECT_TRUE(IsUtf8(name) && !Has(name, "\uFFFD")) << name;
   EXPECT_EQ(Count(r.err, "无法识别的文字"), 1u) << r.err;
-  EXPECT_TRUE(Has(r.err, drawing.string())) << "the message names the drawing: " << r.err;
+  EXPECT_TRUE(Has(r.err, drawing)) << "the message names the drawing: " << r.err;
 }
 
 // ---- two runs at once ------------------------------------------------------------------------------
@@ -187,7 +162,7 @@ class ConcurrentRunsTest : public OutputSafetyTest {
 };
 
 TEST_F(ConcurrentRunsTest, ARunWaitsWithAMessageWhileAnotherHoldsThePlotterFiles) {
-  const std::string drawing = Write(dir_ / "plan.dxf", Frames({{420, 297}}));
+  const std::string drawing = Write("plan.dxf", Frames({{420, 297}}));
   const fs::path data = fs::path(Home()) / ".local/share/Tarvex";
   fs::create_directories(data);
   std::optional<host::RunLock> other = host::RunLock::Acquire((data / "T_Plot.lock").string(), {});
@@ -198,10 +173,10 @@ TEST_F(ConcurrentRunsTest, ARunWaitsWithAMessageWhileAnotherHoldsThePlotterFiles
   std::string err;
   for (int i = 0; i < 200 && !Has(err, "等待"); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    err = test_support::ErrorsSoFar(run);
+    err = ErrorsSoFar(run);
   }
   EXPECT_TRUE(Has(err, "另一个打印任务正在使用打印设备文件")) << err;
-  EXPECT_TRUE(test_support::StillRunning(run));
+  EXPECT_TRUE(StillRunning(run));
   EXPECT_TRUE(FilesIn(out).empty());
   other.reset();
   const RunResult r = WaitProgram(run);
@@ -211,8 +186,8 @@ TEST_F(ConcurrentRunsTest, ARunWaitsWithAMessageWhileAnotherHoldsThePlotterFiles
 
 TEST_F(ConcurrentRunsTest, TwoRunsAtOnceEachWriteEverySheetAndSayWhatIsThere) {
   // Papers of every size, so that a plotter file written for one list lacks the papers of the other.
-  const std::string plan = Write(dir_ / "plan.dxf", Frames({{420, 297}, {594, 420}, {297, 210}, {841, 594}}));
-  const std::string other = Write(dir_ / "other.dxf", Frames({{1189, 841}, {630, 297}, {891, 420}}));
+  const std::string plan = Write("plan.dxf", Frames({{420, 297}, {594, 420}, {297, 210}, {841, 594}}));
+  const std::string other = Write("other.dxf", Frames({{1189, 841}, {630, 297}, {891, 420}}));
   const std::vector<std::string> planFiles{"plan01.pdf", "plan02.pdf", "plan03.pdf", "plan04.pdf"};
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));

@@ -3,22 +3,24 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 
 namespace tv::cli {
 namespace {
 
 using test_support::FilesIn;
 using test_support::Has;
-using test_support::RunProgram;
 using test_support::RunResult;
 
-RunResult Paper(std::vector<std::string> args) {
-  args.insert(args.begin(), "paper");
-  return RunProgram(TV_TVPLOT_PATH, args);
-}
+class PaperCommand : public test_support::TvplotTest {
+ protected:
+  static RunResult Paper(std::vector<std::string> args) {
+    args.insert(args.begin(), "paper");
+    return Run(args);
+  }
+};
 
-TEST(PaperCommand, ShowsTheNormalisedPaperAndEveryStyle) {
+TEST_F(PaperCommand, ShowsTheNormalisedPaperAndEveryStyle) {
   const RunResult r = Paper({"420.5x296.9"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_TRUE(Has(r.out, "420x297")) << r.out;
@@ -33,7 +35,7 @@ TEST(PaperCommand, ShowsTheNormalisedPaperAndEveryStyle) {
   EXPECT_TRUE(Has(trap.out, "方式06（甘肃图审）"));
 }
 
-TEST(PaperCommand, OneStyleInJson) {
+TEST_F(PaperCommand, OneStyleInJson) {
   const RunResult r = Paper({"600X300", "--style", "2", "--json"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_TRUE(Has(r.out, "\"length\": 594")) << r.out;
@@ -45,7 +47,7 @@ TEST(PaperCommand, OneStyleInJson) {
   EXPECT_FALSE(Has(r.out, "sheetPaper"));
 }
 
-TEST(PaperCommand, ScaleGivesThePaperOfTheDrawnSheet) {
+TEST_F(PaperCommand, ScaleGivesThePaperOfTheDrawnSheet) {
   const RunResult r = Paper({"105100x59400", "--scale", "100", "--style", "1", "--json"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   const std::size_t sheet = r.out.find("\"sheetPaper\"");
@@ -59,7 +61,7 @@ TEST(PaperCommand, ScaleGivesThePaperOfTheDrawnSheet) {
   EXPECT_TRUE(Has(text.out, "TV_A1\n")) << text.out;
 }
 
-TEST(PaperCommand, MalformedArgumentsExitOneWithTheUsage) {
+TEST_F(PaperCommand, MalformedArgumentsExitOneWithTheUsage) {
   const std::vector<std::vector<std::string>> bad = {
       {},
       {"420"},

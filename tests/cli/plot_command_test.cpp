@@ -9,10 +9,7 @@
 #include <vector>
 
 #include "../support/frame_drawings.h"
-#include "../support/run_program.h"
-
-#include "cad/database.h"
-#include "cad/dxf_writer.h"
+#include "../support/tvplot_test.h"
 #include "examples/sample_drawing.h"
 
 namespace tv::cli {
@@ -20,12 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::ReadFile;
-using test_support::FilesIn;
-using test_support::Has;
-using test_support::RunProgram;
-using test_support::RunResult;
-using test_support::TempDir;
+using namespace test_support;
 
 // Page width and height of a PDF in millimetres.
 std::pair<double, double> PageMm(const fs::path& pdf) {
@@ -40,20 +32,12 @@ cad::Database Frames(int frames, double width = 42000, double height = 29700) {
   return test_support::FramesInARow(std::vector<std::pair<double, double>>(static_cast<std::size_t>(frames), {width, height}));
 }
 
-class PlotCommandTest : public ::testing::Test {
+class PlotCommandTest : public TvplotTest {
  protected:
-  void SetUp() override { ASSERT_FALSE(dir_.path().empty()); }
-  std::string Write(const std::string& name, const cad::Database& db) {
-    const std::string path = (dir_ / name).string();
-    EXPECT_TRUE(cad::WriteDxf(db, path).ok);
-    return path;
-  }
-  RunResult Plot(std::vector<std::string> args) {
+  static RunResult Plot(std::vector<std::string> args) {
     args.insert(args.begin(), "plot");
-    return RunProgram(TV_TVPLOT_PATH, args);
+    return Run(args);
   }
-
-  TempDir dir_{"tv_plot_cmd"};
 };
 
 TEST_F(PlotCommandTest, EverySheetOfTheSampleSetBecomesAPdfOnItsPaper) {
@@ -119,26 +103,18 @@ TEST_F(PlotCommandTest, RasterAndOtherFormatsTakeTheMediumOfTheirDevice) {
 
 TEST_F(PlotCommandTest, BadInputGetsAClearMessageAndExitCode) {
   const std::string plan = Write("plan.dxf", Frames(1));
-  // Wrong usage.
-  for (const std::vector<std::string>& args :
-       {std::vector<std::string>{plan, "--format", "dwf"}, {plan, "--margin", "101"}, {plan, "--yes", "--no"},
-        {plan, "--out", "x", "--path-mode", "1"}, {}}) {
-    const RunResult r = Plot(args);
-    EXPECT_EQ(r.exitCode, 1) << r.err;
-    EXPECT_TRUE(Has(r.err, "用法")) << r.err;
-  }
   const RunResult noStyle = Plot({plan, "--style", (dir_ / "none.ctb").string()});
   EXPECT_EQ(noStyle.exitCode, 1);
   EXPECT_TRUE(Has(noStyle.err, "none.ctb 不存在")) << noStyle.err;
   // A drawing that can't be read, or one without a sheet.
-  test_support::WriteFile(dir_ / "broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nabc\n");
-  EXPECT_EQ(Plot({(dir_ / "broken.dxf").string(), "--out", (dir_ / "b").string()}).exitCode, 2);
+  const std::string broken = WriteText("broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nabc\n");
+  EXPECT_EQ(Plot({broken, "--out", (dir_ / "b").string()}).exitCode, 2);
   const RunResult empty = Plot({Write("empty.dxf", cad::Database::createDefault()), "--out", (dir_ / "e").string()});
   EXPECT_EQ(empty.exitCode, 4);
   EXPECT_TRUE(Has(empty.err, "未找到图框")) << empty.err;
 
   // An output folder that can't be made: a file stands in its way.
-  test_support::WriteFile(dir_ / "file", "x");
+  WriteText("file", "x");
   const RunResult blocked = Plot({plan, "--out", (dir_ / "file" / "out").string()});
   EXPECT_EQ(blocked.exitCode, 5);
   EXPECT_TRUE(Has(blocked.err, "无法创建")) << blocked.err;

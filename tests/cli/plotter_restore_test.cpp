@@ -11,17 +11,14 @@
 
 #include "cad/database.h"
 #include "cad/dxf_reader.h"
-#include "cad/dxf_writer.h"
-#include "tests/support/run_program.h"
+#include "tests/support/tvplot_test.h"
 
 namespace tv::console {
 namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::RunProgram;
 using test_support::RunResult;
-using test_support::TempDir;
 
 void AddFrame(cad::Database& db, cad::BlockRecord& space, double w, double h) {
   auto pl = std::make_unique<cad::LwPolyline>();
@@ -64,20 +61,15 @@ cad::Database Drawing() {
   return db;
 }
 
-class PlotterRestoreTest : public ::testing::Test {
+class PlotterRestoreTest : public test_support::TvplotTest {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    drawing_ = (dir_ / "plan.dxf").string();
-    ASSERT_TRUE(cad::WriteDxf(Drawing(), drawing_).ok);
-  }
   // `tvplot run` of the generic batch over layouts and model with `atList` as the answer to the
   // list, the session saved to a new drawing; the home folder is the test's, to look into.
   RunResult Batch(const std::string& atList, const std::string& savedAs) {
     std::vector<std::string> args{"run",      drawing_,  "TV_BatchPlot_2", "--answer", "",         "--answer",
                                   "3",        "--answer", atList,          "--answer", "^C",       "--save-as",
                                   savedAs};
-    return RunProgram(TV_TVPLOT_PATH, args, {}, home_.string());
+    return Run(args, {}, home_.string());
   }
   void ExpectOwnSettingsAndNoPrivateFiles(const std::string& savedAs) {
     cad::DxfReadResult read = cad::ReadDxf(savedAs);
@@ -98,13 +90,12 @@ class PlotterRestoreTest : public ::testing::Test {
     }
   }
 
-  TempDir dir_{"tv_plotter_restore"};
-  fs::path home_ = dir_ / "home";
-  std::string drawing_;
+  const fs::path home_ = Path("home");
+  const std::string drawing_ = Write("plan.dxf", Drawing());
 };
 
 TEST_F(PlotterRestoreTest, ClosingTheListGivesEveryLayoutItsPlotterBack) {
-  const std::string saved = (dir_ / "closed.dxf").string();
+  const std::string saved = Path("closed.dxf").string();
   const RunResult r = Batch("C", saved);
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   ASSERT_NE(r.out.find("关闭(C)"), std::string::npos) << r.out;
@@ -112,7 +103,7 @@ TEST_F(PlotterRestoreTest, ClosingTheListGivesEveryLayoutItsPlotterBack) {
 }
 
 TEST_F(PlotterRestoreTest, AfterARunOverSeveralLayoutsEachHasItsOwnPlotterBack) {
-  const std::string saved = (dir_ / "plotted.dxf").string();
+  const std::string saved = Path("plotted.dxf").string();
   const RunResult r = Batch("", saved);
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   std::size_t files = 0;

@@ -9,9 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "../console/console_test_support.h"
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 
-#include "cad/dxf_writer.h"
 #include "cli/command_line.h"
 #include "cli/session_launch.h"
 
@@ -22,28 +21,26 @@ namespace fs = std::filesystem;
 
 using namespace test_support;
 
-class RunCommand : public ::testing::Test {
+cad::Database OneLine() {
+  cad::Database db = cad::Database::createDefault();
+  console::testing::AddLine(db, *db.modelSpace(), {0, 0}, {100, 0});
+  return db;
+}
+
+class RunCommand : public TvplotTest {
  protected:
-  RunCommand() {
-    cad::Database db = cad::Database::createDefault();
-    console::testing::AddLine(db, *db.modelSpace(), {0, 0}, {100, 0});
-    drawing_ = (dir_ / "平面.dxf").string();
-    EXPECT_TRUE(cad::WriteDxf(db, drawing_).ok);
-    original_ = ReadFile(drawing_);
-  }
   ~RunCommand() override {
     EXPECT_EQ(ReadFile(drawing_), original_) << "the drawing is never written";
     std::size_t files = 0;
     for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir_.path())) ++files;
     EXPECT_EQ(files, extraFiles_ + 1) << "nothing is left beside the drawing";
   }
-  TempDir dir_;
-  std::string drawing_, original_;
+  const std::string drawing_ = Write("平面.dxf", OneLine()), original_ = ReadFile(drawing_);
   std::size_t extraFiles_ = 0;
 };
 
 TEST_F(RunCommand, APromptWithoutAnAnswerEndsWithCode3NamingIt) {
-  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp"});
+  RunResult r = Run({"run", drawing_, "_-plotstamp"});
   EXPECT_EQ(r.exitCode, kExitUnanswered) << r.out << r.err;
   EXPECT_NE(r.out.find("\n命令: _-plotstamp\n输入选项 [开(ON)/关(OFF)]: \n应答已用完，无法回答提示“输入选项 [开(ON)/关(OFF)]: ”，命令已取消。"),
             std::string::npos)
@@ -51,37 +48,31 @@ TEST_F(RunCommand, APromptWithoutAnAnswerEndsWithCode3NamingIt) {
 }
 
 TEST_F(RunCommand, AnswersFromOptionsAndFiles) {
-  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp", "--answer", "ON"}).exitCode, kExitOk);
-  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp on"}).exitCode, kExitOk);
-  const std::string answers = (dir_ / "应答.txt").string();
+  EXPECT_EQ(Run({"run", drawing_, "_-plotstamp", "--answer", "ON"}).exitCode, kExitOk);
+  EXPECT_EQ(Run({"run", drawing_, "_-plotstamp on"}).exitCode, kExitOk);
+  const std::string answers = WriteText("应答.txt", "OFF\r\n");
   extraFiles_ = 1;
-  WriteFile(answers, "OFF\r\n");
-  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp", "--answers", answers});
+  RunResult r = Run({"run", drawing_, "_-plotstamp", "--answers", answers});
   EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
   EXPECT_NE(r.out.find("]: OFF"), std::string::npos) << "the answer is echoed: " << r.out;
-  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp", "--answers", answers + ".missing"}).exitCode, kExitUnreadable);
+  EXPECT_EQ(Run({"run", drawing_, "_-plotstamp", "--answers", answers + ".missing"}).exitCode, kExitUnreadable);
 }
 
-TEST_F(RunCommand, UsageErrorsUnknownCommandsAndBrokenDrawings) {
-  RunResult r = RunTvplot({"run", drawing_, "NO_SUCH_COMMAND"});
+TEST_F(RunCommand, UnknownCommandsAndBrokenDrawings) {
+  RunResult r = Run({"run", drawing_, "NO_SUCH_COMMAND"});
   EXPECT_EQ(r.exitCode, kExitUsage);
   EXPECT_NE(r.out.find("未知命令“NO_SUCH_COMMAND”。"), std::string::npos) << r.out;
-  EXPECT_EQ(RunTvplot({"run", drawing_}).exitCode, kExitUsage);
-  EXPECT_EQ(RunTvplot({"run"}).exitCode, kExitUsage);
-  EXPECT_EQ(RunTvplot({"run", drawing_, "X", "Y"}).exitCode, kExitUsage);
-  EXPECT_EQ(RunTvplot({"run", drawing_, "X", "--bogus"}).exitCode, kExitUsage);
-  EXPECT_EQ(RunTvplot({"run", (dir_ / "missing.dxf").string(), "X"}).exitCode, kExitUnreadable);
-  const std::string broken = (dir_ / "broken.dxf").string();
+  EXPECT_EQ(Run({"run", (dir_ / "missing.dxf").string(), "X"}).exitCode, kExitUnreadable);
+  const std::string broken = WriteText("broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nnot a number\n");
   extraFiles_ = 1;
-  WriteFile(broken, "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nnot a number\n");
-  r = RunTvplot({"run", broken, "X"});
+  r = Run({"run", broken, "X"});
   EXPECT_EQ(r.exitCode, kExitUnreadable) << r.out << r.err;
   EXPECT_FALSE(r.err.empty());
 }
 
 TEST_F(RunCommand, SaveAsWritesANewDrawingAndNeverTheOriginal) {
   const std::string saved = (dir_ / "另存.dxf").string();
-  RunResult r = RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", saved});
+  RunResult r = Run({"run", drawing_, "_-plotstamp on", "--save-as", saved});
   ASSERT_EQ(r.exitCode, kExitOk) << r.err;
   extraFiles_ = 1;
   CliStreams io{std::cout, std::cerr, false};
@@ -89,21 +80,21 @@ TEST_F(RunCommand, SaveAsWritesANewDrawingAndNeverTheOriginal) {
   ASSERT_TRUE(reread);
   EXPECT_TRUE(reread->modelSpace());
 
-  EXPECT_EQ(RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", drawing_}).exitCode, kExitUsage);
+  EXPECT_EQ(Run({"run", drawing_, "_-plotstamp on", "--save-as", drawing_}).exitCode, kExitUsage);
   // An unwritable target leaves neither a file nor a temporary behind.
-  r = RunTvplot({"run", drawing_, "_-plotstamp on", "--save-as", (dir_ / "无此文件夹" / "x.dxf").string()});
+  r = Run({"run", drawing_, "_-plotstamp on", "--save-as", (dir_ / "无此文件夹" / "x.dxf").string()});
   EXPECT_EQ(r.exitCode, 5) << r.err;
   EXPECT_NE(r.err.find("无法保存"), std::string::npos) << r.err;
 }
 
 TEST_F(RunCommand, ModuleCommandsRunThroughTheLoadedModule) {
-  RunResult r = RunTvplot({"run", drawing_, "tv_batchplot_12", "--timings"});
+  RunResult r = Run({"run", drawing_, "tv_batchplot_12", "--timings"});
   EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
   EXPECT_NE(r.out.find("安装文件夹"), std::string::npos) << r.out;
 }
 
 TEST_F(RunCommand, TheConsoleReadsCommandLinesUntilQuit) {
-  RunResult r = RunTvplot({"console", drawing_, "--answer", "ON"}, "?\n_-plotstamp\nnope\n_-plotstamp\nOFF\nquit\n_-plotstamp\n");
+  RunResult r = Run({"console", drawing_, "--answer", "ON"}, "?\n_-plotstamp\nnope\n_-plotstamp\nOFF\nquit\n_-plotstamp\n");
   EXPECT_EQ(r.exitCode, kExitOk) << r.out << r.err;
   EXPECT_NE(r.out.find("TV_BatchPlot_12"), std::string::npos) << "? lists the registered commands";
   EXPECT_NE(r.out.find("\n命令: _-plotstamp\n输入选项 [开(ON)/关(OFF)]: ON"), std::string::npos) << r.out;
@@ -111,9 +102,9 @@ TEST_F(RunCommand, TheConsoleReadsCommandLinesUntilQuit) {
   EXPECT_NE(r.out.find("]: OFF\n命令: quit"), std::string::npos) << r.out;
   EXPECT_EQ(r.out.find("quit\n命令: _-plotstamp"), std::string::npos) << "nothing runs after QUIT";
 
-  r = RunTvplot({"console", drawing_}, "_-plotstamp\n");
+  r = Run({"console", drawing_}, "_-plotstamp\n");
   EXPECT_EQ(r.exitCode, kExitUnanswered) << "standard input ended at a prompt";
-  r = RunTvplot({"console", drawing_}, "_close\n_-plotstamp\n");
+  r = Run({"console", drawing_}, "_close\n_-plotstamp\n");
   EXPECT_EQ(r.exitCode, kExitOk) << "CLOSE ends the session";
   EXPECT_EQ(r.out.find("输入选项"), std::string::npos);
 }

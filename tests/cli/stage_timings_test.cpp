@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/run_program.h"
+#include "tests/support/tvplot_test.h"
 
-#include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "titleblock/tk_library.h"
@@ -15,9 +14,7 @@
 namespace tv::console {
 namespace {
 
-using test_support::RunProgram;
 using test_support::RunResult;
-using test_support::TempDir;
 
 const std::vector<std::string> kGenericStages = {"过滤图形", "判断比例", "更新参数", "更新对话框", "显示对话框"};
 const std::vector<std::string> kTitleStages = {"更新对话框", "显示对话框"};
@@ -33,18 +30,15 @@ const std::vector<std::string> kTitleStages = {"更新对话框", "显示对话�
   return ::testing::AssertionSuccess();
 }
 
-class StageTimingsTest : public ::testing::Test {
+class StageTimingsTest : public test_support::TvplotTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    ASSERT_TRUE(cad::WriteDxf(samples::BuildTitleBlockDrawing(), drawing_).ok);
+    TvplotTest::SetUp();
     ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk_, false));
   }
-  RunResult Tvplot(std::vector<std::string> args) { return RunProgram(TV_TVPLOT_PATH, args); }
 
-  TempDir dir_{"tv_stage_timings"};
-  std::string drawing_ = (dir_ / "titleblocks.dxf").string(), tk_ = (dir_ / "titleblocks.tk").string();
-  std::string out_ = (dir_ / "out").string();
+  const std::string drawing_ = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
+  const std::string tk_ = Path("titleblocks.tk").string(), out_ = Path("out").string();
 };
 
 TEST_F(StageTimingsTest, EveryCommandThatBuildsAListTimesItsStages) {
@@ -64,7 +58,7 @@ TEST_F(StageTimingsTest, EveryCommandThatBuildsAListTimesItsStages) {
             kTitleStages},
        }) {
     SCOPED_TRACE(c.name);
-    const RunResult r = Tvplot(c.args);
+    const RunResult r = Run(c.args);
     ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
     EXPECT_TRUE(StagesInOrder(r.out + r.err, c.stages));
     if (&c.stages == &kTitleStages) {
@@ -72,7 +66,7 @@ TEST_F(StageTimingsTest, EveryCommandThatBuildsAListTimesItsStages) {
     }
   }
   // Without the option nothing is timed.
-  const RunResult quiet = Tvplot({"sheets", drawing_});
+  const RunResult quiet = Run({"sheets", drawing_});
   ASSERT_EQ(quiet.exitCode, 0) << quiet.err;
   EXPECT_EQ((quiet.out + quiet.err).find("--耗时"), std::string::npos);
 }

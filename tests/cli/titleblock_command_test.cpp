@@ -7,9 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
-
-#include "cad/dxf_writer.h"
+#include "../support/tvplot_test.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "console/text_table.h"
@@ -20,29 +18,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::FilesIn;
-using test_support::Has;
-using test_support::RunProgram;
-using test_support::RunResult;
-using test_support::TempDir;
+using namespace test_support;
 using console::Printable;
 
-class TitleBlockCommandTest : public ::testing::Test {
+class TitleBlockCommandTest : public TvplotTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    drawing_ = (dir_.path() / "titleblocks.dxf").string();
-    tk_ = (dir_.path() / "titleblocks.tk").string();
-    ASSERT_TRUE(cad::WriteDxf(samples::BuildTitleBlockDrawing(), drawing_).ok);
+    TvplotTest::SetUp();
     ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk_, false));
   }
-  RunResult TitleBlock(std::vector<std::string> args) {
+  static RunResult TitleBlock(std::vector<std::string> args) {
     args.insert(args.begin(), "titleblock");
-    return RunProgram(TV_TVPLOT_PATH, args);
+    return Run(args);
   }
 
-  TempDir dir_;
-  std::string drawing_, tk_;
+  const std::string drawing_ = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
+  const std::string tk_ = Path("titleblocks.tk").string();
 };
 
 TEST_F(TitleBlockCommandTest, EveryDefinedFrameIsARowWithItsFieldsAndName) {
@@ -108,7 +99,7 @@ TEST_F(TitleBlockCommandTest, AMissingLibraryOrRangeIsSaidPlainly) {
 // library is refused by both, in the same words and with exit 2, and the user's library stays as
 // it was; a whole library without definitions is an empty library to the batch.
 TEST_F(TitleBlockCommandTest, BothCommandsRefuseWhatIsNoWholeLibrary) {
-  const std::string whole = test_support::ReadFile(tk_);
+  const std::string whole = ReadFile(tk_);
   titleblock::TK_Library none;
   const std::string emptyLibrary = (dir_.path() / "none.tk").string();
   ASSERT_TRUE(titleblock::SaveTkFileTo(none, emptyLibrary, false));
@@ -118,13 +109,13 @@ TEST_F(TitleBlockCommandTest, BothCommandsRefuseWhatIsNoWholeLibrary) {
     int batchExit, importExit;
   };
   const Case cases[] = {
-      {"a drawing", test_support::ReadFile(drawing_), 2, 2},
+      {"a drawing", ReadFile(drawing_), 2, 2},
       {"a library cut in half", whole.substr(0, whole.size() / 2), 2, 2},
       {"a library without its last value", whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1), 2, 2},
       {"an empty file", "", 2, 2},
       {"words", "hello world\n", 2, 2},
       {"a count below zero", "20240329\n-1\n" + whole.substr(whole.find("Standard")), 2, 2},
-      {"a library without definitions", test_support::ReadFile(emptyLibrary), 4, 0},
+      {"a library without definitions", ReadFile(emptyLibrary), 4, 0},
       {"a whole library", whole, 0, 0},
   };
   const std::string home = (dir_.path() / "home").string();
@@ -136,10 +127,10 @@ TEST_F(TitleBlockCommandTest, BothCommandsRefuseWhatIsNoWholeLibrary) {
   const std::string file = (dir_.path() / "given.tk").string();
   for (const Case& c : cases) {
     ASSERT_TRUE(titleblock::SaveTkFileTo(mine, userLibrary, false));
-    const std::string before = test_support::ReadFile(userLibrary);
-    test_support::WriteFile(file, c.bytes);
+    const std::string before = ReadFile(userLibrary);
+    WriteFile(file, c.bytes);
     const RunResult batch = TitleBlock({drawing_, "--tk", file});
-    const RunResult import = RunProgram(TV_TVPLOT_PATH, {"tk", "import", file, "--keep"}, {}, home);
+    const RunResult import = Run({"tk", "import", file, "--keep"}, {}, home);
     EXPECT_EQ(batch.exitCode, c.batchExit) << c.what << "\n" << batch.err;
     EXPECT_EQ(import.exitCode, c.importExit) << c.what << "\n" << import.err;
     if (c.importExit == 0) continue;
@@ -147,7 +138,7 @@ TEST_F(TitleBlockCommandTest, BothCommandsRefuseWhatIsNoWholeLibrary) {
     EXPECT_TRUE(Has(batch.err, "tvplot titleblock: " + refusal)) << c.what << "\n" << batch.err;
     EXPECT_TRUE(Has(import.err, "tvplot tk: " + refusal)) << c.what << "\n" << import.err;
     EXPECT_EQ(batch.out, "") << c.what;
-    EXPECT_EQ(test_support::ReadFile(userLibrary), before) << c.what;
+    EXPECT_EQ(ReadFile(userLibrary), before) << c.what;
   }
   const RunResult empty = TitleBlock({drawing_, "--tk", emptyLibrary});
   EXPECT_TRUE(Has(empty.err, "图框信息库为空")) << empty.err;

@@ -7,11 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
 #include "../support/run_together.h"
-
-#include "cad/database.h"
-#include "cad/dxf_writer.h"
+#include "../support/tvplot_test.h"
 #include "host/geometry.h"
 #include "titleblock/tk_library.h"
 
@@ -20,12 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using test_support::ReadFile;
-using test_support::FilesIn;
-using test_support::Has;
-using test_support::RunProgram;
-using test_support::RunResult;
-using test_support::TempDir;
+using namespace test_support;
 using titleblock::TK_Customization;
 using titleblock::TK_Library;
 
@@ -36,12 +28,10 @@ std::unique_ptr<TK_Customization> Definition(const std::string& name, std::int32
   return d;
 }
 
-class TkCommandTest : public ::testing::Test {
+class TkCommandTest : public TvplotTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    data_ = (dir_ / "data").string();
-    library_ = data_ + "/Tarvex/BPlot_TK.tk";
+    TvplotTest::SetUp();
     fs::create_directories(data_ + "/Tarvex");
   }
 
@@ -77,10 +67,9 @@ class TkCommandTest : public ::testing::Test {
     Write(theirs, file("import.tk"));
   }
 
-  std::string file(const std::string& name) const { return (dir_ / name).string(); }
+  std::string file(const std::string& name) const { return Path(name).string(); }
 
-  TempDir dir_{"tv_tk_cli"};
-  std::string data_, library_;
+  const std::string data_ = Path("data").string(), library_ = data_ + "/Tarvex/BPlot_TK.tk";
 };
 
 TEST_F(TkCommandTest, ListOfAnEmptyLibrarySaysSoAndShowsTheNamingSettings) {
@@ -142,53 +131,47 @@ TEST_F(TkCommandTest, ExportToAPlaceThatCannotBeWrittenShowsTheFailure) {
   EXPECT_FALSE(fs::exists(file("missing")));
 }
 
-TEST_F(TkCommandTest, ImportKeepingAddsOnlyNewBlockNamesAndSaves) {
-  TwoLibraries();
-  const RunResult r = Tk({"import", file("import.tk"), "--keep"});
-  ASSERT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_TRUE(Has(r.out, "导入 1 个图框定义")) << r.out;
-  EXPECT_TRUE(Has(r.out, "同名的 1 个保留原有定义")) << r.out;
-  EXPECT_TRUE(Has(r.out, "现有 3 个图框")) << r.out;
-  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:111", "B:222", "C:444"}));
-  // The numbering of the imported file replaces the library's.
+TEST_F(TkCommandTest, ImportMergesOrReplacesAsAskedAndChangesNothingWhenItCannot) {
+  struct Case {
+    const char* what;
+    std::vector<std::string> args;
+    bool mineAbsent;  // the user has no library yet
+    int exitCode;
+    std::vector<std::string> says, names;
+  };
+  const std::string import = file("import.tk");
+  const Case cases[] = {
+      {"keep", {"import", import, "--keep"}, false, 0,
+       {"导入 1 个图框定义", "同名的 1 个保留原有定义", "现有 3 个图框"}, {"A:111", "B:222", "C:444"}},
+      {"replace", {"import", import, "--replace"}, false, 0, {}, {"A:333", "C:444"}},
+      // Without an answer and no terminal to ask at, nothing is guessed.
+      {"no answer", {"import", import}, false, 1, {"--keep", "--replace"}, {"A:111", "B:222"}},
+      // An empty library is not asked about.
+      {"into an empty library", {"import", import}, true, 0, {}, {"A:333", "C:444"}},
+      {"a missing file", {"import", file("nothing.tk"), "--replace"}, false, 2, {"无法读取文件"}, {"A:111", "B:222"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    fs::remove(library_);  // written afresh: a rewrite within the same second could pass for no change
+    TwoLibraries();
+    if (c.mineAbsent) fs::remove(library_);
+    const std::string before = c.mineAbsent ? "" : ReadFile(library_);
+    const RunResult r = Tk(c.args);
+    EXPECT_EQ(r.exitCode, c.exitCode) << r.err;
+    for (const std::string& part : c.says) EXPECT_TRUE(Has(r.out + r.err, part)) << part << "\n" << r.out << r.err;
+    if (c.mineAbsent) {
+      EXPECT_FALSE(Has(r.err, "原图框信息是否保留")) << r.err;
+    }
+    EXPECT_EQ(Names(library_), c.names);
+    if (c.exitCode != 0) {
+      EXPECT_EQ(ReadFile(library_), before) << "a refused import writes nothing";
+    }
+  }
+  // Keeping takes the numbering of the imported file all the same.
+  ASSERT_EQ(Tk({"import", import, "--keep"}).exitCode, 0);
   TK_Library back;
   ASSERT_TRUE(titleblock::LoadTkFileFrom(back, library_, false));
   EXPECT_EQ(back.SerialPrefix, "THEIRS");
-}
-
-TEST_F(TkCommandTest, ImportReplacingDropsTheOldDefinitions) {
-  TwoLibraries();
-  const RunResult r = Tk({"import", file("import.tk"), "--replace"});
-  ASSERT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:333", "C:444"}));
-}
-
-TEST_F(TkCommandTest, ImportWithoutAnAnswerAndNoTerminalIsAUsageError) {
-  TwoLibraries();
-  const std::string before = ReadFile(library_);
-  const RunResult r = Tk({"import", file("import.tk")});
-  EXPECT_EQ(r.exitCode, 1);
-  EXPECT_TRUE(Has(r.err, "--keep")) << r.err;
-  EXPECT_TRUE(Has(r.err, "--replace")) << r.err;
-  EXPECT_EQ(ReadFile(library_), before);
-}
-
-TEST_F(TkCommandTest, ImportIntoAnEmptyLibraryAsksNothing) {
-  TwoLibraries();
-  fs::remove(library_);
-  const RunResult r = Tk({"import", file("import.tk")});
-  ASSERT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_FALSE(Has(r.err, "原图框信息是否保留")) << r.err;
-  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:333", "C:444"}));
-}
-
-TEST_F(TkCommandTest, AMissingFileIsNotImported) {
-  TwoLibraries();
-  const RunResult missing = Tk({"import", file("nothing.tk"), "--replace"});
-  EXPECT_EQ(missing.exitCode, 2);
-  EXPECT_TRUE(Has(missing.err, "无法读取文件")) << missing.err;
-
-  EXPECT_EQ(Names(library_), (std::vector<std::string>{"A:111", "B:222"}));
 }
 
 // Imports at once, each of a library of its own and each keeping what is there: every one lands and
@@ -223,19 +206,6 @@ TEST_F(TkCommandTest, ImportsAtOnceAllLand) {
     EXPECT_EQ(names, all) << "round " << round;
     EXPECT_FALSE(fs::exists(library_ + ".lock"));
   }
-}
-
-TEST_F(TkCommandTest, BadArgumentsAreUsageErrors) {
-  for (const std::vector<std::string>& args :
-       {std::vector<std::string>{}, {"remove"}, {"list", "extra"}, {"export"}, {"import"},
-        {"import", "x.tk", "--keep", "--replace"}, {"list", "--keep"}, {"export", "x.tk", "--json"}}) {
-    const RunResult r = Tk(args);
-    EXPECT_EQ(r.exitCode, 1) << (args.empty() ? "" : args.front());
-    EXPECT_TRUE(Has(r.err, "用法：tvplot tk")) << r.err;
-  }
-  const RunResult help = Tk({"--help"});
-  EXPECT_EQ(help.exitCode, 0);
-  EXPECT_TRUE(Has(help.out, "--replace")) << help.out;
 }
 
 }  // namespace

@@ -5,14 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 
 namespace tv::cli {
 namespace {
 
 using test_support::Has;
 using test_support::RunResult;
-using test_support::RunTvplot;
+
+using Usage = test_support::TvplotTest;
 
 const std::vector<std::string> kCommands = {"info", "console", "run",        "paper", "sheets",
                                             "plot", "titleblock", "tk", "config"};
@@ -23,7 +24,7 @@ std::string Joined(const std::vector<std::string>& args) {
   return text;
 }
 
-TEST(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
+TEST_F(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
   struct Case {
     std::vector<std::string> args;
     std::string message;
@@ -77,7 +78,7 @@ TEST(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
       {{"console"}, "缺少图纸文件"},
   };
   for (const Case& c : cases) {
-    const RunResult r = RunTvplot(c.args);
+    const RunResult r = Run(c.args);
     const std::string& command = c.args.front();
     EXPECT_EQ(r.exitCode, 1) << Joined(c.args) << r.err;
     EXPECT_TRUE(r.err.starts_with("tvplot " + command + ": ")) << Joined(c.args) << r.err;
@@ -87,9 +88,9 @@ TEST(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
   }
 }
 
-TEST(Usage, EveryCommandShowsOneHelpHoweverAskedFor) {
+TEST_F(Usage, EveryCommandShowsOneHelpHoweverAskedFor) {
   for (const std::string& command : kCommands) {
-    const RunResult help = RunTvplot({"help", command});
+    const RunResult help = Run({"help", command});
     ASSERT_EQ(help.exitCode, 0) << command << help.err;
     EXPECT_TRUE(help.out.starts_with("用法：tvplot " + command + " ")) << help.out;
     EXPECT_TRUE(Has(help.out, "  -h, --help ")) << help.out;
@@ -97,38 +98,38 @@ TEST(Usage, EveryCommandShowsOneHelpHoweverAskedFor) {
     // Help wins wherever it stands and whatever else is wrong.
     for (const std::vector<std::string>& args :
          {std::vector<std::string>{command, "--help"}, {command, "-h"}, {command, "x.dxf", "--bogus", "-h"}}) {
-      const RunResult r = RunTvplot(args);
+      const RunResult r = Run(args);
       EXPECT_EQ(r.exitCode, 0) << Joined(args) << r.err;
       EXPECT_EQ(r.out, help.out) << Joined(args);
     }
   }
   // A value left out is no reason to refuse help; after "--", "-h" is a word like any other.
-  EXPECT_EQ(RunTvplot({"sheets", "--help", "--range"}).exitCode, 0);
-  const RunResult after = RunTvplot({"info", "--", "-h"});
+  EXPECT_EQ(Run({"sheets", "--help", "--range"}).exitCode, 0);
+  const RunResult after = Run({"info", "--", "-h"});
   EXPECT_EQ(after.exitCode, 2) << after.err;
   EXPECT_TRUE(Has(after.err, "-h")) << after.err;
   // Each option is listed with what it does.
-  const RunResult sheets = RunTvplot({"sheets", "--help"});
+  const RunResult sheets = Run({"sheets", "--help"});
   for (const char* line : {"  --range R ", "  --loose-lines on|off ", "  --json ", "退出码：0 完成"})
     EXPECT_TRUE(Has(sheets.out, line)) << line << "\n" << sheets.out;
 }
 
-TEST(Usage, TheCommandListNamesEveryCommand) {
+TEST_F(Usage, TheCommandListNamesEveryCommand) {
   for (const std::vector<std::string>& args : {std::vector<std::string>{"--help"}, {"-h"}, {"help"}}) {
-    const RunResult r = RunTvplot(args);
+    const RunResult r = Run(args);
     ASSERT_EQ(r.exitCode, 0) << Joined(args);
     EXPECT_TRUE(r.out.starts_with("用法：tvplot 命令")) << r.out;
     for (const std::string& command : kCommands) EXPECT_TRUE(Has(r.out, "\n  " + command + " ")) << command;
   }
   for (const std::vector<std::string>& args :
        {std::vector<std::string>{}, {"nope"}, {"help", "nope"}, {"--bogus"}}) {
-    const RunResult r = RunTvplot(args);
+    const RunResult r = Run(args);
     EXPECT_EQ(r.exitCode, 1) << Joined(args);
     EXPECT_TRUE(Has(r.err, "用法：tvplot 命令")) << Joined(args) << r.err;
     EXPECT_TRUE(r.out.empty()) << Joined(args);
   }
-  EXPECT_TRUE(Has(RunTvplot({"help", "nope"}).err, "tvplot: 未知命令 nope"));
-  const RunResult version = RunTvplot({"--version"});
+  EXPECT_TRUE(Has(Run({"help", "nope"}).err, "tvplot: 未知命令 nope"));
+  const RunResult version = Run({"--version"});
   EXPECT_EQ(version.exitCode, 0);
   EXPECT_TRUE(version.out.starts_with("tvplot ")) << version.out;
 }

@@ -150,16 +150,6 @@ TEST_F(ModuleTest, CommandTableKnowsTwentyNumbers) {
   EXPECT_EQ(NumberedCommandName(7), "TV_BatchPlot_7");
 }
 
-TEST_F(ModuleTest, UninstallShowsTheInstallationFolderAndRemovesNothing) {
-  Open();
-  OnLoad();
-  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_12"));
-  const std::string expected = "本软件为绿色软件，关闭CAD后将以下安装文件夹删除即可：\n\n" + settings::InstallFolder();
-  EXPECT_NE(out_.str().find(expected), std::string::npos) << out_.str();
-  EXPECT_NE(out_.str().find("Tarvex打印"), std::string::npos);
-  EXPECT_TRUE(fs::is_directory(root_ / "install"));
-}
-
 TEST_F(ModuleTest, HelpOpensTheHelpFileOrSaysItIsMissing) {
   Open();
   OnLoad();
@@ -231,20 +221,6 @@ TEST_F(ModuleTest, CloseWithoutSavingClearsTheModifiedFlag) {
   ASSERT_TRUE(session_->runCommandLine("singledwg_plot"));
   EXPECT_FALSE(Editor().modified());
   EXPECT_TRUE(session_->closeRequested());
-}
-
-TEST_F(ModuleTest, StageTimerPrintsOnlyWhenAsked) {
-  Open();
-  ShowTimings = false;
-  EXPECT_EQ(StageTimer(1234, "过滤图形"), 1234);
-  EXPECT_EQ(out_.str(), "");
-
-  ShowTimings = true;
-  const std::int64_t start = TickCount();
-  const std::int64_t next = StageTimer(start, "过滤图形");
-  EXPECT_GE(next, start);
-  EXPECT_NE(out_.str().find("\n\n过滤图形--耗时 "), std::string::npos);
-  EXPECT_NE(out_.str().find(" 秒 !"), std::string::npos);
 }
 
 TEST_F(ModuleTest, EntryPointAnswersZeroAndIgnoresOtherMessages) {

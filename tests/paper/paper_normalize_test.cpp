@@ -44,63 +44,51 @@ TEST(NormalizePaperSize, EveryCatalogueRowIsStandardAndPullsNearbySizesOntoItsel
   }
 }
 
-TEST(NormalizePaperSize, ClearsStandardWhenNoRowIsTaken) {
-  MyPaper paper{733, 512, true};
-  NormalizePaperSize(paper);
-  EXPECT_EQ(paper, (MyPaper{733, 512, false}));
-}
-
-TEST(NormalizePaperSize, ABandUsesOnePercentStrictly) {
-  // 420 * 1.01 = 424.2: 424 is inside, 425 outside (and then only the width step runs).
-  EXPECT_EQ(Normalized(424, 297), (MyPaper{420, 297, true}));
-  EXPECT_EQ(Normalized(425, 297), (MyPaper{425, 297, false}));
-}
-
-TEST(NormalizePaperSize, BBandNeedsBothTheRatioAndTheMillimetreBound) {
-  // 353 * 0.003 = 1.059: 354 is in, 355 out.
-  EXPECT_EQ(Normalized(354, 250), (MyPaper{353, 250, true}));
-  // 1414 +- 4 mm: 0.3 % would allow 4.24 mm, the absolute bound of 4 mm refuses 1418.
-  EXPECT_EQ(Normalized(1417, 1000), (MyPaper{1414, 1000, true}));
-  EXPECT_EQ(Normalized(1418, 1000), (MyPaper{1418, 1000, false}));
-  // 253x178: 1.2 % off on the length, so no B row; 178 is 1.1 % off 176, outside the width step.
-  const MyPaper odd = Normalized(253, 178);
-  EXPECT_EQ(odd, (MyPaper{253, 178, false}));
-  EXPECT_EQ(PaperNameOf(odd), "TV_253x178");
-}
-
-TEST(NormalizePaperSize, WidthStepRescalesTheLengthWithoutMakingItStandard) {
-  // 300 is within 1 % of 297: length = trunc(297 / 300 * 600 + 0.5) = 594.
-  const MyPaper paper = Normalized(600, 300);
-  EXPECT_EQ(paper, (MyPaper{594, 297, false}));
-  EXPECT_EQ(PaperNameOf(paper), "TV_A3_Plus_594");
-  // 1 % of the sheet's own width is the bound, inclusive: 301 is too far from 297.
-  EXPECT_EQ(Normalized(600, 301), (MyPaper{600, 301, false}));
-  EXPECT_EQ(Normalized(-600, -300), (MyPaper{-600, -300, false}));
-  // B widths use 0.3 %: 501 is caught (0.2 %), 502 is not (0.4 %).
-  EXPECT_EQ(Normalized(800, 501), (MyPaper{798, 500, false}));  // 500/501*800 = 798.4
-  EXPECT_EQ(Normalized(800, 502), (MyPaper{800, 502, false}));
-  // The width test has no millimetre bound: 849 is 0.95 % off 841, 8 mm away.
-  EXPECT_EQ(Normalized(3000, 849), (MyPaper{2972, 841, false}));  // 841/849*3000 = 2971.7
-}
-
-TEST(NormalizePaperSize, LengthenedBandRunsOnTheWidthSnappedValues) {
-  // 1060x300: width to 297, length trunc(297/300*1060 + 0.5) = 1049, then 1049 is within 0.6 %
-  // and 6 mm of 1051.
-  EXPECT_EQ(Normalized(1060, 300), (MyPaper{1051, 297, true}));
-  // 0.6 % of 2378 is 14 mm, but the 6 mm bound refuses 2385.
-  EXPECT_EQ(Normalized(2383, 841), (MyPaper{2378, 841, true}));
-  EXPECT_EQ(Normalized(2385, 841), (MyPaper{2385, 841, false}));
-}
-
-TEST(NormalizePaperSize, EighthStepsAreNamedButNeverSnappedTo) {
-  const MyPaper near = Normalized(670, 420);
-  EXPECT_EQ(near, (MyPaper{670, 420, false}));
-  EXPECT_EQ(PaperNameOf(near), "TV_A2_Plus_670");
-  EXPECT_EQ(PaperNameOf(MyPaper{668, 420, false}), "TV_A2_Plus_1+1-8");
-  // Exactly 668 is not moved either; it keeps its size and its eighth-step name.
-  const MyPaper exact = Normalized(668, 420);
-  EXPECT_EQ(exact, (MyPaper{668, 420, false}));
-  EXPECT_EQ(PaperNameOf(exact), "TV_A2_Plus_1+1-8");
+TEST(NormalizePaperSize, BandsAndTheWidthStepAtTheirBounds) {
+  struct Case {
+    Size in;
+    MyPaper out;
+    const char* name;  // nullptr: not checked
+  };
+  const Case cases[] = {
+      // A sizes: 1 % strictly. 420 * 1.01 = 424.2: 424 is inside, 425 outside.
+      {{424, 297}, {420, 297, true}, nullptr},
+      {{425, 297}, {425, 297, false}, nullptr},
+      // B sizes need 0.3 % and 4 mm: 353 * 0.003 = 1.059, so 354 is in and 355 out; 1414 * 0.003 would
+      // allow 4.24 mm, the 4 mm bound refuses 1418.
+      {{354, 250}, {353, 250, true}, nullptr},
+      {{1417, 1000}, {1414, 1000, true}, nullptr},
+      {{1418, 1000}, {1418, 1000, false}, nullptr},
+      // 1.2 % off on the length, so no B row; 178 is 1.1 % off 176, outside the width step.
+      {{253, 178}, {253, 178, false}, "TV_253x178"},
+      {{733, 512}, {733, 512, false}, nullptr},
+      // The width step rescales the length without making it standard: 300 is within 1 % of 297,
+      // length = trunc(297 / 300 * 600 + 0.5) = 594. The bound is 1 % of the sheet's own width,
+      // 0.3 % for B widths, and has no millimetre bound (849 is 0.95 % and 8 mm off 841).
+      {{600, 300}, {594, 297, false}, "TV_A3_Plus_594"},
+      {{600, 301}, {600, 301, false}, nullptr},
+      {{-600, -300}, {-600, -300, false}, nullptr},
+      {{800, 501}, {798, 500, false}, nullptr},
+      {{800, 502}, {800, 502, false}, nullptr},
+      {{3000, 849}, {2972, 841, false}, nullptr},
+      // The lengthened bands run on the width-snapped values: 1060x300 becomes 1049x297, within 0.6 %
+      // and 6 mm of 1051; 0.6 % of 2378 is 14 mm, but the 6 mm bound refuses 2385.
+      {{1060, 300}, {1051, 297, true}, nullptr},
+      {{2383, 841}, {2378, 841, true}, nullptr},
+      {{2385, 841}, {2385, 841, false}, nullptr},
+      // Eighth steps are named but never snapped to, not even exactly.
+      {{670, 420}, {670, 420, false}, "TV_A2_Plus_670"},
+      {{668, 420}, {668, 420, false}, "TV_A2_Plus_1+1-8"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::to_string(c.in.length) + "x" + std::to_string(c.in.width));
+    MyPaper paper{c.in.length, c.in.width, true};  // a standard flag left over is cleared
+    NormalizePaperSize(paper);
+    EXPECT_EQ(paper, c.out);
+    if (c.name) {
+      EXPECT_EQ(PaperNameOf(paper), c.name);
+    }
+  }
 }
 
 TEST(AddPaper, FractionalSidesAreCutToMillimetresAndSnapped) {

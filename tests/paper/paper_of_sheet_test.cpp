@@ -18,14 +18,32 @@ MyPaper PaperAt(const Plot_Drawing1& sheet, double scale, bool search) {
   return paper;
 }
 
-TEST_F(ScaleFittingTest, A3SheetAtTheDefaultScale) {
-  auto sheet = MakeSheet(42000, 29700);
-  const MyPaper paper = PaperAt(*sheet, ScaleOfSheet(*sheet, false), true);
-  EXPECT_EQ(paper.length, 420);
-  EXPECT_EQ(paper.width, 297);
-  EXPECT_EQ(PaperNameOf(paper), "TV_A3");
-  // portrait sheets give the same paper, long side first
-  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(29700, 42000), 100.0, false)), "TV_A3");
+TEST_F(ScaleFittingTest, PaperOfASheetAtItsScale) {
+  struct Case {
+    const char* what;
+    double length, width, unitFactor, scale;
+    bool search;
+    MyPaper paper;
+  };
+  const Case cases[] = {
+      {"A3 at 1:100", 42000, 29700, 1, 100, true, {420, 297, true}},
+      {"upright: long side first", 29700, 42000, 1, 100, false, {420, 297, true}},
+      {"a block inserted at scale 2", 840, 594, 2, 1, false, {420, 297, true}},
+      {"lengthened by a half", 630.4, 297.3, 1, 1, true, {630, 297, true}},
+      {"lengthened, no proportion searched", 1200, 297, 1, 1, false, {1200, 297, false}},
+      {"lengthened, no row of 4.04:1", 1200, 297, 1, 1, true, {1200, 297, false}},
+      {"the shape of 1635 x 841 alone", 1700, 874.4, 1, 1, true, {1635, 841, true}},
+      {"a shape no row has", 2000, 1000, 1, 1, true, {2000, 1000, false}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(PaperAt(*MakeSheet(0, 0, c.length, c.width, c.unitFactor), c.scale, c.search), c.paper);
+  }
+  EXPECT_FALSE(PaperAt(*MakeSheet(1700, 874.4), 1.0, false).standard) << "the shape is only searched for when asked";
+  auto a3 = MakeSheet(42000, 29700);
+  EXPECT_EQ(PaperNameOf(PaperAt(*a3, ScaleOfSheet(*a3, false), true)), "TV_A3");
+  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(630.4, 297.3), 1.0, true)), "TV_A3_Plus_1+1-2");
+  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(1200, 297), 1.0, true)), "TV_A3_Plus_1200");
 }
 
 TEST_F(ScaleFittingTest, PaperFailsWithoutAScaleOrAUnitFactor) {
@@ -34,11 +52,6 @@ TEST_F(ScaleFittingTest, PaperFailsWithoutAScaleOrAUnitFactor) {
   EXPECT_FALSE(PaperOfSheet(*MakeSheet(42000, 29700), paper, -1.0, true));
   EXPECT_FALSE(PaperOfSheet(*MakeSheet(0, 0, 42000, 29700, 0.0), paper, 100.0, true));
   EXPECT_EQ(paper, (MyPaper{123, 45, true}));
-}
-
-TEST_F(ScaleFittingTest, UnitFactorDividesTheSides) {
-  // a block inserted at scale 2: its 840 x 594 units are 420 x 297 of its own
-  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(0, 0, 840, 594, 2.0), 1.0, false)), "TV_A3");
 }
 
 TEST_F(ScaleFittingTest, TinySheetGivesAOneMillimetrePaperThatTheFloorFlags) {
@@ -50,21 +63,6 @@ TEST_F(ScaleFittingTest, TinySheetGivesAOneMillimetrePaperThatTheFloorFlags) {
   const PaperNote note = PaperSizeNote(paper, settings::kFormatPdf);
   EXPECT_EQ(note.text, "提示：纸张尺寸过小");
   EXPECT_TRUE(note.warn);
-}
-
-TEST_F(ScaleFittingTest, LengthenedSheetsKeepTheirLengthUnlessAProportionMatches) {
-  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(630.4, 297.3), 1.0, true)), "TV_A3_Plus_1+1-2");
-  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(1200, 297), 1.0, false)), "TV_A3_Plus_1200");
-  EXPECT_EQ(PaperNameOf(PaperAt(*MakeSheet(1200, 297), 1.0, true)), "TV_A3_Plus_1200");  // no row of 4.04:1
-}
-
-TEST_F(ScaleFittingTest, ProportionSearchFindsAStandardRowOfTheSameShape) {
-  // 1700 x 874.4 has the shape of 1635 x 841 alone among the standard rows
-  const MyPaper off = PaperAt(*MakeSheet(1700, 874.4), 1.0, false);
-  EXPECT_FALSE(off.standard);
-  EXPECT_EQ(PaperAt(*MakeSheet(1700, 874.4), 1.0, true), (MyPaper{1635, 841, true}));
-  // a shape no row has stays as it is
-  EXPECT_EQ(PaperAt(*MakeSheet(2000, 1000), 1.0, true), PaperAt(*MakeSheet(2000, 1000), 1.0, false));
 }
 
 TEST_F(ScaleFittingTest, ProportionSearchPrefersAWholeScaleOverANearerFractionalOne) {

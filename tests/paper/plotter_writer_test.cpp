@@ -506,33 +506,10 @@ PlotterOptions Options(std::int32_t format) {
   return o;
 }
 
-TEST(PlotterText, DeviceAndModelNamesFollowTheFormat) {
-  EXPECT_EQ(PrivatePlotterName(0), "T_PDF.pc3");
-  EXPECT_EQ(PrivatePlotterName(1), "T_DWF.pc3");
-  EXPECT_EQ(PrivatePlotterName(2), "T_JPG.pc3");
-  EXPECT_EQ(PrivatePlotterName(3), "T_PNG.pc3");
-  EXPECT_EQ(PrivatePlotterName(4), "T_PLT.pc3");
-  EXPECT_EQ(PrivatePlotterName(5), "T_EPS.pc3");
-  EXPECT_EQ(PrivatePlotterName(6), "");
-  EXPECT_EQ(PrivatePlotterName(-1), "");
-  EXPECT_EQ(PrivateModelName(4), "T_PLT.pmp");
-  EXPECT_EQ(PrivateModelName(6), "");
-}
-
 TEST(PlotterText, SlidersGiveTheirDpi) {
   const std::pair<int, int> steps[] = {{0, 300},   {-3, 300},  {1, 310},   {20, 500},  {21, 520}, {35, 800},
                                        {36, 850},  {71, 2600}, {72, 2700}, {93, 4800}, {94, 4800}};
   for (const auto& [step, dpi] : steps) EXPECT_EQ(DpiOfSlider(step), dpi) << "step " << step;
-}
-
-TEST(PlotterText, BackgroundIsBlueGreenRed) {
-  PlotterOptions o;
-  o.red = 1;
-  o.green = 2;
-  o.blue = 3;
-  EXPECT_EQ(BgrOf(o), 0x030201u);
-  o.red = o.green = o.blue = 255;
-  EXPECT_EQ(BgrOf(o), 16777215u);
 }
 
 TEST(PlotterText, OnlyImagesAreEnlarged) {

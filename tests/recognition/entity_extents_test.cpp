@@ -213,47 +213,6 @@ TEST_F(EntityExtentsTest, NestedReferencesCarryTheirTransforms) {
   EXPECT_EQ(loopBox->min.x, 0.0);
 }
 
-TEST_F(EntityExtentsTest, KeptBlockBoxesGiveTheSameExtentsForEveryReference) {
-  // References of one block at several places, scales and turns, one clipped, a nested one, a
-  // block with a text that the flags leave in or out, and a block that contains itself.
-  cad::BlockRecord& inner = db().addBlock("INNER");
-  AddLine({0, 0, 0}, {10, 5, 0}, &inner);
-  AddText("注", {20, 20, 0}, 3.0, &inner);
-  cad::BlockRecord& outer = db().addBlock("OUTER");
-  AddInsert(inner, {100, 0, 0}, 2.0, &outer);
-  cad::BlockRecord& loop = db().addBlock("LOOP");
-  AddLine({0, 0, 0}, {1, 1, 0}, &loop);
-  AddInsert(loop, {10, 0, 0}, 1.0, &loop);
-  std::vector<ObjectId> refs;
-  for (int k = 0; k < 4; ++k) {
-    cad::Insert& a = AddInsert(inner, {k * 1000.0, 50, 0}, 1.0 + k);
-    a.rotation = 0.3 * k;
-    refs.push_back(a.id);
-    refs.push_back(AddInsert(outer, {0, k * 700.0, 0}).id);
-    refs.push_back(AddInsert(loop, {k * 5.0, 0, 0}).id);
-  }
-  Open();
-
-  std::vector<std::optional<Extents3d>> fresh, kept;
-  for (bool withText : {true, false})
-    for (ObjectId id : refs) fresh.push_back(ContentOf(id, withText));
-  {
-    const internal::BlockBoxScope scope;
-    const internal::BlockBoxScope inner;  // a nested scope changes nothing
-    for (bool withText : {true, false})
-      for (ObjectId id : refs) kept.push_back(ContentOf(id, withText));
-  }
-  ASSERT_EQ(fresh.size(), kept.size());
-  for (std::size_t i = 0; i < fresh.size(); ++i) {
-    ASSERT_EQ(fresh[i].has_value(), kept[i].has_value()) << i;
-    if (!fresh[i]) continue;
-    EXPECT_EQ(fresh[i]->min, kept[i]->min) << i;
-    EXPECT_EQ(fresh[i]->max, kept[i]->max) << i;
-  }
-  EXPECT_NE(fresh[0]->max.y, fresh[refs.size()]->max.y);  // the text counts only with texts
-  EXPECT_EQ(internal::BlockBoxScope::Current(), nullptr);  // nothing is kept past the scope
-}
-
 TEST_F(EntityExtentsTest, SpatialClipIsIntersected) {
   cad::BlockRecord& def = db().addBlock("CLIPPED");
   AddLine({0, 0, 0}, {100, 100, 0}, &def);

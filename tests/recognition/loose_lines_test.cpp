@@ -448,28 +448,6 @@ TEST(SortSegments, OrdersAsAStableSortByTheKey) {
   }
 }
 
-TEST_F(LooseLinesTest, SortSegmentsMovesTheThreeArraysTogether) {
-  std::vector<Point2d> starts{{0, 9}, {5, 3}, {1, 8}, {2, 1}, {3, 0}};
-  std::vector<Point2d> ends{{10, 9}, {15, 3}, {11, 8}, {12, 1}, {13, 0}};
-  ObjectIdArray ids{ObjectId(1), ObjectId(2), ObjectId(3), ObjectId(4), ObjectId(5)};
-  SortSegments(starts, 1, 3, true, ends, ids);  // only the middle three, by y
-  EXPECT_EQ(ids, (ObjectIdArray{ObjectId(1), ObjectId(4), ObjectId(2), ObjectId(3), ObjectId(5)}));
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    EXPECT_EQ(ends[i].x, starts[i].x + 10);
-    EXPECT_EQ(ends[i].y, starts[i].y);
-  }
-  SortSegments(starts, -3, 99, false, ends, ids);  // the bounds are clipped to the arrays
-  EXPECT_EQ(ids, (ObjectIdArray{ObjectId(1), ObjectId(3), ObjectId(4), ObjectId(5), ObjectId(2)}));
-
-  // A damaged coordinate sorts last and breaks nothing.
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  std::vector<Point2d> bad{{nan, 0}, {2, 0}, {nan, 0}, {1, 0}};
-  std::vector<Point2d> badEnds = bad;
-  ObjectIdArray badIds{ObjectId(1), ObjectId(2), ObjectId(3), ObjectId(4)};
-  SortSegments(bad, 0, 3, false, badEnds, badIds);
-  EXPECT_EQ(badIds, (ObjectIdArray{ObjectId(4), ObjectId(2), ObjectId(1), ObjectId(3)}));
-}
-
 // The removal as documented: erase in place and move on, so the segment that slides into the
 // place is not tested against this sheet.
 void DropOneByOne(std::size_t firstH, const SheetList& sheets, SegmentArrays& s) {
@@ -520,43 +498,6 @@ TEST_F(LooseLinesTest, LinesGivenApartSplitAsThoughAppended) {
     EXPECT_EQ(apart.vStarts, whole.vStarts) << cut;
     EXPECT_EQ(apart.vEnds, whole.vEnds) << cut;
   }
-}
-
-TEST_F(LooseLinesTest, DropSegmentsInSheetsSparesTheSegmentAfterEachRemoval) {
-  SheetList sheets;
-  auto sheet = std::make_unique<Plot_Drawing1>();
-  sheet->maxX = 1000, sheet->maxY = 1000;
-  sheets.push_back(std::move(sheet));
-
-  SegmentArrays s;
-  for (int n = 0; n < 6; ++n) {  // the first lies below the sheet, the rest inside, by height
-    s.hIds.push_back(ObjectId(n + 1));
-    s.hStarts.push_back({100, n * 100.0 - 50});
-    s.hEnds.push_back({900, n * 100.0 - 50});
-    // Verticals inside, out of order.
-    s.vIds.push_back(ObjectId(n + 11));
-    s.vStarts.push_back({900 - n * 100.0, 100});
-    s.vEnds.push_back({900 - n * 100.0, 200});
-  }
-  SegmentArrays late = s;
-  DropSegmentsInSheets(0, sheets, s);
-  EXPECT_EQ(s.hIds, (ObjectIdArray{ObjectId(1), ObjectId(3), ObjectId(5)}));
-  EXPECT_EQ(s.hStarts.size(), 3u);
-  EXPECT_EQ(s.vIds, (ObjectIdArray{ObjectId(12), ObjectId(14), ObjectId(16)}));
-  EXPECT_EQ(s.vEnds.size(), 3u);
-  EXPECT_TRUE(sheets[0]->innerReady);
-
-  // Horizontals before the first index stay whatever they are.
-  DropSegmentsInSheets(3, sheets, late);
-  EXPECT_EQ(late.hIds, (ObjectIdArray{ObjectId(1), ObjectId(2), ObjectId(3), ObjectId(5)}));
-
-  // A second sheet tests the survivors afresh.
-  auto twin = std::make_unique<Plot_Drawing1>();
-  twin->maxX = 1000, twin->maxY = 1000;
-  sheets.push_back(std::move(twin));
-  DropSegmentsInSheets(0, sheets, s);
-  EXPECT_EQ(s.hIds, (ObjectIdArray{ObjectId(1)}));
-  EXPECT_TRUE(s.vIds.empty());
 }
 
 TEST_F(LooseLinesTest, DropSegmentsInSheetsMatchesTheRemovalOneByOne) {

@@ -73,59 +73,42 @@ TEST_F(RectanglePolylineTest, RepeatedLastVertexPassesClosedOrOpen) {
   }
 }
 
-TEST_F(RectanglePolylineTest, FifthVertexAwayFromFirstFailsForLightweightOnly) {
-  std::vector<Point2d> five = kCorners;
-  five.push_back({10.2, 20});  // t is 0.15
-  const ObjectId lw = AddLw(five, true);
-  const ObjectId flat = AddPolyline(five, true, false);
-  Open();
-  EXPECT_FALSE(IsRectangle(lw));
-  EXPECT_TRUE(IsRectangle(flat));
-}
-
-TEST_F(RectanglePolylineTest, OpenFourVerticesFailLightweightButPass2dAnd3d) {
-  const ObjectId lw = AddLw(kCorners, false);
-  const ObjectId flat = AddPolyline(kCorners, false, false);
-  const ObjectId spatial = AddPolyline(kCorners, false, true);
-  Open();
-  EXPECT_FALSE(IsRectangle(lw));
-  EXPECT_TRUE(IsRectangle(flat));
-  EXPECT_TRUE(IsRectangle(spatial));
-}
-
-TEST_F(RectanglePolylineTest, ChamferedCornerFails) {
+TEST_F(RectanglePolylineTest, WhichOutlinesPassByClass) {
+  enum Class { kLw, kFlat, kSpatial };
+  struct Case {
+    const char* what;
+    std::vector<Point2d> points;
+    bool closed;
+    Class kind;
+    bool passes;
+  };
+  std::vector<Point2d> fifthAway = kCorners;
+  fifthAway.push_back({10.2, 20});  // t is 0.15
   const std::vector<Point2d> chamfered = {{0, 0}, {100, 0}, {100, 50}, {90, 60}, {0, 60}};
-  const ObjectId lw = AddLw(chamfered, true);
-  const ObjectId flat = AddPolyline(chamfered, true, false);
+  const std::vector<Point2d> thin = {{0, 0}, {100, 0}, {100, 1e-06}, {0, 1e-06}};
+  const Case cases[] = {
+      {"a fifth vertex away from the first, lightweight", fifthAway, true, kLw, false},
+      {"a fifth vertex away from the first, 2d", fifthAway, true, kFlat, true},
+      {"four vertices open, lightweight", kCorners, false, kLw, false},
+      {"four vertices open, 2d", kCorners, false, kFlat, true},
+      {"four vertices open, 3d", kCorners, false, kSpatial, true},
+      {"a chamfered corner, lightweight", chamfered, true, kLw, false},
+      {"a chamfered corner, 2d", chamfered, true, kFlat, false},
+      {"too thin", thin, true, kLw, false},
+      {"too thin, 2d", {thin[0], thin[1], thin[2], thin[3], thin[0]}, true, kFlat, false},
+      // The diagonal a-c lies on an axis: a "rectangle" folded onto one line.
+      {"folded", {{0, 0}, {100, 0}, {0, 0.5}, {100, 0.5}}, true, kLw, false},
+      {"three vertices", {{0, 0}, {100, 0}, {100, 50}}, true, kLw, false},
+      {"six vertices", {{0, 0}, {50, 0}, {100, 0}, {100, 50}, {0, 50}, {0, 25}}, true, kLw, false},
+      // Sides may lean within a thousandth of the diagonal span: t = (100 + 50) / 1000 = 0.15.
+      {"leaning 0.14", {{0, 0}, {100, 0.14}, {100, 50}, {0, 50}}, true, kLw, true},
+      {"leaning 0.16", {{0, 0}, {100, 0.16}, {100, 50}, {0, 50}}, true, kLw, false},
+  };
+  std::vector<ObjectId> ids;
+  for (const Case& c : cases)
+    ids.push_back(c.kind == kLw ? AddLw(c.points, c.closed) : AddPolyline(c.points, c.closed, c.kind == kSpatial));
   Open();
-  EXPECT_FALSE(IsRectangle(lw));
-  EXPECT_FALSE(IsRectangle(flat));
-}
-
-TEST_F(RectanglePolylineTest, DegenerateAndShortSidesFail) {
-  const ObjectId thin = AddLw({{0, 0}, {100, 0}, {100, 1e-06}, {0, 1e-06}}, true);
-  const ObjectId thinFlat = AddPolyline({{0, 0}, {100, 0}, {100, 1e-06}, {0, 1e-06}, {0, 0}}, true, false);
-  // The diagonal a-c lies on an axis: a "rectangle" folded onto one line.
-  const ObjectId folded = AddLw({{0, 0}, {100, 0}, {0, 0.5}, {100, 0.5}}, true);
-  const ObjectId three = AddLw({{0, 0}, {100, 0}, {100, 50}}, true);
-  const ObjectId six = AddLw({{0, 0}, {50, 0}, {100, 0}, {100, 50}, {0, 50}, {0, 25}}, true);
-  Open();
-  EXPECT_FALSE(IsRectangle(thin));
-  EXPECT_FALSE(IsRectangle(thinFlat));
-  EXPECT_FALSE(IsRectangle(three));
-  EXPECT_FALSE(IsRectangle(six));
-  EXPECT_FALSE(IsRectangle(folded));
-}
-
-TEST_F(RectanglePolylineTest, SidesMayLeanWithinAThousandthOfTheDiagonalSpan) {
-  // t = (100 + 50) / 1000 = 0.15: a lean of 0.14 passes, one of 0.16 fails.
-  const ObjectId within = AddLw({{0, 0}, {100, 0.14}, {100, 50}, {0, 50}}, true);
-  const ObjectId beyond = AddLw({{0, 0}, {100, 0.16}, {100, 50}, {0, 50}}, true);
-  Open();
-  Point3d minPt, maxPt;
-  ASSERT_TRUE(IsRectangle(within, minPt, maxPt));
-  ExpectNear2d(maxPt, {100, 50});
-  EXPECT_FALSE(IsRectangle(beyond));
+  for (std::size_t i = 0; i < ids.size(); ++i) EXPECT_EQ(IsRectangle(ids[i]), cases[i].passes) << cases[i].what;
 }
 
 TEST_F(RectanglePolylineTest, RotatedRectangleFailsInWorldButPassesInItsUcs) {

@@ -315,9 +315,5 @@ TEST(PlotMarkerDrawTest, CornersGivenTheOtherWayRoundStillFrameTheSheet) {
   EXPECT_TRUE(HasPoint(recorder.primitives()[0], {750 - t, 600 - t}));
 }
 
-TEST(CentreOfTest, IsTheMiddleOfTheBox) {
-  EXPECT_EQ(CentreOf(Extents3d{Point3d{-10, 20, 0}, Point3d{30, 60, 4}}), Point3d(10, 40, 2));
-}
-
 }  // namespace
 }  // namespace tv::recognition

@@ -225,16 +225,6 @@ TEST(PruneSheetsTest, LongListsGiveWhatEveryPairGives) {
 
 // ---- the inner box and the purge of the candidate list ------------------------------------------------
 
-TEST(PruneSheetsTest, InnerBoxIsAFiftiethInAndComputedOnce) {
-  auto s = Sheet(1, 0, 0, 500, 100);
-  EnsureInnerBox(*s);
-  EXPECT_TRUE(s->innerReady);
-  EXPECT_EQ(s->innerBox, (std::array<double, 4>{10, 490, 2, 98}));
-  s->maxX = 1000;
-  EnsureInnerBox(*s);
-  EXPECT_EQ(s->innerBox[1], 490);
-}
-
 TEST(PruneSheetsTest, PurgeTakesWhatLiesStrictlyInsideFromStartOn) {
   SheetList sheets;
   sheets.push_back(Sheet(1, 0, 0, 500, 500));  // inner box 10..490

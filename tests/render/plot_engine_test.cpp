@@ -74,31 +74,6 @@ class PlotEngine : public ::testing::Test {
   }
 };
 
-TEST_F(PlotEngine, PdfPagesAreTheMediumInPoints) {
-  frame();
-  PlotRequest r = request(PlotFormat::Pdf, "a3.pdf");
-  ASSERT_TRUE(PlotWindow(db, r).ok);
-  const std::string pdf = ReadFile(r.outputPath);
-  EXPECT_EQ(pdf.rfind("%PDF-", 0), 0u);
-  std::smatch m;
-  ASSERT_TRUE(std::regex_search(pdf, m, std::regex(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])")));
-  EXPECT_NEAR(std::stod(m[1]), 420 * 72 / 25.4, 0.01);
-  EXPECT_NEAR(std::stod(m[2]), 297 * 72 / 25.4, 0.01);
-
-  // A turned medium feeds the paper upright.
-  r.medium.turned = true;
-  r.outputPath = (dir / "a3t.pdf").string();
-  ASSERT_TRUE(PlotWindow(db, r).ok);
-  const std::string turned = ReadFile(r.outputPath);
-  ASSERT_TRUE(std::regex_search(turned, m, std::regex(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])")));
-  EXPECT_NEAR(std::stod(m[1]), 297 * 72 / 25.4, 0.01);
-  EXPECT_NEAR(std::stod(m[2]), 420 * 72 / 25.4, 0.01);
-  // No temporary file stays behind.
-  int files = 0;
-  for (const auto& e : std::filesystem::directory_iterator(dir.path())) files += e.is_regular_file();
-  EXPECT_EQ(files, 2);
-}
-
 TEST_F(PlotEngine, PdfTextIsSearchableUnlessDrawnAsGeometry) {
   cad::TextStyle& style = db.addTextStyle("HZ");
   style.fontFile = "gbcbig.shx";

@@ -109,19 +109,7 @@ TEST_F(ConfigFileTest, EveryFieldSurvivesTheFile) {
   EXPECT_EQ(bytes.find("\r"), std::string::npos);
 }
 
-TEST_F(ConfigFileTest, DefaultsOfAFreshConfiguration) {
-  const Config c;
-  EXPECT_EQ(c.save_as_block, 1);
-  EXPECT_EQ(c.vector_dpi_step, 43);
-  EXPECT_EQ(c.raster_dpi_step, 10);
-  EXPECT_EQ(c.custom_paper_length, 841);
-  EXPECT_EQ(c.multi_paper_width, 594);
-  EXPECT_DOUBLE_EQ(c.frame_tool_value, 5.0);
-  EXPECT_EQ(c.image_scale_step, 10);
-  EXPECT_EQ(ConfigFields().front().name, "single_plot_pick_mode");
-  EXPECT_EQ(ConfigFields().back().name, "frame_tool_flag");
-
-  // A load without a file keeps the defaults and puts the default paths in.
+TEST_F(ConfigFileTest, ALoadWithoutAFileKeepsTheValuesAndPutsTheDefaultPathsIn) {
   Config loaded = Distinct();
   EXPECT_FALSE(LoadConfig(loaded, false));
   EXPECT_TRUE(loaded.shortcut_ids.empty());

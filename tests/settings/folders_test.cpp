@@ -28,36 +28,32 @@ using test_support::WriteFile;
 // ---- the host's version ---------------------------------------------------------------------------------
 
 TEST(HostVersionOf, MajorFromTheFirstTwoAndMinorFromTheFourthCharacter) {
-  EXPECT_DOUBLE_EQ(HostVersionOf("25.0s"), 25.0);
-  EXPECT_DOUBLE_EQ(HostVersionOf("25.0s (LMS Tech)"), 25.0);  // whatever follows
-  EXPECT_DOUBLE_EQ(HostVersionOf("24.3"), 24.3);
-  EXPECT_DOUBLE_EQ(HostVersionOf("19.1s"), 19.1);
-  EXPECT_DOUBLE_EQ(HostVersionOf("9.1"), 9.0);  // no fourth character: no minor
-  EXPECT_DOUBLE_EQ(HostVersionOf(""), 0.0);
-  EXPECT_DOUBLE_EQ(HostVersionOf("R12.5"), 0.0);
+  const std::pair<const char*, double> cases[] = {
+      {"25.0s", 25.0}, {"25.0s (LMS Tech)", 25.0}, {"24.3", 24.3}, {"19.1s", 19.1},
+      {"9.1", 9.0},  // no fourth character: no minor
+      {"", 0.0},     {"R12.5", 0.0}};
+  for (const auto& [text, version] : cases) EXPECT_DOUBLE_EQ(HostVersionOf(text), version) << text;
 }
 
 // ---- entries of a folder preference ---------------------------------------------------------------------
 
-TEST(FolderEntries, ValueWithoutSemicolonIsOnePath) {
-  EXPECT_EQ(FolderEntries("/opt/cad/drv", "/l", "/r"), (std::vector<std::string>{"/opt/cad/drv"}));
-  EXPECT_EQ(FolderEntries("", "/l", "/r"), (std::vector<std::string>{""}));
-}
-
-TEST(FolderEntries, TokensAreExpandedWithOrWithoutTheirSeparator) {
-  EXPECT_EQ(FolderEntries("%roamablerootfolder%/Plotters;%localrootfolder%Plot Styles;%roamablerootfolder%",
-                          "/home/u/Local", "/home/u/Roam"),
-            (std::vector<std::string>{"/home/u/Roam/plotters", "/home/u/Local/plot styles", "/home/u/Roam"}));
-}
-
-TEST(FolderEntries, CapitalisedTokenExpandsAndEverythingButTheRootIsLowerCase) {
-  EXPECT_EQ(FolderEntries("%LocalRootFolder%\\Plotters\\PMP Files\\", "/Users/Ann/Local", "/r"),
-            (std::vector<std::string>{"/Users/Ann/Local/plotters/pmp files"}));
-  EXPECT_EQ(FolderEntries("/Opt/CAD/DRV", "/l", "/r"), (std::vector<std::string>{"/opt/cad/drv"}));
-}
-
-TEST(FolderEntries, WindowsSeparatorsAndTrailingSeparatorsGo) {
-  EXPECT_EQ(FolderEntries("/a/b/;/c\\d\\;;/", "/l", "/r"), (std::vector<std::string>{"/a/b", "/c/d", "", "/"}));
+TEST(FolderEntries, TokensSeparatorsAndCaseOfEachEntry) {
+  struct Case {
+    std::string value, local, roamable;
+    std::vector<std::string> entries;
+  };
+  const Case cases[] = {
+      {"/opt/cad/drv", "/l", "/r", {"/opt/cad/drv"}},
+      {"", "/l", "/r", {""}},
+      // Tokens expand with or without their separator; everything but the root is lower case.
+      {"%roamablerootfolder%/Plotters;%localrootfolder%Plot Styles;%roamablerootfolder%", "/home/u/Local",
+       "/home/u/Roam", {"/home/u/Roam/plotters", "/home/u/Local/plot styles", "/home/u/Roam"}},
+      {"%LocalRootFolder%\\Plotters\\PMP Files\\", "/Users/Ann/Local", "/r", {"/Users/Ann/Local/plotters/pmp files"}},
+      {"/Opt/CAD/DRV", "/l", "/r", {"/opt/cad/drv"}},
+      // Windows separators and trailing separators go.
+      {"/a/b/;/c\\d\\;;/", "/l", "/r", {"/a/b", "/c/d", "", "/"}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(FolderEntries(c.value, c.local, c.roamable), c.entries) << c.value;
 }
 
 TEST(FolderEntries, ValueIsCutAtTheHostsBufferLength) {

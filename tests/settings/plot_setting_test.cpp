@@ -56,16 +56,6 @@ TEST(PlotSettingRecord, DefaultsAndTheCopyThatForgetsSessionValues) {
   PlotSettingRec rec = Distinct();
   ResetPlotSetting(rec);
   EXPECT_EQ(rec, PlotSettingRec{});
-  EXPECT_EQ(rec.path_mode, 1);
-  EXPECT_EQ(rec.custom_path, " ");
-  EXPECT_EQ(rec.back_blue, 255);
-  EXPECT_DOUBLE_EQ(rec.default_scale, 100.0);
-  EXPECT_EQ(rec.name_prefix, "???");
-  EXPECT_EQ(rec.name_digits, 2);
-  EXPECT_EQ(rec.plot_signatures, 1);
-  EXPECT_EQ(rec.paper_collate, 1);
-  EXPECT_EQ(rec.paper_option, 1);
-  EXPECT_EQ(PlotSettingFields().size(), 32u);
 
   const PlotSettingRec source = Distinct();
   PlotSettingRec copy;

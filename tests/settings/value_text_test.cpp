@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 
-#include <unistd.h>  // getpid
-
+#include "../support/run_program.h"
 #include "host/text_files.h"
 
 namespace tv::settings {
@@ -60,19 +58,9 @@ TEST(ValueText, IntegersOutOfRangeFail) {
 
 class TextFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() / ("tv_text_files_" + std::to_string(::getpid()));
-    fs::create_directories(dir_);
-  }
-  void TearDown() override {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
-  std::string bytesOf(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  }
-  fs::path dir_;
+  static std::string bytesOf(const fs::path& p) { return test_support::ReadFile(p); }
+  const test_support::TempDir temp_{"tv_text_files"};
+  const fs::path dir_ = temp_.path();
 };
 
 TEST_F(TextFiles, ChineseTextIsGbkOnDiskAndUtf8InTheProgram) {

@@ -49,6 +49,19 @@ inline void WriteFile(const std::filesystem::path& p, const std::string& bytes) 
   out << bytes;
 }
 
+// A file holding `bytes`, alone in a temporary folder of its own and removed with it.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& bytes, const std::string& name = "drawing.dxf") : path_((dir_ / name).string()) {
+    WriteFile(path_, bytes);
+  }
+  const std::string& path() const { return path_; }
+
+ private:
+  TempDir dir_{"tv_file"};
+  std::string path_;
+};
+
 inline bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // The names of a folder's entries, sorted.

@@ -445,12 +445,6 @@ TEST_F(TkImportTest, KeepingDropsKnownNamesButTakesTheIndexAndNamingOfTheFile) {
   EXPECT_EQ(current_.index_columns, (std::vector<std::int32_t>{2}));
 }
 
-TEST_F(TkImportTest, NotKeepingReplacesTheDefinitions) {
-  editor_.answer = host::MessageAnswer::No;
-  ASSERT_TRUE(LoadTkFile(current_, true));
-  EXPECT_EQ(Names(), (std::vector<std::string>{"A:333", "C:444"}));
-}
-
 TEST_F(TkImportTest, AnEmptyLibraryIsNotAskedAndACancelledDialogOrQuestionChangesNothing) {
   TK_Library empty;
   ASSERT_TRUE(LoadTkFile(empty, true));
@@ -669,30 +663,6 @@ TEST_F(TkFileTest, ClearingEmptiesTheDefinitionsAndTheIndexColumns) {
 }
 
 // ---- the model's defaults -----------------------------------------------------------------------------
-
-TEST(TkModel, DefaultsOfADefinitionAndTheLibrary) {
-  const TK_Customization d;
-  EXPECT_EQ(d.scale, 1.0);
-  EXPECT_EQ(d.paper, (paper::MyPaper{297, 210, false}));
-  EXPECT_EQ(d.serial_digits, 2);
-  EXPECT_EQ(d.sort_priority, 1);
-  EXPECT_EQ(d.is_dynamic, 0);
-  ExpectArea(d.area_title, Box(0, 0, 0, 0));
-  EXPECT_FALSE(IsAreaSet(d.frame_extents));
-
-  const TK_Library l;
-  EXPECT_EQ(l.index_draw_frame, 1);
-  EXPECT_EQ(l.index_row_height, 1000.0);
-  EXPECT_EQ(l.index_col_widths, (std::vector<double>{900, 2300, 9850}));
-  EXPECT_EQ(l.index_columns, (std::vector<std::int32_t>{0, 1, 3}));
-  EXPECT_EQ(l.SerialStart, 1);
-  EXPECT_EQ(l.SerialSuffix, "_");
-  EXPECT_EQ(l.SerialDigits, 2);
-  EXPECT_EQ(l.TitleSeparator, "+");
-  EXPECT_EQ(l.index_style.color, 256);
-  EXPECT_EQ(l.index_style.layer_lineweight, -3);
-  EXPECT_EQ(l.index_style.is_shape_file, 1);
-}
 
 TEST(TkModel, AnAreaIsSetWhenWiderAndHigherThanOneHundredThousandth) {
   EXPECT_FALSE(IsAreaSet(Box(0, 0, 0.00001, 1)));
