@@ -11,6 +11,7 @@
 #include "cad/database.h"
 #include "cad/entity_geometry.h"
 #include "cad/selection_geometry.h"
+#include "../support/multiplying_blocks.h"
 
 namespace tv::cad {
 namespace {
@@ -28,44 +29,8 @@ TEST(DistinctCellsTest, CopiesOnOnePointAreOne) {
     EXPECT_EQ(DistinctCells(c.count, c.spacing, c.size), c.cells) << c.count << " " << c.spacing << " " << c.size;
 }
 
-Insert& InsertOf(Database& db, BlockRecord& into, const BlockRecord& block, Point3d at, double scale = 1, double rotation = 0) {
-  auto ins = std::make_unique<Insert>();
-  ins->block = block.id;
-  ins->position = at;
-  ins->scale = {scale, scale, scale};
-  ins->rotation = rotation;
-  return db.append(into, std::move(ins));
-}
-
-BlockRecord& LineBlock(Database& db, const std::string& name) {
-  BlockRecord& b = db.addBlock(name);
-  auto line = std::make_unique<Line>();
-  line->end = {10, 10, 0};
-  db.append(b, std::move(line));
-  return b;
-}
-
-// Each level draws a short line and inserts the one below twice, the second a quarter unit to the right.
-Insert& Doubling(Database& db, int levels, double rotation) {
-  BlockRecord* below = &LineBlock(db, "L0");
-  for (int level = 1; level <= levels; ++level) {
-    BlockRecord& b = db.addBlock("L" + std::to_string(level));
-    auto line = std::make_unique<Line>();
-    line->end = {1, 1, 0};
-    db.append(b, std::move(line));
-    InsertOf(db, b, *below, {0, 0, 0});
-    InsertOf(db, b, *below, {0.25, 0, 0});
-    below = &b;
-  }
-  return InsertOf(db, *db.modelSpace(), *below, {1000, 1000, 0}, 100, rotation);
-}
-
-Insert& Grid(Database& db, int count, double spacing) {
-  Insert& grid = InsertOf(db, *db.modelSpace(), LineBlock(db, "CELL"), {1000, 1000, 0});
-  grid.columnCount = grid.rowCount = static_cast<std::int16_t>(count);
-  grid.columnSpacing = grid.rowSpacing = spacing;
-  return grid;
-}
+using test_support::DoublingBlocks;
+using test_support::GridOfCopies;
 
 class WalkLimitsTest : public ::testing::Test {
  protected:
@@ -78,7 +43,7 @@ TEST_F(WalkLimitsTest, DoublingBlocksAreMeasuredOncePerBlock) {
   for (double rotation : {0.0, 0.5}) {
     SCOPED_TRACE(rotation);
     Database db = Database::createDefault();
-    const Insert& top = Doubling(db, 10, rotation);
+    const Insert& top = DoublingBlocks(db, 10, {1000, 1000, 0}, rotation);
     const auto box = EntityExtents(top, db);
     ASSERT_TRUE(box.has_value());
     const Matrix3d xf = Matrix3d::translation({1000, 1000, 0}) * Matrix3d::rotation(rotation) * Matrix3d::scaling(100, 100, 100);
@@ -96,7 +61,7 @@ TEST_F(WalkLimitsTest, DoublingBlocksAreMeasuredOncePerBlock) {
   for (double rotation : {0.0, 0.5}) {
     SCOPED_TRACE(rotation);
     Database db = Database::createDefault();
-    const Insert& top = Doubling(db, 41, rotation);
+    const Insert& top = DoublingBlocks(db, 41, {1000, 1000, 0}, rotation);
     EXPECT_TRUE(EntityExtents(top, db).has_value());
     EXPECT_TRUE(ContentLeftOut());
     ClearContentLeftOut();
@@ -116,7 +81,7 @@ TEST_F(WalkLimitsTest, GridsOnOnePointCountOnceAndHugeGridsAreBounded) {
     SCOPED_TRACE(c.spacing);
     ClearContentLeftOut();
     Database db = Database::createDefault();
-    const Insert& grid = Grid(db, 32767, c.spacing);
+    const Insert& grid = GridOfCopies(db, 32767, c.spacing);
     EXPECT_EQ(Explode(grid, db).size(), c.pieces);
     const auto box = EntityExtents(grid, db);
     ASSERT_TRUE(box.has_value());

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/multiplying_blocks.h"
 #include "../support/tvplot_test.h"
 
 namespace tv::cli {
@@ -25,55 +26,26 @@ void Frame(cad::Database& db, double x0, double y0, double width, double height)
   db.append(*db.modelSpace(), std::move(pl));
 }
 
-void Line(cad::Database& db, cad::BlockRecord& block, Point3d a, Point3d b) {
-  auto line = std::make_unique<cad::Line>();
-  line->start = a;
-  line->end = b;
-  db.append(block, std::move(line));
-}
-
-cad::Insert& InsertOf(cad::Database& db, cad::BlockRecord& into, const cad::BlockRecord& block, Point3d at, double scale = 1) {
-  auto ins = std::make_unique<cad::Insert>();
-  ins->block = block.id;
-  ins->position = at;
-  ins->scale = {scale, scale, scale};
-  return db.append(into, std::move(ins));
-}
-
-// An A3 frame at 1:100 holding a block whose every level draws a line and inserts the level below
-// twice: 2^levels lines in a file of a few kilobytes.
-cad::Database DoublingBlocks(int levels) {
+// An A3 frame at 1:100 holding blocks that double their lines at every level.
+cad::Database DoublingDrawing(int levels) {
   cad::Database db = cad::Database::createDefault();
-  cad::BlockRecord* below = &db.addBlock("L0");
-  Line(db, *below, {0, 0, 0}, {10, 10, 0});
-  for (int level = 1; level <= levels; ++level) {
-    cad::BlockRecord& block = db.addBlock("L" + std::to_string(level));
-    Line(db, block, {0, 0, 0}, {1, 1, 0});
-    InsertOf(db, block, *below, {0, 0, 0});
-    InsertOf(db, block, *below, {0.25, 0, 0});
-    below = &block;
-  }
   Frame(db, 0, 0, 42000, 29700);
-  InsertOf(db, *db.modelSpace(), *below, {10000, 10000, 0}, 100);
+  test_support::DoublingBlocks(db, levels, {10000, 10000, 0});
   return db;
 }
 
 // An A3 frame at 1:100 holding a MINSERT of a small block, `count` x `count` cells `spacing` apart.
 cad::Database HugeGrid(int count, double spacing) {
   cad::Database db = cad::Database::createDefault();
-  cad::BlockRecord& cell = db.addBlock("CELL");
-  Line(db, cell, {0, 0, 0}, {1, 1, 0});
   Frame(db, 0, 0, 42000, 29700);
-  cad::Insert& grid = InsertOf(db, *db.modelSpace(), cell, {1000, 1000, 0});
-  grid.columnCount = grid.rowCount = static_cast<std::int16_t>(count);
-  grid.columnSpacing = grid.rowSpacing = spacing;
+  GridOfCopies(db, count, spacing);
   return db;
 }
 
 using HostileDrawingTest = TvplotTest;
 
 TEST_F(HostileDrawingTest, BlocksDoublingAtEveryLevelAreListedAndPlottedWithOneNotice) {
-  const std::string drawing = Write("doubling.dxf", DoublingBlocks(41));
+  const std::string drawing = Write("doubling.dxf", DoublingDrawing(41));
   const std::string original = ReadFile(drawing);
   ASSERT_LT(original.size(), 200'000u);
 
@@ -93,7 +65,7 @@ TEST_F(HostileDrawingTest, BlocksDoublingAtEveryLevelAreListedAndPlottedWithOneN
 
 TEST_F(HostileDrawingTest, ShallowDoublingNeedsNoNotice) {
   // Ten levels are a thousand lines: all of them are drawn and nothing is said.
-  const std::string drawing = Write("shallow.dxf", DoublingBlocks(10));
+  const std::string drawing = Write("shallow.dxf", DoublingDrawing(10));
   const RunResult sheets = Run({"sheets", drawing});
   ASSERT_EQ(sheets.exitCode, 0) << sheets.err << sheets.out;
   EXPECT_TRUE(Has(sheets.out, "1 张")) << sheets.out;
@@ -128,7 +100,10 @@ TEST_F(HostileDrawingTest, MInsertGridsAreDrawnWithinBounds) {
 TEST_F(HostileDrawingTest, HugeSheetSizesAreShownAsSuch) {
   cad::Database db = cad::Database::createDefault();
   Frame(db, 0, 0, 1e308, 297);
-  Line(db, *db.modelSpace(), {10, 10, 0}, {100, 200, 0});
+  auto line = std::make_unique<cad::Line>();
+  line->start = {10, 10, 0};
+  line->end = {100, 200, 0};
+  db.append(*db.modelSpace(), std::move(line));
   const std::string drawing = Write("huge.dxf", db);
   const RunResult text = Run({"sheets", drawing, "--skip-blank", "off"});
   ASSERT_EQ(text.exitCode, 0) << text.err << text.out;
