@@ -161,19 +161,5 @@ TEST(PaperNameStyles, SpecialCasesOfTheStyles) {
   for (const Case& c : cases) EXPECT_EQ(Rendered(c.name, c.style), c.rendered) << c.name << " style " << c.style;
 }
 
-TEST(PaperNameStyles, LabelsAndChoices) {
-  EXPECT_EQ(PaperNameStyleChoice(0), "国标");
-  EXPECT_EQ(PaperNameStyleChoice(3), "方式03（浙江图审）");
-  EXPECT_EQ(PaperNameStyleChoice(6), "方式06（甘肃图审）");
-  EXPECT_EQ(PaperNameStyleLabel(0), "(按国标命名)");
-  EXPECT_EQ(PaperNameStyleLabel(1), PaperNameStyleLabel(2));
-  EXPECT_EQ(PaperNameStyleLabel(3), "(A3每增加1/2幅宽加1，A2、A1、A0每增加1/4幅宽加1)");
-  EXPECT_EQ(PaperNameStyleLabel(4), "(每增加1/4幅宽加一个“+”)");
-  EXPECT_EQ(PaperNameStyleLabel(5), "(所有加长图幅均用一个“+”表示)");
-  EXPECT_EQ(PaperNameStyleLabel(6), "(A3每增加1/2幅宽加1，A2、A1、A0每增加1/8幅宽加1)");
-  EXPECT_EQ(PaperNameStyleLabel(7), "");
-  EXPECT_EQ(PaperNameStyleChoice(-1), "");
-}
-
 }  // namespace
 }  // namespace tv::paper
