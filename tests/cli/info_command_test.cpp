@@ -30,11 +30,7 @@ std::map<std::string, std::uintmax_t> Listing(const fs::path& dir) {
   return files;
 }
 
-std::size_t LineCount(const std::string& s) {
-  std::size_t n = 0;
-  for (char c : s) n += c == '\n';
-  return n;
-}
+std::size_t LineCount(const std::string& s) { return Count(s, "\n"); }
 
 // The output parses as JSON, strictly (no comments, nothing after the value).
 bool IsValidJson(const std::string& s) { return nlohmann::json::accept(s); }

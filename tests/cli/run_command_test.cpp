@@ -31,9 +31,7 @@ class RunCommand : public TvplotTest {
  protected:
   ~RunCommand() override {
     EXPECT_EQ(ReadFile(drawing_), original_) << "the drawing is never written";
-    std::size_t files = 0;
-    for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir_.path())) ++files;
-    EXPECT_EQ(files, extraFiles_ + 1) << "nothing is left beside the drawing";
+    EXPECT_EQ(FilesIn(dir_.path()).size(), extraFiles_ + 1) << "nothing is left beside the drawing";
   }
   const std::string drawing_ = Write("平面.dxf", OneLine()), original_ = ReadFile(drawing_);
   std::size_t extraFiles_ = 0;

@@ -100,13 +100,7 @@ class PlotJobTest : public ::testing::Test {
     recognition::ResetUcs();
   }
   std::string Folder() const { return (dir_ / "out").string(); }
-  static std::vector<std::string> Names(const fs::path& folder) {
-    std::vector<std::string> names;
-    std::error_code ec;
-    for (const auto& e : fs::directory_iterator(folder, ec)) names.push_back(e.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  static std::vector<std::string> Names(const fs::path& folder) { return test_support::FilesIn(folder); }
   std::vector<std::string> Written() const { return Names(Folder()); }
   console::ConsoleEditor& editor() { return session_->editor(); }
 
