@@ -580,29 +580,24 @@ TEST(PlotterMedia, MarginLargerThanThePaperIsDroppedInBothOrientations) {
   for (const ModelMedium& m : ModelMediaOf(papers, o)) EXPECT_EQ(m.inset, 70.0);
 }
 
-TEST(PlotterText, PdfDrawsTextAsGeometryOnTheOption) {
-  PlotterOptions o = Options(0);
-  EXPECT_TRUE(HasLine(Between(Pc3Text(o, "p", "/d/pdfplot25.hdi"), "name=\"All_As_Geometry", "}"), "value=FALSE"));
-  o.textAsGraphics = true;
-  EXPECT_TRUE(HasLine(Between(Pc3Text(o, "p", "/d/pdfplot25.hdi"), "name=\"All_As_Geometry", "}"), "value=TRUE"));
-}
-
-TEST(PlotterText, PdfOnHosts20Point1To21DrawsTextAsGeometryAlways) {
-  PlotterOptions o = Options(0);
-  for (double version : {20.1, 20.5, 21.0}) {
-    o.hostVersion = version;
-    EXPECT_TRUE(HasLine(Between(Pc3Text(o, "p", "/d/pdfplot25.hdi"), "name=\"All_As_Geometry", "}"), "value=TRUE"))
-        << version;
+// Text is drawn as geometry on the option, and always by the PDF driver of hosts 20.1 to 21.
+TEST(PlotterText, TextAsGeometryFollowsTheOptionAndTheHostOfThePdfDriver) {
+  struct Case {
+    std::int32_t format;
+    double hostVersion;
+    bool option, asGeometry;
+  };
+  const Case cases[] = {{0, 25.0, false, false}, {0, 25.0, true, true},  {0, 20.1, false, true},
+                        {0, 20.5, false, true},  {0, 21.0, false, true}, {0, 20.0, false, false},
+                        {0, 21.1, false, false}, {1, 20.5, false, false}};
+  for (const Case& c : cases) {
+    PlotterOptions o = Options(c.format);
+    o.hostVersion = c.hostVersion;
+    o.textAsGraphics = c.option;
+    const std::string text = Pc3Text(o, "p", c.format == 0 ? "/d/pdfplot25.hdi" : "/d/dwfplot25.hdi");
+    EXPECT_TRUE(HasLine(Between(text, "name=\"All_As_Geometry", "}"), c.asGeometry ? "value=TRUE" : "value=FALSE"))
+        << "format " << c.format << " host " << c.hostVersion << " option " << c.option;
   }
-  for (double version : {20.0, 21.1, 25.0}) {
-    o.hostVersion = version;
-    EXPECT_TRUE(HasLine(Between(Pc3Text(o, "p", "/d/pdfplot25.hdi"), "name=\"All_As_Geometry", "}"), "value=FALSE"))
-        << version;
-  }
-  // The version rule is the PDF driver's alone.
-  o = Options(1);
-  o.hostVersion = 20.5;
-  EXPECT_TRUE(HasLine(Between(Pc3Text(o, "p", "/d/dwfplot25.hdi"), "name=\"All_As_Geometry", "}"), "value=FALSE"));
 }
 
 TEST(PlotterText, OldestPdfDriverTakesTheLongOptionList) {
