@@ -74,25 +74,26 @@ TEST_F(TitleBlockCommandTest, PlotWritesOneFileANameWithoutTouchingTheDrawing) {
 }
 
 TEST_F(TitleBlockCommandTest, AMissingLibraryOrRangeIsSaidPlainly) {
-  // The test process's own data folder holds no library.
-  const RunResult empty = TitleBlock({drawing_});
-  EXPECT_EQ(empty.exitCode, 4);
-  EXPECT_TRUE(Has(empty.err, "图框信息库为空")) << empty.err;
-
-  const RunResult missing = TitleBlock({drawing_, "--tk", (dir_.path() / "none.tk").string(), "--plot"});
-  EXPECT_EQ(missing.exitCode, 2);
-  EXPECT_TRUE(Has(missing.err, "无法读取")) << missing.err;
-
-  const RunResult layouts = TitleBlock({drawing_, "--tk", tk_, "--range", "layouts"});
-  EXPECT_EQ(layouts.exitCode, 4);
-  EXPECT_TRUE(Has(layouts.err, "未找到图框")) << layouts.err;
-
-  const RunResult usage = TitleBlock({drawing_, "--tk"});
-  EXPECT_EQ(usage.exitCode, 1);
-  // The definitions fix the scale: a scale given for the run is refused rather than ignored.
-  const RunResult scaled = TitleBlock({drawing_, "--tk", tk_, "--plot", "--scale", "50"});
-  EXPECT_EQ(scaled.exitCode, 1);
-  EXPECT_TRUE(Has(scaled.err, "--scale")) << scaled.err;
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    const char* says;
+  };
+  const Case cases[] = {
+      {{}, 4, "图框信息库为空"},  // the test process's own data folder holds no library
+      {{"--tk", Path("none.tk").string(), "--plot"}, 2, "无法读取"},
+      {{"--tk", tk_, "--range", "layouts"}, 4, "未找到图框"},
+      {{"--tk"}, 1, "--tk"},
+      // The definitions fix the scale: a scale given for the run is refused rather than ignored.
+      {{"--tk", tk_, "--plot", "--scale", "50"}, 1, "--scale"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args{drawing_};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const RunResult r = TitleBlock(args);
+    EXPECT_EQ(r.exitCode, c.exitCode) << c.says << "\n" << r.err;
+    EXPECT_TRUE(Has(r.err, c.says)) << r.err;
+  }
 }
 
 // `tk import` and `titleblock --tk` take a library file through one check: what is no whole
