@@ -101,32 +101,32 @@ TEST_F(PlotCommandTest, RasterAndOtherFormatsTakeTheMediumOfTheirDevice) {
   EXPECT_EQ(FilesIn(dir_ / "EPS"), (std::vector<std::string>{"plan01.eps", "plan02.eps"}));
 }
 
-TEST_F(PlotCommandTest, BadInputGetsAClearMessageAndExitCode) {
-  const std::string plan = Write("plan.dxf", Frames(1));
-  const RunResult noStyle = Plot({plan, "--style", (dir_ / "none.ctb").string()});
-  EXPECT_EQ(noStyle.exitCode, 1);
-  EXPECT_TRUE(Has(noStyle.err, "none.ctb 不存在")) << noStyle.err;
-  // A drawing that can't be read, or one without a sheet.
-  const std::string broken = WriteText("broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nabc\n");
-  EXPECT_EQ(Plot({broken, "--out", (dir_ / "b").string()}).exitCode, 2);
-  const RunResult empty = Plot({Write("empty.dxf", cad::Database::createDefault()), "--out", (dir_ / "e").string()});
-  EXPECT_EQ(empty.exitCode, 4);
-  EXPECT_TRUE(Has(empty.err, "未找到图框")) << empty.err;
-
-  // An output folder that can't be made: a file stands in its way.
+TEST_F(PlotCommandTest, BadInputGetsAClearMessageAndExitCodeAndNoFile) {
+  const std::string plan = Write("plan.dxf", Frames(1)), out = Path("out").string();
   WriteText("file", "x");
-  const RunResult blocked = Plot({plan, "--out", (dir_ / "file" / "out").string()});
-  EXPECT_EQ(blocked.exitCode, 5);
-  EXPECT_TRUE(Has(blocked.err, "无法创建")) << blocked.err;
-
-  // At 1:1 a frame of no standard proportion needs 90 m of paper: the ceiling stops the run with
-  // its message, and no file is written.
-  const std::string strip = Write("strip.dxf", Frames(1, 90000, 10000));
-  const fs::path out = dir_ / "big";
-  const RunResult big = Plot({strip, "--out", out.string(), "--scale", "1"});
-  EXPECT_EQ(big.exitCode, 5);
-  EXPECT_TRUE(Has(big.err, "5080")) << big.err;
-  EXPECT_TRUE(FilesIn(out).empty());
+  struct Case {
+    const char* what;
+    std::vector<std::string> args;
+    int exitCode;
+    const char* says;
+  };
+  const Case cases[] = {
+      {"a style table that is not there", {plan, "--out", out, "--style", Path("none.ctb").string()}, 1, "none.ctb 不存在"},
+      {"a drawing that can't be read",
+       {WriteText("broken.dxf", "0\nSECTION\n2\nENTITIES\n0\nLINE\n10\nabc\n"), "--out", out}, 2, ""},
+      {"a drawing without a sheet", {Write("empty.dxf", cad::Database::createDefault()), "--out", out}, 4, "未找到图框"},
+      {"an output folder a file stands in the way of", {plan, "--out", Path("file/out").string()}, 5, "无法创建"},
+      // At 1:1 a frame of no standard proportion needs 90 m of paper: the ceiling stops the run.
+      {"paper beyond the ceiling", {Write("strip.dxf", Frames(1, 90000, 10000)), "--out", out, "--scale", "1"}, 5, "5080"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const RunResult r = Plot(c.args);
+    EXPECT_EQ(r.exitCode, c.exitCode) << r.err;
+    EXPECT_TRUE(Has(r.err, c.says)) << r.err;
+    EXPECT_FALSE(r.err.empty());
+    EXPECT_TRUE(FilesIn(out).empty());
+  }
 }
 
 }  // namespace
