@@ -4,7 +4,6 @@
 
 #include "../recognition/drawing_fixture.h"
 #include "console/console_editor.h"
-#include "host/module_entry.h"
 #include "plot/generic_review.h"
 #include "recognition/plot_marker.h"
 #include "settings/config.h"
@@ -79,20 +78,6 @@ TEST_F(GenericReviewTest, ATinyScaleWarnsOfOversizedPaper) {
   ASSERT_EQ(form->rows.size(), 1u);
   EXPECT_EQ(form->rows[0].note, "提示：纸张尺寸过大");
   EXPECT_TRUE(form->rows[0].warn);
-}
-
-TEST_F(GenericReviewTest, TheBatchCommandShowsTheList) {
-  AddSheet({0, 0}, 84100, 59400);
-  Open();
-  host::OnLoad();
-  session_->editor().answers().pushFront({"", ""});  // Enter, then the default item
-  EXPECT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
-  host::OnUnload();
-  const std::string text = out_.str();
-  EXPECT_NE(text.find("批打印至文件"), std::string::npos) << text;
-  EXPECT_NE(text.find("纸张尺寸"), std::string::npos);
-  EXPECT_NE(text.find("1:100"), std::string::npos);
-  EXPECT_NE(text.find("84100x59400"), std::string::npos);
 }
 
 }  // namespace
