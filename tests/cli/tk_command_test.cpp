@@ -152,7 +152,9 @@ TEST_F(TkCommandTest, ImportMergesOrReplacesAsAskedAndChangesNothingWhenItCannot
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    fs::remove(library_);  // written afresh: a rewrite within the same second could pass for no change
+    // Gone first: saved again unchanged, the file an import of the last case made would be kept as
+    // another run's newer file.
+    fs::remove(library_);
     TwoLibraries();
     if (c.mineAbsent) fs::remove(library_);
     const std::string before = c.mineAbsent ? "" : ReadFile(library_);
