@@ -48,7 +48,7 @@ if (err !== 0 || !/\n\s*0\r?\nEOF\r?\n?$/.test(dxf.toString('latin1', Math.max(0
 const TYPE_LAYER = 51, PROXY_ENTITY = 498, PROXY_OBJECT = 499, UNKNOWN_ENT = 65534, UNKNOWN_OBJ = 65535;
 const read = m.dwg_read_file('/in.dwg');
 const layerOff = new Map();   // handle (upper-case hex) → off
-const dropped = {};           // kind name → count of objects the DXF writer cannot write
+const dropped = { entities: {}, objects: {} };   // kind name → count the DXF writer cannot write
 const nameOf = s => /^[A-Za-z0-9_$*]{1,40}$/.test(s) ? s : '?';
 if (read.data) {
   const n = m.dwg_get_num_objects(read.data);
@@ -61,8 +61,9 @@ if (read.data) {
       const handle = m.dwg_object_get_handle_object(obj).value.toString(16).toUpperCase();
       layerOff.set(handle, !!m.dwg_dynapi_entity_value(tio, 'off').data);
     } else if (type === UNKNOWN_ENT || type === UNKNOWN_OBJ || type === PROXY_ENTITY || type === PROXY_OBJECT) {
-      const name = nameOf(m.dwg_object_get_dxfname(obj)) + (type === UNKNOWN_ENT || type === PROXY_ENTITY ? ' (entity)' : '');
-      dropped[name] = (dropped[name] || 0) + 1;
+      const kind = dropped[type === UNKNOWN_ENT || type === PROXY_ENTITY ? 'entities' : 'objects'];
+      const name = nameOf(m.dwg_object_get_dxfname(obj));
+      kind[name] = (kind[name] || 0) + 1;
     }
   }
 }
