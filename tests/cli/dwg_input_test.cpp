@@ -62,20 +62,24 @@ fs::path Acadsharp() { return test_support::CorpusDir() / "acadsharp"; }
 // The corpus DWG versions, each with the corpus DXF of the same or the nearest version, and what
 // the converter is known to drop (model space, by entity kind: how many of the DXF's are lost).
 // R14 cannot hold the newer kinds; R2004's classes are read as garbage, so the class-based
-// entities go; ATTRIBs of one block reference are lost in R14 and R2000.
+// entities go; ATTRIBs of one block reference are lost in R14 and R2000. Where the newer kinds
+// go, the sheet found around them (number 6) comes out at another size.
 struct CorpusVersion {
   const char* dwg;
   const char* dxf;
   const char* release;
   std::map<std::string, int> lost;
+  std::vector<int> sheetsChanged = {};
 };
 const std::vector<CorpusVersion>& CorpusVersions() {
   static const std::vector<CorpusVersion> kVersions = {
       {"AC1014", "AC1015", "R14",
-       {{"MULTILEADER", 15}, {"ACAD_TABLE", 2}, {"MESH", 2}, {"WIPEOUT", 1}, {"PDFUNDERLAY", 1}, {"ATTRIB", 2}}},
+       {{"MULTILEADER", 15}, {"ACAD_TABLE", 2}, {"MESH", 2}, {"WIPEOUT", 1}, {"PDFUNDERLAY", 1}, {"ATTRIB", 2}},
+       {6}},
       {"AC1015", "AC1015", "R2000", {{"ATTRIB", 2}}},
       {"AC1018", "AC1018", "R2004",
-       {{"MULTILEADER", 15}, {"ACAD_TABLE", 2}, {"MESH", 2}, {"IMAGE", 1}, {"PDFUNDERLAY", 1}, {"WIPEOUT", 1}}},
+       {{"MULTILEADER", 15}, {"ACAD_TABLE", 2}, {"MESH", 2}, {"IMAGE", 1}, {"PDFUNDERLAY", 1}, {"WIPEOUT", 1}},
+       {6}},
       {"AC1021", "AC1024", "R2007", {}},
       {"AC1024", "AC1024", "R2010", {}},
       {"AC1027", "AC1032", "R2013", {}},
@@ -163,9 +167,14 @@ TEST(DwgConverter, EveryCorpusVersionGivesTheSheetsLayoutsAndEntitiesOfItsDxf) {
 
     const RunResult sheets = run({"sheets", "--json", dwg});
     ASSERT_EQ(sheets.exitCode, kExitOk) << sheets.err;
-    const json dwgSheets = Json(sheets);
+    json dwgSheets = Json(sheets), expected = dxfSheets;
     ASSERT_TRUE(dwgSheets.is_object()) << sheets.out;
-    EXPECT_TRUE(Near(dwgSheets, dxfSheets)) << dwgSheets.dump(1) << "\n---\n" << dxfSheets.dump(1);
+    ASSERT_EQ(dwgSheets["count"], expected["count"]);
+    for (auto n = v.sheetsChanged.rbegin(); n != v.sheetsChanged.rend(); ++n) {
+      dwgSheets["sheets"].erase(static_cast<std::size_t>(*n - 1));
+      expected["sheets"].erase(static_cast<std::size_t>(*n - 1));
+    }
+    EXPECT_TRUE(Near(dwgSheets, expected)) << dwgSheets.dump(1) << "\n---\n" << dxfSheets.dump(1);
   }
 }
 
@@ -194,8 +203,8 @@ TEST(DwgConverter, BadDwgFilesExitWithTheFileNamedAndNothingLeft) {
     EXPECT_EQ(r.exitCode, kExitUnreadable) << r.err;
     EXPECT_TRUE(Has(r.err, path)) << r.err;
     EXPECT_TRUE(Has(r.err, c.says)) << r.err;
-    EXPECT_EQ(FilesIn(dir.path()).size(), cases.size()) << "nothing is written beside the drawing";
   }
+  EXPECT_EQ(FilesIn(dir.path()).size(), cases.size()) << "nothing is written beside the drawing";
 }
 
 // An R14 file spells block and layer names in capitals ("*MODEL_SPACE", "*PAPER_SPACE0") and
