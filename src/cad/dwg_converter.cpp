@@ -96,6 +96,7 @@ void ReadReport(const fs::path& file, DrawingSource& source) {
     source.droppedObjects = Counts(it->value("objects", nlohmann::json()));
   }
   if (auto it = j.find("stubs"); it != j.end()) source.stubs = Counts(*it);
+  if (auto it = j.find("layerStatesKnown"); it != j.end() && it->is_boolean()) source.layerStatesKnown = it->get<bool>();
   if (auto it = j.find("repairs"); it != j.end() && it->is_object()) {
     source.layerStatesRepaired = Count(*it, "layerOnOff");
     source.trueColoursDropped = Count(*it, "trueColours");

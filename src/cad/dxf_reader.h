@@ -27,6 +27,7 @@ struct DrawingSource {
   std::vector<std::pair<std::string, std::size_t>> droppedEntities, droppedObjects;
   std::vector<std::pair<std::string, std::size_t>> stubs;    // records written without content
   std::size_t layerStatesRepaired = 0, trueColoursDropped = 0, lineBreaksRepaired = 0;
+  bool layerStatesKnown = true;  // false: the converter could not read which layers are off
 };
 
 struct DxfReadResult {

@@ -138,6 +138,7 @@ Json SourceJson(const cad::DrawingSource& src) {
   json["repairs"]["layerStates"] = src.layerStatesRepaired;
   json["repairs"]["trueColours"] = src.trueColoursDropped;
   json["repairs"]["lineBreaks"] = src.lineBreaksRepaired;
+  json["layerStatesKnown"] = src.layerStatesKnown;
   json["dropped"]["entities"] = KindsJson(src.droppedEntities);
   json["dropped"]["objects"] = KindsJson(src.droppedObjects);
   json["stubs"] = KindsJson(src.stubs);

@@ -88,6 +88,7 @@ void WriteSource(const cad::DrawingSource& src, std::ostream& out) {
   add(src.trueColoursDropped, "个丢失的真彩色改用索引颜色");
   add(src.lineBreaksRepaired, "处值中的换行");
   if (!repairs.empty()) out << "转换修复: " << repairs << '\n';
+  if (!src.layerStatesKnown) out << "未能转换: 图层的开关状态（全部按打开）\n";
   if (!src.droppedEntities.empty()) out << "未能转换的实体: " << KindsText(src.droppedEntities) << '\n';
   if (!src.droppedObjects.empty()) out << "未能转换的对象: " << KindsText(src.droppedObjects) << '\n';
   if (!src.stubs.empty()) out << "只转换了空壳: " << KindsText(src.stubs) << '\n';

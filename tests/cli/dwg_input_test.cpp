@@ -156,6 +156,7 @@ TEST(DwgConverter, EveryCorpusVersionGivesTheSheetsLayoutsAndEntitiesOfItsDxf) {
     EXPECT_EQ(dwgInfo["source"]["release"], v.release);
     EXPECT_TRUE(Has(dwgInfo["source"]["converter"].get<std::string>(), "LibreDWG 0.13.3 (@mlightcad/libredwg-web 0.7.14)"));
     EXPECT_EQ(LayoutNames(dwgInfo), LayoutNames(dxfInfo));
+    EXPECT_EQ(dwgInfo["source"]["layerStatesKnown"], std::string(v.dwg) != "AC1014");
 
     auto dwgSpaces = SpaceCounts(dwgInfo), dxfSpaces = SpaceCounts(dxfInfo);
     for (const auto& [kind, n] : v.lost) {

@@ -28,7 +28,10 @@ let logged = 0;
 const log = s => { if (logged++ < 20) process.stderr.write(s + '\n'); };
 const m = await createModule({ locateFile: f => join(wasmDir, f), print: log, printErr: log });
 
-m.FS.writeFile('/in.dwg', readFileSync(input));
+const dwg = readFileSync(input);
+m.FS.writeFile('/in.dwg', dwg);
+// R13 and R14 keep a layer's off state where LibreDWG does not read it: every layer comes out on.
+const layerStatesKnown = !/^AC101[0-4]/.test(dwg.toString('latin1', 0, 6));
 // One LibreDWG read and write. Its status does not include the read's non-critical errors.
 const err = m.dwg_write_dxf('/in.dwg', '/out.dxf');
 if (!m.FS.analyzePath('/out.dxf', false).exists) {
@@ -113,6 +116,7 @@ const report = {
   converter: `LibreDWG${libredwg ? ' ' + libredwg : ''} (@mlightcad/libredwg-web ${pkgVersion})`,
   readProblems,
   repairs: { layerOnOff: layers, trueColours: colours, lineBreaks: breaks },
+  layerStatesKnown,
   dropped,
   stubs,
 };
