@@ -43,10 +43,11 @@ struct Pipe {
   }
 };
 
-// Reads what is there without blocking; keeps up to `cap` bytes.
+// Reads what is there without blocking, at most 256 KB a call so that a program writing without
+// end cannot keep the watchdog from looking; keeps up to `cap` bytes.
 void Drain(int fd, std::string& kept, std::size_t cap, bool& open) {
   char buf[4096];
-  for (;;) {
+  for (int reads = 0; reads < 64; ++reads) {
     ssize_t n = ::read(fd, buf, sizeof buf);
     if (n > 0) {
       if (kept.size() < cap) kept.append(buf, std::min<std::size_t>(static_cast<std::size_t>(n), cap - kept.size()));

@@ -278,6 +278,8 @@ TEST_F(DwgStandIn, ConvertersThatFailAreBoundedAndNamed) {
       {"hangs with a child", "(await import('node:child_process')).spawn('sleep', ['617'], {stdio: 'inherit'}); for (;;) {}",
        "1", "1024", "超过 1 秒仍未完成"},
       {"grows", "const kept = []; for (;;) kept.push(Buffer.alloc(16 << 20, 1));", "60", "200", "内存超过 200 MB"},
+      {"talks without end", "const line = 'x'.repeat(1000) + '\\n'; for (;;) process.stderr.write(line);", "1", "1024",
+       "超过 1 秒仍未完成"},
       {"crashes", "process.kill(process.pid, 'SIGSEGV');", "60", "1024", "异常终止"},
       {"cannot read", "process.stderr.write('LibreDWG could not read it (error 2048)\\n'); process.exit(2);", "60", "1024",
        "无法读取此文件：LibreDWG could not read it (error 2048)"},
