@@ -48,7 +48,8 @@ if (err !== 0 || !/\n\s*0\r?\nEOF\r?\n?$/.test(dxf.toString('latin1', Math.max(0
 
 // A second read gives what the DXF writer gets wrong or leaves out. Only the object kinds are
 // looked at, and the LAYER records; the typed database of the package is not built.
-const TYPE_LAYER = 51, PROXY_ENTITY = 498, PROXY_OBJECT = 499, UNKNOWN_ENT = 65534, UNKNOWN_OBJ = 65535;
+// Objects of a kind LibreDWG cannot decode are UNKNOWN_ENT/UNKNOWN_OBJ, and its DXF writer skips them.
+const TYPE_LAYER = 51, UNKNOWN_ENT = 65534, UNKNOWN_OBJ = 65535;
 const read = m.dwg_read_file('/in.dwg');
 const layerOff = new Map();   // handle (upper-case hex) → off
 const dropped = { entities: {}, objects: {} };   // kind name → count the DXF writer cannot write
@@ -63,8 +64,8 @@ if (read.data) {
       const tio = m.dwg_object_to_object_tio(obj);
       const handle = m.dwg_object_get_handle_object(obj).value.toString(16).toUpperCase();
       layerOff.set(handle, !!m.dwg_dynapi_entity_value(tio, 'off').data);
-    } else if (type === UNKNOWN_ENT || type === UNKNOWN_OBJ || type === PROXY_ENTITY || type === PROXY_OBJECT) {
-      const kind = dropped[type === UNKNOWN_ENT || type === PROXY_ENTITY ? 'entities' : 'objects'];
+    } else if (type === UNKNOWN_ENT || type === UNKNOWN_OBJ) {
+      const kind = dropped[type === UNKNOWN_ENT ? 'entities' : 'objects'];
       const name = nameOf(m.dwg_object_get_dxfname(obj));
       kind[name] = (kind[name] || 0) + 1;
     }
