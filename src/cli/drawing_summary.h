@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cad/database.h"
+#include "cad/dxf_reader.h"
 
 namespace tv::cli {
 
@@ -90,6 +91,7 @@ struct DrawingSummary {
   std::optional<DictionaryNode> dictionaries;
   std::size_t warningCount = 0;
   std::vector<std::string> firstWarnings;
+  std::optional<cad::DrawingSource> source;  // set for a drawing converted from DWG
 };
 
 struct SummaryLimits {

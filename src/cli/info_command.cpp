@@ -55,6 +55,7 @@ int RunInfo(const ParsedArgs& args, CliStreams& io) {
   if (!result.ok()) return Fail(io, result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error);
 
   DrawingSummary summary = SummarizeDrawing(*result.db, path, result.warnings);
+  summary.source = result.source;
   if (args.has("--json")) WriteInfoJson(summary, io.out);
   else WriteInfoText(summary, io.out);
   io.out.flush();

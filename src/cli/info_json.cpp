@@ -123,6 +123,29 @@ Json DictionaryJson(const DictionaryNode& n) {
   return json;
 }
 
+Json KindsJson(const std::vector<std::pair<std::string, std::size_t>>& kinds) {
+  Json json = Json::object();
+  for (const auto& [name, count] : kinds) json[name] = count;
+  return json;
+}
+
+Json SourceJson(const cad::DrawingSource& src) {
+  Json json;
+  json["format"] = src.format;
+  json["acadver"] = src.version;
+  json["release"] = src.release;
+  json["converter"] = src.converter;
+  json["repairs"]["layerStates"] = src.layerStatesRepaired;
+  json["repairs"]["trueColours"] = src.trueColoursDropped;
+  json["repairs"]["lineBreaks"] = src.lineBreaksRepaired;
+  json["layerStatesKnown"] = src.layerStatesKnown;
+  json["dropped"]["entities"] = KindsJson(src.droppedEntities);
+  json["dropped"]["objects"] = KindsJson(src.droppedObjects);
+  json["stubs"] = KindsJson(src.stubs);
+  json["readProblems"] = src.readProblems;
+  return json;
+}
+
 }  // namespace
 
 void WriteInfoJson(const DrawingSummary& s, std::ostream& out) {
@@ -130,6 +153,7 @@ void WriteInfoJson(const DrawingSummary& s, std::ostream& out) {
   json["file"] = s.file;
   json["version"]["acadver"] = s.acadver;
   json["version"]["release"] = s.release;
+  if (s.source) json["source"] = SourceJson(*s.source);
   json["codePage"] = Optional(s.codePage);
   json["units"] = UnitsJson(s);
   json["ltscale"] = Optional(s.ltscale);

@@ -64,9 +64,45 @@ std::string CountsText(const SpaceCounts& c) {
   return s + "；共 " + std::to_string(c.total);
 }
 
+std::string KindsText(const std::vector<std::pair<std::string, std::size_t>>& kinds) {
+  std::string text;
+  for (const auto& [name, count] : kinds) {
+    if (!text.empty()) text += ", ";
+    text += Printable(name) + " " + std::to_string(count);
+  }
+  return text;
+}
+
+// Where a converted drawing came from, and what the conversion repaired or could not carry over.
+void WriteSource(const cad::DrawingSource& src, std::ostream& out) {
+  out << "来源: " << Printable(src.format) << ' ' << Printable(src.version);
+  if (!src.release.empty()) out << " (" << src.release << ')';
+  out << "，经 " << Printable(src.converter) << " 转换\n";
+  std::string repairs;
+  auto add = [&repairs](std::size_t n, const char* what) {
+    if (n == 0) return;
+    if (!repairs.empty()) repairs += "；";
+    repairs += std::to_string(n) + " " + what;
+  };
+  add(src.layerStatesRepaired, "个图层的开关状态");
+  add(src.trueColoursDropped, "个丢失的真彩色改用索引颜色");
+  add(src.lineBreaksRepaired, "处值中的换行");
+  if (!repairs.empty()) out << "转换修复: " << repairs << '\n';
+  if (!src.layerStatesKnown) out << "未能转换: 图层的开关状态（全部按打开）\n";
+  if (!src.droppedEntities.empty()) out << "未能转换的实体: " << KindsText(src.droppedEntities) << '\n';
+  if (!src.droppedObjects.empty()) out << "未能转换的对象: " << KindsText(src.droppedObjects) << '\n';
+  if (!src.stubs.empty()) out << "只转换了空壳: " << KindsText(src.stubs) << '\n';
+  if (!src.readProblems.empty()) {
+    out << "转换程序读取时报告:";
+    for (const auto& p : src.readProblems) out << ' ' << Printable(p);
+    out << '\n';
+  }
+}
+
 void WriteHeader(const DrawingSummary& s, std::ostream& out) {
   out << "文件: " << Printable(s.file) << '\n';
   out << "版本: " << (s.acadver.empty() ? "未注明" : Printable(s.acadver)) << " (" << s.release << ")\n";
+  if (s.source) WriteSource(*s.source, out);
   out << "代码页: " << (s.codePage ? Printable(*s.codePage) : "未设置") << '\n';
 
   std::string units;

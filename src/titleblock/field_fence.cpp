@@ -1,5 +1,7 @@
 // What a field's sources see: the fence across an area, the entities that count, and where a box
 // lies against an area.
+#include <strings.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -53,7 +55,7 @@ void RefreshLiveLayers() {
   layers.off = host::Aids().offLayerIds;
   layers.hidden = host::Aids().frozenLayerIds;
   for (const host::LayerFacts& layer : host::ListLayers())
-    if (layer.name == kMarkerLayer) layers.hidden.push_back(layer.id);
+    if (strcasecmp(layer.name.c_str(), kMarkerLayer) == 0) layers.hidden.push_back(layer.id);
 }
 
 bool IsLiveEntity(const host::Entity& entity) {
