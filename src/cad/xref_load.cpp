@@ -70,17 +70,29 @@ class XrefLoader {
 
   XrefLoadResult run() {
     std::vector<BlockRecord*> xrefBlocks;
-    for (const auto& b : db_.blocks)
+    std::set<std::uint64_t> placed;
+    for (const auto& b : db_.blocks) {
       if (b->isXref()) xrefBlocks.push_back(b.get());
+      else
+        for (const auto& e : b->entities)
+          if (const auto* insert = As<Insert>(e.get()); insert && !insert->isErased()) placed.insert(insert->block.value);
+    }
     std::vector<FileKey> chain;
     if (hostKey_) chain.push_back(*hostKey_);
-    for (BlockRecord* block : xrefBlocks) load(*block, block->name, block->name, block->xrefPath, hostFolder_, 1, chain);
+    for (BlockRecord* block : xrefBlocks) {
+      // CAD programs list the xrefs nested in an xref among the drawing's blocks too, with paths
+      // that hold from the xref's folder: one the drawing never places is loaded without a word.
+      quiet_ = !placed.contains(block->id.value);
+      load(*block, block->name, block->name, block->xrefPath, hostFolder_, 1, chain);
+    }
+    quiet_ = false;
     db_.externalFiles = result_.filesRead;
     return std::move(result_);
   }
 
  private:
   void notice(std::string text) {
+    if (quiet_) return;
     if (noticed_.insert(text).second) result_.notices.push_back(std::move(text));
   }
 
@@ -377,6 +389,7 @@ class XrefLoader {
   std::set<const BlockRecord*> claimed_;
   std::set<std::string> noticed_;
   std::size_t copied_ = 0;
+  bool quiet_ = false;
   XrefLoadResult result_;
 };
 

@@ -259,6 +259,18 @@ TEST(XrefLoadTest, AFileThatIsNoDrawingIsToldAndLeftOut) {
   EXPECT_EQ(EntityCount(l.db, "坏"), 0u);
 }
 
+TEST(XrefLoadTest, AnXrefTheDrawingNeverPlacesIsListedButNotTold) {
+  // As CAD programs list the xrefs nested in an xref: a path from the xref's folder.
+  TempDir dir("tv_xref_listed");
+  Database host = Referring("平面", "D:\\旧\\平面.dxf");
+  AddXrefBlock(host, "轴网", "..\\共用\\轴网.dxf");
+  const std::string path = WriteDrawing(dir / "A-101.dxf", host);
+  Loaded l = Load(path);
+  ASSERT_EQ(l.xrefs.xrefs.size(), 2u);
+  EXPECT_EQ(l.xrefs.xrefs[1].state, XrefState::NotFound);
+  EXPECT_EQ(l.xrefs.notices, std::vector<std::string>{"外部参照 平面 未找到（D:\\旧\\平面.dxf）"});
+}
+
 TEST(XrefLoadTest, ADrawingWithoutXrefsIsLeftAsItWas) {
   TempDir dir("tv_xref_none");
   const std::string path = WriteDrawing(dir / "plain.dxf", OneLine("a"));
