@@ -120,7 +120,9 @@ class XrefLoader {
     result_.xrefs.push_back(info);
     auto setState = [&](XrefState s) { result_.xrefs[at].state = s; };
 
-    const std::string path = ResolveXrefPath(savedPath, folder);
+    std::string path = ResolveXrefPath(savedPath, folder);
+    std::error_code ec;
+    if (!path.empty()) path = fs::absolute(path, ec).lexically_normal().string();
     const auto key = path.empty() ? std::nullopt : KeyOf(path);
     if (!key) {
       notice("外部参照 " + prefix + " 未找到（" + savedPath + "）");

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/corpus.h"
 #include "../support/run_program.h"
 #include "../support/xref_drawings.h"
 
@@ -269,6 +270,32 @@ TEST(XrefLoadTest, AnXrefTheDrawingNeverPlacesIsListedButNotTold) {
   ASSERT_EQ(l.xrefs.xrefs.size(), 2u);
   EXPECT_EQ(l.xrefs.xrefs[1].state, XrefState::NotFound);
   EXPECT_EQ(l.xrefs.notices, std::vector<std::string>{"外部参照 平面 未找到（D:\\旧\\平面.dxf）"});
+}
+
+TEST(XrefLoadTest, DrawingsOfOtherProgramsAreXrefsToo) {
+  const fs::path corpus = test_support::CorpusDir() / "acadsharp";
+  TV_SKIP_WITHOUT_CORPUS(corpus);
+  TempDir dir("tv_xref_corpus");
+  for (const char* name : {"sample_AC1032_ascii.dxf", "sample_AC1018_ascii.dxf", "sample_AC1032.dwg"}) {
+    SCOPED_TRACE(name);
+    const std::string file = (corpus / name).string();
+    const std::string host = WriteDrawing(dir / "A-101.dxf", Referring("样例", file));
+    Loaded l = Load(host);
+    ASSERT_EQ(l.xrefs.xrefs.size(), 1u);
+    const XrefInfo& x = l.xrefs.xrefs[0];
+    EXPECT_TRUE(fs::equivalent(x.resolvedPath, file)) << x.resolvedPath;
+    if (x.state == XrefState::Loaded) {
+      EXPECT_GT(EntityCount(l.db, "样例"), 0u);
+      EXPECT_TRUE(std::any_of(l.db.layers.begin(), l.db.layers.end(),
+                              [](const auto& layer) { return layer->name.starts_with("样例|"); }));
+      EXPECT_TRUE(l.xrefs.notices.empty());
+    } else {
+      // A DWG without the converter: said, naming the file, and left out.
+      EXPECT_EQ(x.state, XrefState::Unreadable);
+      ASSERT_EQ(l.xrefs.notices.size(), 1u);
+      EXPECT_NE(l.xrefs.notices[0].find(name), std::string::npos) << l.xrefs.notices[0];
+    }
+  }
 }
 
 TEST(XrefLoadTest, ADrawingWithoutXrefsIsLeftAsItWas) {
