@@ -275,7 +275,7 @@ class XrefLoader {
       if (block->isLayout()) continue;
       BlockRecord* to = nullptr;
       if (block->isAnonymous() && block->name.size() >= 2 && block->name[0] == '*') {
-        to = &db_.addBlock(block->name.substr(0, 2));
+        to = &anonymousBlock(block->name.substr(0, 2));
       } else {
         to = &freshBlock(Joined(prefix, block->name));
       }
@@ -298,14 +298,50 @@ class XrefLoader {
   // The drawing's block of that name when it holds nothing of its own (a CAD program saves the
   // names of xref blocks with the drawing), else a new one of a name not taken.
   BlockRecord& freshBlock(const std::string& name) {
+    if (!taken(name)) return newBlock(name);
     BlockRecord* existing = db_.findBlock(name);
-    if (!existing) return db_.addBlock(name);
     if (existing->entities.empty() && (existing->blockFlags & BlockRecord::kExternallyDependent) && !claimed_.contains(existing)) {
       claimed_.insert(existing);
       return *existing;
     }
     for (int n = 1;; ++n)
-      if (!db_.findBlock(name + "$" + std::to_string(n))) return db_.addBlock(name + "$" + std::to_string(n));
+      if (!taken(name + "$" + std::to_string(n))) return newBlock(name + "$" + std::to_string(n));
+  }
+
+  // "*U", "*D" …: the next number free. A file of many dimensions has thousands of these, so the
+  // names are counted here rather than looked up one by one.
+  BlockRecord& anonymousBlock(const std::string& kind) {
+    std::size_t& n = nextAnonymous_[Upper(kind)];
+    for (;;)
+      if (std::string name = kind + std::to_string(++n); !taken(name)) {
+        BlockRecord& b = newBlock(std::move(name));
+        b.blockFlags |= BlockRecord::kAnonymous;
+        return b;
+      }
+  }
+
+  static std::string Upper(std::string_view name) {
+    std::string upper(name);
+    for (char& c : upper) c = AsciiUpper(c);
+    return upper;
+  }
+
+  bool taken(const std::string& name) {
+    if (blockNames_.empty())
+      for (const auto& b : db_.blocks) blockNames_.insert(Upper(b->name));
+    return blockNames_.contains(Upper(name));
+  }
+
+  // A block of a name not taken, added without the table's look-up by name.
+  BlockRecord& newBlock(std::string name) {
+    taken(name);  // the names known before this one
+    blockNames_.insert(Upper(name));
+    auto block = std::make_unique<BlockRecord>();
+    block->name = std::move(name);
+    block->owner = db_.tableId("BLOCK_RECORD");
+    db_.registerObject(*block);
+    db_.blocks.push_back(std::move(block));
+    return *db_.blocks.back();
   }
 
   template <class T>
@@ -389,6 +425,8 @@ class XrefLoader {
   std::map<FileKey, LoadedFile> files_;
   std::map<std::pair<FileKey, std::string>, BoundNames> bound_;
   std::set<const BlockRecord*> claimed_;
+  std::set<std::string> blockNames_;  // upper case, filled on first use
+  std::map<std::string, std::size_t> nextAnonymous_;
   std::set<std::string> noticed_;
   std::size_t copied_ = 0;
   bool quiet_ = false;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "../support/xref_drawings.h"
 
 #include "cad/drawing_file.h"
+#include "examples/sample_kit.h"
 #include "cad/xref_load.h"
 #include "cad/xref_path.h"
 
@@ -164,6 +166,49 @@ TEST(XrefLoadTest, ModelSpaceBecomesTheBlockAndNamesJoinUnderTheXrefName) {
   EXPECT_EQ(l.db.ownerBlock(*xref->entities[2]), xref);
   EXPECT_EQ(l.db.entity(xref->entities[2]->id), xref->entities[2].get());
   EXPECT_EQ(l.db.externalFiles, std::vector<std::string>{(dir / "平面.dxf").string()});
+}
+
+TEST(XrefLoadTest, DimensionsKeepTheirOwnBlocksBesideTheDrawingsAnonymousBlocks) {
+  namespace kit = samples::kit;
+  TempDir dir("tv_xref_dims");
+  Database plan = Database::createDefault();
+  kit::DimensionStyle style;
+  style.layer = kit::AddLayer(plan, "标注", 3).id;
+  style.defpointsLayer = plan.addLayer("Defpoints").id;
+  style.textStyle = plan.addTextStyle("HZ").id;
+  style.dimStyle = plan.findTableRecord("DIMSTYLE", "Standard")->id;
+  for (int i = 0; i < 5; ++i)
+    kit::AddLinearDimension(plan, *plan.modelSpace(), {0, i * 1000.0}, {3000, i * 1000.0}, true, 500, style);
+  WriteDrawing(dir / "平面.dxf", plan);
+  // The drawing has dimension blocks of its own under the same names.
+  Database host = Referring("平面", "平面.dxf");
+  kit::DimensionStyle own = style;
+  own.layer = host.addLayer("标注").id;
+  own.defpointsLayer = host.addLayer("Defpoints").id;
+  own.textStyle = host.findTextStyle("Standard")->id;
+  own.dimStyle = host.findTableRecord("DIMSTYLE", "Standard")->id;
+  for (int i = 0; i < 3; ++i) kit::AddLinearDimension(host, *host.modelSpace(), {0, 0}, {1000, 0}, true, 300, own);
+  Loaded l = Load(WriteDrawing(dir / "A-101.dxf", host));
+
+  std::set<std::string> names;
+  for (const auto& e : l.db.findBlock("平面")->entities) {
+    const auto* d = As<Dimension>(e.get());
+    ASSERT_NE(d, nullptr);
+    const auto* block = l.db.objectAs<BlockRecord>(d->block);
+    ASSERT_NE(block, nullptr);
+    EXPECT_TRUE(block->isAnonymous());
+    EXPECT_FALSE(block->entities.empty());
+    names.insert(block->name);
+    EXPECT_EQ(l.db.objectAs<TableRecord>(d->dimStyle)->name, "平面|Standard");
+    EXPECT_EQ(l.db.objectAs<Layer>(e->layer)->name, "平面|标注");
+  }
+  EXPECT_EQ(names.size(), 5u);
+  for (const auto& e : l.db.modelSpace()->entities)
+    if (const auto* d = As<Dimension>(e.get())) {
+      EXPECT_FALSE(names.contains(l.db.objectAs<BlockRecord>(d->block)->name));
+    }
+  EXPECT_NE(l.db.findLayer("Defpoints"), nullptr);
+  EXPECT_EQ(l.db.findLayer("平面|Defpoints"), nullptr);
 }
 
 TEST(XrefLoadTest, EachFileIsReadOnceWhateverReachesIt) {
