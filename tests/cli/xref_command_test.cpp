@@ -137,7 +137,8 @@ TEST_F(XrefCommandTest, EveryCommandTellsAMissingXrefOnceAndGoesOn) {
   // The library defines no frame of this set's: titleblock goes on to find none.
   for (const Case& c : {Case{"info", {"info", host}, 0}, Case{"info json", {"info", host, "--json"}, 0},
                         Case{"sheets", {"sheets", host}, 0}, Case{"plot", {"plot", host, "--out", out.string()}, 0},
-                        Case{"titleblock", {"titleblock", host, "--tk", tk_}, 4}}) {
+                        Case{"titleblock", {"titleblock", host, "--tk", tk_}, 4},
+                        Case{"run", {"run", host, "_-plotstamp on"}, 0}}) {
     SCOPED_TRACE(c.what);
     const RunResult r = Run(c.args);
     EXPECT_EQ(r.exitCode, c.exitCode) << r.err << r.out;
@@ -210,6 +211,29 @@ TEST_F(XrefCommandTest, AnOutputThatWouldReplaceAnXrefFileIsRefused) {
   const RunResult save = Run({"run", host, "_-plotstamp on", "--save-as", frame_});
   EXPECT_NE(save.exitCode, 0) << save.err << save.out;
   EXPECT_TRUE(ReadFile(frame_) == bytes) << "nor saved over";
+}
+
+TEST_F(XrefCommandTest, InfoShowsNestedAttachmentsLoadedAndNestedOverlaysLeftOut) {
+  WriteDrawing(project_ / "xref" / "轴网.dxf", PlanXref());
+  WriteDrawing(project_ / "xref" / "底图.dxf", PlanXref());
+  cad::Database plan = PlanXref();
+  Place(plan, AddXrefBlock(plan, "轴网", "轴网.dxf"), {});
+  Place(plan, AddXrefBlock(plan, "底图", "底图.dxf", true), {});
+  WriteDrawing(project_ / "xref" / "平面.dxf", plan);
+  cad::Database db = cad::Database::createDefault();
+  Place(db, AddXrefBlock(db, "平面", "..\\xref\\平面.dxf"), {});
+  const std::string host = WriteDrawing(project_ / "建施" / "A-102.dxf", db);
+
+  const RunResult r = Run({"info", host, "--json"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(r.err.empty()) << r.err;
+  for (const std::string& part :
+       {std::string("{\"name\": \"平面|轴网\", \"savedPath\": \"轴网.dxf\", \"path\": \"") + (project_ / "xref" / "轴网.dxf").string() +
+            "\", \"state\": \"loaded\", \"overlay\": false, \"depth\": 2}",
+        std::string("{\"name\": \"平面|底图\", \"savedPath\": \"底图.dxf\", \"path\": null, \"state\": \"overlay\", \"overlay\": true, \"depth\": 2}"),
+        std::string("\"name\": \"平面|轴线\""), std::string("\"name\": \"轴网|轴线\"")})
+    EXPECT_TRUE(Has(r.out, part)) << part << '\n' << r.out;
+  EXPECT_FALSE(Has(r.out, "底图|")) << r.out;
 }
 
 TEST_F(XrefCommandTest, ACycleOfXrefsIsRefusedAndTheRunEnds) {
