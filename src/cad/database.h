@@ -143,6 +143,9 @@ class Database {
   // ---- objects ---------------------------------------------------------------------------------
   std::vector<std::unique_ptr<DbObject>> objects;  // non-graphical objects in file order
   ObjectId rootDictionaryId;
+
+  // The files the drawing's external references were loaded from (see xref_load.h); never saved.
+  std::vector<std::string> externalFiles;
   Dictionary* rootDictionary() const { return objectAs<Dictionary>(rootDictionaryId); }
   template <class T>
   T& addObject(std::unique_ptr<T> o, ObjectId owner) {

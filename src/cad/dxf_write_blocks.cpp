@@ -49,6 +49,7 @@ void WriteEntity(WriteContext& ctx, const Entity& e, ObjectId owner) {
 }
 
 void WriteEntitiesOf(WriteContext& ctx, const BlockRecord& block) {
+  if (block.externalContent) return;
   const ObjectId owner = ctx.idOf(block.id);
   ctx.db.forEachEntity(block, [&](const Entity& e) {
     if (IsSaved(e)) WriteEntity(ctx, e, owner);

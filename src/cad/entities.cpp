@@ -29,7 +29,7 @@ bool BlockRecord::isPaperSpace() const { return StartsWithNoCase(name, "*Paper_S
 BlockRecord::BlockRecord(const BlockRecord& o)
     : RecordOf(o), blockFlags(o.blockFlags), basePoint(o.basePoint), xrefPath(o.xrefPath), description(o.description),
       layout(o.layout), insertUnits(o.insertUnits), explodable(o.explodable), scalable(o.scalable), preview(o.preview),
-      beginId(o.beginId), endId(o.endId), beginLayer(o.beginLayer) {
+      beginId(o.beginId), endId(o.endId), beginLayer(o.beginLayer), externalContent(o.externalContent) {
   entities.reserve(o.entities.size());
   for (const auto& e : o.entities) entities.push_back(e->clone());
 }

@@ -107,6 +107,9 @@ class BlockRecord final : public RecordOf<BlockRecord, ObjectType::BlockRecord> 
   ObjectId beginId, endId;       // handles of the BLOCK and ENDBLK entities
   ObjectId beginLayer;           // layer of BLOCK/ENDBLK
   std::vector<std::unique_ptr<Entity>> entities;  // owned, in drawing order
+  // The entities came from an external reference's file (xref_load.h): they are read from there
+  // each time the drawing is opened, so a saved drawing leaves them out.
+  bool externalContent = false;
 };
 
 // VPORT, VIEW, UCS, APPID, DIMSTYLE and any other table: the name and the raw groups.

@@ -54,6 +54,16 @@ struct BlockSummary {
   std::size_t entities = 0;
 };
 
+// An external reference and the file it was loaded from.
+struct XrefSummary {
+  std::string name;
+  std::string savedPath;
+  std::string resolvedPath;  // empty when no file was found
+  std::string state;         // "loaded", "notFound", "unreadable", "cycle", "tooDeep", "overlay"
+  bool overlay = false;
+  int depth = 1;             // 1 = referenced by the drawing itself
+};
+
 // Anonymous blocks of one kind ("*D", "*U" …) when there are too many to list.
 struct AnonymousBlockGroup {
   std::string prefix;
@@ -89,6 +99,7 @@ struct DrawingSummary {
   std::vector<BlockSummary> blocks;  // named blocks, and anonymous ones unless summarised
   std::vector<AnonymousBlockGroup> anonymousGroups;  // set when anonymous blocks are summarised
   std::optional<DictionaryNode> dictionaries;
+  std::vector<XrefSummary> xrefs;  // set by the caller that loaded them; empty without xrefs
   std::size_t warningCount = 0;
   std::vector<std::string> firstWarnings;
   std::optional<cad::DrawingSource> source;  // set for a drawing converted from DWG

@@ -7,6 +7,7 @@
 #include "cli/command_line.h"
 #include "cli/drawing_summary.h"
 #include "cli/info_report.h"
+#include "cli/xref_loading.h"
 #include "console/progress_line.h"
 #include "console/text_table.h"
 
@@ -54,8 +55,10 @@ int RunInfo(const ParsedArgs& args, CliStreams& io) {
   }
   if (!result.ok()) return Fail(io, result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error);
 
+  const cad::XrefLoadResult xrefs = LoadXrefsOf(*result.db, path, io);
   DrawingSummary summary = SummarizeDrawing(*result.db, path, result.warnings);
   summary.source = result.source;
+  summary.xrefs = XrefSummaries(xrefs);
   if (args.has("--json")) WriteInfoJson(summary, io.out);
   else WriteInfoText(summary, io.out);
   io.out.flush();

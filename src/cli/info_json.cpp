@@ -165,11 +165,24 @@ void WriteInfoJson(const DrawingSummary& s, std::ostream& out) {
   json["layers"] = LayersJson(s);
   json["layouts"] = LayoutsJson(s);
   AddBlocks(json, s);
+  if (!s.xrefs.empty()) {
+    Json& xrefs = json["xrefs"] = Json::array();
+    for (const auto& x : s.xrefs) {
+      Json xref;
+      xref["name"] = x.name;
+      xref["savedPath"] = x.savedPath;
+      xref["path"] = x.resolvedPath.empty() ? Json() : Json(x.resolvedPath);
+      xref["state"] = x.state;
+      xref["overlay"] = x.overlay;
+      xref["depth"] = x.depth;
+      xrefs.push_back(std::move(xref));
+    }
+  }
   json["dictionaries"] = s.dictionaries ? DictionaryJson(*s.dictionaries) : Json();
   json["warnings"]["count"] = s.warningCount;
   json["warnings"]["first"] = s.firstWarnings;
   PrintJson(out, json,
-            {.inlineKeys = {"version", "extents"}, .inlineItemsOf = {"layers", "blocks", "anonymousBlocks"}});
+            {.inlineKeys = {"version", "extents"}, .inlineItemsOf = {"layers", "blocks", "anonymousBlocks", "xrefs"}});
 }
 
 }  // namespace tv::cli

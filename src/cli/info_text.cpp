@@ -183,6 +183,26 @@ void WriteBlocks(const DrawingSummary& s, std::ostream& out) {
     out << "  匿名块 " << Printable(g.prefix) << "*: " << g.count << " 个，实体 " << g.entities << '\n';
 }
 
+std::string XrefStateText(const XrefSummary& x) {
+  if (x.state == "loaded") return Printable(x.resolvedPath);
+  if (x.state == "notFound") return "未找到";
+  if (x.state == "unreadable") return "无法读取 " + Printable(x.resolvedPath);
+  if (x.state == "cycle") return "循环引用，未加载";
+  if (x.state == "tooDeep") return "嵌套过深，未加载";
+  return "嵌套的覆盖参照，未加载";
+}
+
+void WriteXrefs(const DrawingSummary& s, std::ostream& out) {
+  if (s.xrefs.empty()) return;
+  out << "\n外部参照 (" << s.xrefs.size() << "):\n";
+  TextTable t;
+  t.addRow({"名称", "类型", "保存的路径", "文件"});
+  for (const auto& x : s.xrefs)
+    t.addRow({std::string(2 * (x.depth - 1), ' ') + Printable(x.name), x.overlay ? "覆盖" : "附着", Printable(x.savedPath),
+              XrefStateText(x)});
+  t.print(out);
+}
+
 void AddDictionaryRows(const DictionaryNode& n, std::size_t depth, TextTable& t) {
   std::string indent(2 * depth, ' ');
   for (const auto& c : n.children) {
@@ -228,6 +248,7 @@ void WriteInfoText(const DrawingSummary& s, std::ostream& out) {
   WriteLayers(s, out);
   WriteLayouts(s, out);
   WriteBlocks(s, out);
+  WriteXrefs(s, out);
   WriteDictionaries(s, out);
   WriteWarnings(s, out);
 }

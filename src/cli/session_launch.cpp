@@ -5,6 +5,7 @@
 
 #include "cad/drawing_file.h"
 #include "cad/dxf_writer.h"
+#include "cli/xref_loading.h"
 #include "console/answer_source.h"
 #include "console/text_table.h"
 #include "host/wrappers.h"
@@ -106,10 +107,17 @@ std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io
     io.err << OneLine(result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error) << '\n';
     return std::nullopt;
   }
+  LoadXrefsOf(*result.db, path, io);
   return std::move(*result.db);
 }
 
 bool SaveDrawingAs(const cad::Database& db, const std::string& path, CliStreams& io) {
+  std::error_code ec;
+  for (const std::string& xref : db.externalFiles)
+    if (std::filesystem::equivalent(path, xref, ec)) {
+      io.err << OneLine("图纸无法保存为 " + path + "：该文件是图纸的外部参照") << '\n';
+      return false;
+    }
   // The writer goes through a temporary file of its process and renames it over `path`.
   const cad::Status written = cad::WriteDxf(db, path);
   if (!written.ok) {

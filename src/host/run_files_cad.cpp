@@ -1,5 +1,5 @@
-// The files of a run on this platform: the console host reads one drawing file (external
-// references aren't loaded yet); private folders come from mkdtemp.
+// The files of a run on this platform: the drawing the console host opened and the files its
+// external references were loaded from; private folders come from mkdtemp.
 #include "host/run_files.h"
 
 #include <stdlib.h>
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/cad_binding.h"
 #include "host/editor.h"
 
 namespace tv::host {
@@ -17,6 +18,8 @@ std::vector<std::string> DrawingFilesRead() {
   std::vector<std::string> files;
   if (!HasEditor()) return files;
   if (std::string path = CurrentEditor().documentPath(); !path.empty()) files.push_back(std::move(path));
+  if (const cad::Database* db = WorkingDatabase())
+    files.insert(files.end(), db->externalFiles.begin(), db->externalFiles.end());
   return files;
 }
 
