@@ -20,7 +20,9 @@
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
 
+#include "cad/drawing_file.h"
 #include "cad/dxf_writer.h"
+#include "cad/codepage.h"
 #include "cli/subcommand.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
@@ -206,6 +208,38 @@ TEST(DwgConverter, BadDwgFilesExitWithTheFileNamedAndNothingLeft) {
     EXPECT_TRUE(Has(r.err, c.says)) << r.err;
   }
   EXPECT_EQ(FilesIn(dir.path()).size(), cases.size()) << "nothing is written beside the drawing";
+}
+
+// A drawing saved on Chinese Windows keeps its text in GBK, with the code page in the file header.
+// Made here from the corpus R2000 file: a text of 32 ASCII bytes becomes 16 Chinese characters in
+// GBK (LibreDWG reads past the object's now wrong checksum) and the header says ANSI_936.
+TEST(DwgConverter, AGbkDrawingKeepsItsChineseText) {
+  const fs::path r2000 = Acadsharp() / "sample_AC1015.dwg";
+  TV_SKIP_WITHOUT_CORPUS(r2000);
+  std::string bytes = ReadFile(r2000);
+  const std::string ascii = "Hello this is a single line text";
+  const std::string chinese = "建筑施工图设计说明第一页共十二页";
+  const std::string gbk = *cad::Utf8ToCodePage(chinese, "ANSI_936");
+  ASSERT_EQ(gbk.size(), ascii.size());
+  const auto at = bytes.find(ascii);
+  ASSERT_NE(at, std::string::npos);
+  bytes.replace(at, ascii.size(), gbk);
+  bytes[0x13] = 39;  // the header's code page number of ANSI_936
+  TempDir dir("tv_dwg_gbk");
+  const std::string path = (dir.path() / "说明.dwg").string();
+  WriteFile(path, bytes);
+
+  TempDir tmp("tv_dwg_gbk_tmp");
+  ScopedEnv env("TMPDIR", tmp.path().string());
+  const cad::DxfReadResult read = cad::ReadDrawing(path);
+  ASSERT_TRUE(read.ok()) << read.error;
+  EXPECT_EQ(read.db->codePage(), "ANSI_936");
+  bool found = false;
+  read.db->forEachEntity(*read.db->modelSpace(), [&](const cad::Entity& e) {
+    if (const auto* t = dynamic_cast<const cad::Text*>(&e)) found = found || t->text == chinese;
+  });
+  EXPECT_TRUE(found) << "the GBK text is read as Chinese";
+  EXPECT_TRUE(FilesIn(tmp.path()).empty());
 }
 
 // An R14 file spells block and layer names in capitals ("*MODEL_SPACE", "*PAPER_SPACE0") and
