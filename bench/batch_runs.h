@@ -81,8 +81,10 @@ inline RecognisedSheets RecogniseModelSpace(benchmark::State& state, cad::Databa
 // The whole generic batch, as `tvplot plot DRAWING --format F --out OUT` runs it: the command's
 // recognition and review list, then one -plot per sheet. Returns the number of files written.
 // The benchmark's settings live beside its drawings (XDG_DATA_HOME), never in the user's folder.
+// With `mergeTarget` the sheets are joined into that one PDF.
 inline std::size_t PlotGenericBatch(benchmark::State& state, cad::Database db, const std::filesystem::path& drawing,
-                                    const std::filesystem::path& out, std::int32_t format) {
+                                    const std::filesystem::path& out, std::int32_t format,
+                                    const std::string& mergeTarget = {}) {
   std::error_code ec;
   std::filesystem::remove_all(out, ec);
   std::filesystem::create_directories(out, ec);
@@ -93,12 +95,15 @@ inline std::size_t PlotGenericBatch(benchmark::State& state, cad::Database db, c
   auto session = std::make_unique<console::Session>(std::move(db), drawing.string(), options);
   host::OnLoad();
   settings::GlobalConfig().open_folder_after = 0;
+  settings::GlobalConfig().merge_pdf = mergeTarget.empty() ? 0 : 1;
+  settings::GlobalConfig().pdf_open_after_merge = 0;
   settings::PlotSettingRec rec = settings::CurrentPlotSetting();
   rec.format = format;
   rec.path_mode = plot::kPathCustom;
   rec.custom_path = out.string();
   settings::SaveDwgPlotSetting(rec);
-  session->editor().answers().pushFront({"", "1", "", "^C"});
+  if (mergeTarget.empty()) session->editor().answers().pushFront({"", "1", "", "^C"});
+  else session->editor().answers().pushFront({"", "1", "", mergeTarget, "^C"});
   state.ResumeTiming();
 
   session->runCommandLine("TV_BatchPlot_2");

@@ -50,6 +50,7 @@ struct Options : SheetOptions {
   std::optional<std::int32_t> pathMode;
   std::optional<std::string> style;
   std::optional<std::int32_t> margin;
+  std::optional<std::string> merge;  // one PDF of all sheets, absolute
   bool no = false;
   bool timings = false;
   bool verbose = false;
@@ -87,6 +88,14 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
   if (auto v = args.value("--margin")) {
     options.margin = ParseWhole(*v, -100, 100);
     if (!options.margin) return "周边留白 " + Printable(*v) + " 无效，应为 -100 到 100 的整数（毫米）";
+  }
+  if (auto v = args.value("--merge")) {
+    if (v->empty()) return "合并后的 PDF 文件名不能为空";
+    if (options.format && *options.format != settings::kFormatPdf) return "--merge 只用于 PDF 格式";
+    std::error_code ec;
+    fs::path target = fs::absolute(*v, ec).lexically_normal();
+    if (target.extension() != ".pdf" && target.extension() != ".PDF") target += ".pdf";
+    options.merge = target.string();
   }
   if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
   options.no = args.has("--no");
@@ -171,9 +180,32 @@ void DefinePlotOutputOptions(CLI::App& app) {
   AddValue(app, "--path-mode", "N", "0 图纸所在文件夹，1 图纸所在文件夹下按格式命名的子文件夹，2 设置中的自选文件夹");
   AddValue(app, "--style", "S", "打印样式：黑白、彩色、蓝白，或一个 .ctb 样式表文件");
   AddValue(app, "--margin", "M", "周边留白（毫米，-100 到 100）：正数加大纸张，负数缩小可打印区域");
+  AddValue(app, "--merge", "文件.pdf", "全部图纸合并为这一个 PDF 文件，每张图纸一个书签（只用于 PDF 格式）");
   AddFlag(app, "--yes", "对打印过程中的是/否提问一律回答“是”（默认）");
   AddFlag(app, "--no", "对打印过程中的是/否提问一律回答“否”");
   AddFlag(app, "--verbose", "显示命令行的全部过程");
+}
+
+// A merge's numbered files are gone once it ends: the summary names the sheets that didn't plot
+// and the merged file, which holds the others.
+int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& target,
+                 std::chrono::steady_clock::time_point started, CliStreams& io) {
+  std::size_t plotted = 0;
+  for (const ConsoleEditor::PlotRecord& p : editor.plots()) {
+    if (p.ok) ++plotted;
+    else io.err << "未输出 " << (p.path.empty() ? std::string("（无文件名）") : p.path) << "：" << OneLine(p.message) << '\n';
+  }
+  std::error_code ec;
+  const bool merged = fs::is_regular_file(target, ec);
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+  if (merged) io.out << target << '\n';
+  else io.err << "未能合并为 " << target << '\n';
+  io.out << "共 " << listed << " 张图纸，已合并 " << (merged ? plotted : 0) << " 张到 " << target << "，用时 "
+         << Seconds(seconds) << " 秒\n";
+  io.out.flush();
+  // What the merge said (a program missing, the merge failing) is shown whatever the outcome.
+  for (const std::string& m : editor.messages()) io.err << "tvplot: " << OneLine(m) << '\n';
+  return merged && plotted == static_cast<std::size_t>(listed) ? kExitOk : kExitNotAllWritten;
 }
 
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) {
@@ -225,6 +257,10 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     rec.custom_path = fs::absolute(*options.out, ec).lexically_normal().string();
   }
   if (options.scale) plot::FixedListScale() = *options.scale;
+  // Only --merge joins the sheets: a merge the user's settings ask for would ask for its file.
+  config.merge_pdf = options.merge ? 1 : 0;
+  config.pdf_open_after_merge = 0;
+  if (options.merge) rec.format = settings::kFormatPdf;
   if (rec.format == settings::kFormatDwf || rec.format == settings::kFormatDwg) {
     io.err << program << ": 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
            << " 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
@@ -242,7 +278,9 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     config.last_plot_style = name;
   }
   std::string folderCustom = rec.custom_path;
-  const std::string folder = options.out ? rec.custom_path : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
+  const std::string folder = options.merge ? fs::path(*options.merge).parent_path().string()
+                            : options.out ? rec.custom_path
+                                          : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
   if (std::string why; !FolderTakesFiles(folder, why)) {
     io.err << program << ": " << why << "，未打印\n";
     restore();
@@ -255,6 +293,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   ConsoleEditor& editor = session.editor();
   std::vector<std::string> answers = RangeAnswers(options.range, host::IsPaperSpace());
   answers.emplace_back("");
+  if (options.merge) answers.push_back(*options.merge);  // the file the merge asks for
   answers.emplace_back("^C");
   editor.answers().pushFront(answers);
   session.runCommandLine(std::string(batch.command));
@@ -266,6 +305,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     io.err << program << ": 未找到图框\n";
     return kExitNoSheets;
   }
+  if (options.merge) return MergeSummary(editor, listed, *options.merge, started, io);
   // The summary counts what the folder holds now: the files this run wrote, each once, that are
   // still there (every file there is complete, as each is written under another name first).
   std::set<std::string> present;
@@ -298,7 +338,7 @@ void DefinePlot(CLI::App& app) {
   Describe(app,
            "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
-           "                  [--range 范围] [--yes | --no] [--timings] [--verbose]\n"
+           "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
            "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n",
            "  选项只用于本次打印，不改变用户配置；图纸文件本身不会被改写。\n"
            "  退出码：0 全部图纸已输出，1 用法错误，2 图纸无法读取，4 未找到图框，5 有图纸未能输出\n");

@@ -9,4 +9,8 @@ namespace tv::host {
 // it could not be done.
 bool RotatePdfPages(const std::string& path, int degrees);
 
+// Sets the rotation of a PDF file's first page to `degrees`, rewriting the file whole. False, with
+// the reason shown, when the file isn't a PDF that can be read.
+bool SetFirstPageRotation(const std::string& path, int degrees);
+
 }  // namespace tv::host

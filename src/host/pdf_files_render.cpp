@@ -12,4 +12,11 @@ bool RotatePdfPages(const std::string& path, int degrees) {
   return false;
 }
 
+bool SetFirstPageRotation(const std::string& path, int degrees) {
+  std::string error;
+  if (render::SetFirstPageRotation(path, degrees, error)) return true;
+  if (HasEditor()) CurrentEditor().print("\n文件 " + path + " 的页面无法旋转：" + error);
+  return false;
+}
+
 }  // namespace tv::host

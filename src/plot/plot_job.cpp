@@ -1,11 +1,12 @@
 #include "plot/plot_job.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 
 #include "host/command_prologue.h"
 #include "host/editor.h"
-#include "host/pdf_files.h"
+#include "host/run_files.h"
 #include "host/wrappers.h"
 #include "paper/ctb_writer.h"
 #include "paper/layout_plot_setting.h"
@@ -13,6 +14,8 @@
 #include "paper/saved_plotter.h"
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
+#include "plot/pdf_merge.h"
+#include "plot/pdf_rotation.h"
 #include "plot/plotter_lock.h"
 #include "plot/review_forms.h"
 #include "plot/sheet_loop.h"
@@ -50,10 +53,26 @@ SheetLoop GenericLoop(Dlg_BPlot1& form) {
   loop.cancelRequested = &form.cancel_requested;
   loop.finish = [&form] { FinishBatch(form); };
   loop.standbyCommand = "Plot_BaseFun1_Standby\n";
+  loop.merge = MergePdfs;
   for (const recognition::Plot_Drawing1* sheet : form.job.keptSheets)
     loop.rows.push_back({sheet->spaceId, sheet->paperName, sheet->rotated, {sheet->minX, sheet->minY},
                          {sheet->maxX, sheet->maxY}, sheet->scale, sheet->fileName});
   return loop;
+}
+
+// The target of a PDF merge, offered in the folder of the path mode under the drawing's name.
+// Empty when the user cancelled, or chose a drawing the run reads (which is never written).
+std::optional<std::string> AskMergedPdfPath(settings::PlotSettingRec& setting) {
+  const std::string folder = OutputFolder(setting.path_mode, setting.format, setting.custom_path);
+  std::error_code ec;
+  std::filesystem::create_directories(folder, ec);
+  std::optional<std::string> target =
+      host::CurrentEditor().askSavePath(kMergedPdfTitle, folder + "/" + DrawingTitle() + ".pdf", "pdf");
+  if (target && host::IsDrawingFileRead(*target)) {
+    Message(OutputIsDrawingMessage(*target, 1));
+    return std::nullopt;
+  }
+  return target;
 }
 
 }  // namespace
@@ -136,7 +155,7 @@ bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool r
   const settings::Config& config = settings::GlobalConfig();
   if (format == settings::kFormatPdf && config.pdf_orientation != 0) {
     const bool turn = (rotated && config.pdf_orientation == 1) || (!rotated && config.pdf_orientation == 2);
-    if (turn) host::RotatePdfPages(path, config.pdf_rotate_side == 0 ? 90 : 270);
+    if (turn) RotatePdf(path, config.pdf_rotate_side == 0 ? 90 : 270);
   }
   return true;
 }
@@ -179,8 +198,11 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
     settings::GlobalConfig().last_plot_style = layout.StyleNameAt(styleIndex);
   }
   job.MergedPdfPath.clear();
-  if (setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0)
-    editor.print("\n本版本暂不能合并PDF，各图纸分别输出。");
+  if (setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0) {
+    std::optional<std::string> target = AskMergedPdfPath(setting);
+    if (!target) return false;
+    job.MergedPdfPath = std::move(*target);
+  }
 
   editor.sendStringToExecute("\x03\x03");
   editor.sendStringToExecute(privateCommand);

@@ -20,6 +20,7 @@ namespace tv::plot {
 
 inline constexpr std::string_view kCancelQuestion = "是否中断打印 ？";
 inline constexpr std::string_view kPlotCaption = "Tarvex批打印";
+inline constexpr std::string_view kMergedPdfTitle = "合并后的PDF文件保存为...";
 
 // What a run leaves for the private commands; it dies with the run.
 struct JobState {

@@ -10,6 +10,7 @@
 #include "paper/layout_plot_setting.h"
 #include "paper/plotter_writer.h"
 #include "plot/output_paths.h"
+#include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
 
 namespace tv::plot {
@@ -28,6 +29,18 @@ void EndRun(SheetLoop& loop, ObjectId home) {
 std::string PathOf(const SheetLoop& loop, const std::string& folder, std::size_t row, std::int32_t mergeNumber) {
   if (!Job().MergedPdfPath.empty()) return MergeSheetPath(folder, mergeNumber);
   return SheetPath(folder, loop.rows[row].fileName, loop.setting.format);
+}
+
+// A merge joins what the loop plotted into the job's target; its numbered files go either way.
+void EndMerge(const SheetLoop& loop, const std::string& folder, bool join) {
+  if (Job().MergedPdfPath.empty()) return;
+  if (join && loop.merge) {
+    std::vector<std::string> names;
+    names.reserve(loop.rows.size());
+    for (const SheetToPlot& row : loop.rows) names.push_back(row.fileName);
+    loop.merge(folder, names);
+  }
+  EmptyMergeFolder(folder);
 }
 
 enum class RowResult { Plotted, Missed, Refused };
@@ -85,6 +98,7 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
       *loop.cancelRequested = false;
       if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
         EndRun(loop, home);
+        EndMerge(loop, folderOut, false);
         return false;
       }
     }
@@ -103,6 +117,7 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
     return true;
   }
   EndRun(loop, home);
+  EndMerge(loop, folderOut, true);
   return true;
 }
 
@@ -122,6 +137,7 @@ void RunStandbyLoop(SheetLoop& loop) {
   }
   job.RetryIndices.clear();
   EndRun(loop, job.RetryLayoutId);
+  EndMerge(loop, job.RetryFolder, true);
 }
 
 }  // namespace tv::plot

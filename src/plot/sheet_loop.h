@@ -32,6 +32,8 @@ struct SheetLoop {
   std::string standbyCommand;        // posted when sheets wait for a second try
   // Around each plot, by row index: the title-block family puts its stamps on and off here.
   std::function<void(std::size_t)> beforePlot, afterPlot;
+  // Joins the numbered PDFs of a merge (the folder, the rows' names) once the loop ended.
+  std::function<bool(const std::string&, const std::vector<std::string>&)> merge;
 };
 
 // Sets the plot settings of the row's layout (switching to it first). True when paper space is

@@ -9,6 +9,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/plotter_lock.h"
+#include "plot/pdf_merge.h"
 #include "plot/sheet_loop.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
@@ -29,6 +30,7 @@ SheetLoop TitleLoop(Dlg_BPlot2& form) {
   loop.cancelRequested = &form.cancel_requested;
   loop.finish = [&form] { FinishTitleBatch(form); };
   loop.standbyCommand = "Plot_BaseFun2_Standby\n";
+  loop.merge = MergeTitlePdfs;
   const std::vector<std::string> names = TitleFileNames(form);
   for (std::size_t i = 0; i < form.rows.size(); ++i) {
     const titleblock::Plot_Drawing2& s = *form.rows[i].sheet;

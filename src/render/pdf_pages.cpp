@@ -9,12 +9,17 @@
 
 #include <exception>
 #include <filesystem>
+#include <vector>
 
 namespace tv::render {
 
 namespace fs = std::filesystem;
 
-bool RotatePdfPages(const std::string& path, int degrees, std::string& error) {
+namespace {
+
+// Edits the pages of `path` through `edit` and replaces the file with the result.
+template <class Edit>
+bool RewritePages(const std::string& path, int degrees, std::string& error, Edit edit) {
   if (degrees % 90 != 0) {
     error = "页面只能按 90 度的整数倍旋转";
     return false;
@@ -24,7 +29,12 @@ bool RotatePdfPages(const std::string& path, int degrees, std::string& error) {
   try {
     QPDF pdf;
     pdf.processFile(path.c_str());
-    for (QPDFPageObjectHelper& page : QPDFPageDocumentHelper(pdf).getAllPages()) page.rotatePage(degrees, true);
+    std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(pdf).getAllPages();
+    if (pages.empty()) {
+      error = "文件中没有页面";
+      return false;
+    }
+    edit(pages);
     QPDFWriter writer(pdf, temp.c_str());
     writer.write();
   } catch (const std::exception& e) {
@@ -41,6 +51,20 @@ bool RotatePdfPages(const std::string& path, int degrees, std::string& error) {
     return false;
   }
   return true;
+}
+
+}  // namespace
+
+bool RotatePdfPages(const std::string& path, int degrees, std::string& error) {
+  return RewritePages(path, degrees, error, [degrees](std::vector<QPDFPageObjectHelper>& pages) {
+    for (QPDFPageObjectHelper& page : pages) page.rotatePage(degrees, true);
+  });
+}
+
+bool SetFirstPageRotation(const std::string& path, int degrees, std::string& error) {
+  return RewritePages(path, degrees, error, [degrees](std::vector<QPDFPageObjectHelper>& pages) {
+    pages.front().rotatePage(degrees, false);
+  });
 }
 
 }  // namespace tv::render

@@ -9,4 +9,10 @@ namespace tv::render {
 // reason in `error`.
 bool RotatePdfPages(const std::string& path, int degrees, std::string& error);
 
+// Sets the rotation of the first page to `degrees` (a multiple of 90), whatever it was and wherever
+// the page's box is kept (in the page, inherited from the page tree, or in a compressed object
+// stream); the file is rewritten with a correct cross-reference table, replacing the old one
+// whole. False with the reason in `error`, the file untouched.
+bool SetFirstPageRotation(const std::string& path, int degrees, std::string& error);
+
 }  // namespace tv::render
