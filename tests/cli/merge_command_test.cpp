@@ -12,6 +12,7 @@
 #include "../support/tvplot_test.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
+#include "settings/config.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::cli {
@@ -87,6 +88,24 @@ TEST_F(MergeCommandTest, EverySheetIsOnePageInListOrderWithItsSizeAndBookmark) {
   }
   EXPECT_EQ(list.find('\r'), std::string::npos);
   EXPECT_EQ(ReadFile(plan_), original) << "the drawing is never written";
+}
+
+TEST_F(MergeCommandTest, PagesTurnedByTheOrientationSettingStayTurnedInTheMergedFile) {
+  // "全部转为竖放" with the second direction: the sheets lying across get "/Rotate 270".
+  settings::Config config;
+  config.pdf_orientation = 2;
+  config.pdf_rotate_side = 1;
+  fs::create_directories(DataFolder());
+  ASSERT_TRUE(settings::SaveConfigTo(config, (DataFolder() / "BPlot_Cfg.cfg").string(), false));
+  const fs::path target = Path("turned.pdf");
+  const RunResult r = RunAtHome({"plot", plan_, "--merge", target.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const PdfFacts merged = ReadPdfFacts(target.string());
+  ASSERT_EQ(merged.pages.size(), 3u);
+  EXPECT_EQ(merged.pages[0].rotate, 270);
+  EXPECT_EQ(merged.pages[1].rotate, 0) << "the upright A4 already stands";
+  EXPECT_EQ(merged.pages[2].rotate, 270);
+  EXPECT_NEAR(merged.pages[0].widthMm, 420, 0.01) << "the paper itself is kept";
 }
 
 TEST_F(MergeCommandTest, OneSheetIsCopiedWithoutAList) {
