@@ -84,6 +84,7 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
   // The numbered files of a merge go to a folder of this run's own: another run's stay untouched.
   if (merging) {
     if (std::string own = host::MakeRunFolder(folderOut); !own.empty()) folderOut = std::move(own);
+    else EmptyMergeFolder(folderOut);  // the working folder itself: its files go, the folder stays
   }
   job.LastFolder = folderOut;
 

@@ -87,6 +87,9 @@ TEST_F(MergeCommandTest, EverySheetIsOnePageInListOrderWithItsSizeAndBookmark) {
     EXPECT_FALSE(fs::exists(lines[2 + 2 * i])) << "the numbered files are cleared after the merge";
   }
   EXPECT_EQ(list.find('\r'), std::string::npos);
+  // The run's working folder went with its numbered files.
+  EXPECT_EQ(fs::path(lines[2]).parent_path().parent_path(), home_ / "Tarvex_Temp");
+  EXPECT_FALSE(fs::exists(fs::path(lines[2]).parent_path()));
   EXPECT_EQ(ReadFile(plan_), original) << "the drawing is never written";
 }
 
