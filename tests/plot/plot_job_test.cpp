@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/pdf_reading.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
 #include "cad/database.h"
@@ -251,6 +252,31 @@ TEST_F(PlotJobTest, PdfDirectionOptionTurnsUprightPages) {
   const std::string upright = ReadFile(fs::path(Folder()) / "plan02.pdf");
   EXPECT_EQ(across.find("/Rotate 90"), std::string::npos);
   EXPECT_NE(upright.find("/Rotate 90"), std::string::npos);
+}
+
+
+TEST_F(PlotJobTest, AMergeOffersTheDrawingsNameAndWritesOnlyTheMergedFile) {
+  settings::GlobalConfig().merge_pdf = 1;
+  settings::GlobalConfig().pdf_open_after_merge = 0;
+  // Range: model space; OK at the list; Enter takes the offered file; Esc at the list again.
+  editor().answers().pushFront({"", "1", "", "", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  const std::string offered = (fs::path(Folder()) / "plan.pdf").string();
+  EXPECT_NE(out_.str().find(std::string(kMergedPdfTitle) + " <" + offered + ">"), std::string::npos) << out_.str();
+  EXPECT_EQ(Written(), std::vector<std::string>{"plan.pdf"}) << out_.str();
+  const test_support::PdfFacts merged = test_support::ReadPdfFacts(offered);
+  EXPECT_EQ(merged.pages.size(), 2u);
+  EXPECT_EQ(merged.outline, (std::vector<std::string>{"plan01", "plan02"}));
+}
+
+TEST_F(PlotJobTest, CancellingTheMergedFileKeepsTheListOpenAndPlotsNothing) {
+  settings::GlobalConfig().merge_pdf = 1;
+  editor().answers().pushFront({"", "1", "", "^C", "^C"});
+  ASSERT_TRUE(session_->runCommandLine("TV_BatchPlot_2"));
+  EXPECT_NE(out_.str().find(std::string(kMergedPdfTitle)), std::string::npos);
+  EXPECT_TRUE(Written().empty()) << out_.str();
+  EXPECT_TRUE(editor().plots().empty());
+  EXPECT_TRUE(Job().MergedPdfPath.empty());
 }
 
 }  // namespace
