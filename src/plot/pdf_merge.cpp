@@ -119,9 +119,10 @@ const std::string& MergeTempFolder() { return CurrentMergeFolder(); }
 bool RunTool(const std::string& exePath, const std::string& workingFolder, const std::string& expectedFile) {
   const std::vector<std::pair<std::string, std::string>> environment{
       {"TARVEX_DATA_FOLDER", settings::DataFolder()}, {"TARVEX_MERGE_FOLDER", MergeTempFolder()}};
+  // A file left from before (one a viewer kept from being deleted) is no output of the program.
+  const std::optional<FileStamp> before = StampOf(expectedFile);
   host::RunProgramAndWait(exePath, workingFolder, environment);
-  std::error_code ec;
-  return fs::is_regular_file(expectedFile, ec);
+  return IsFreshOutput(expectedFile, before);
 }
 
 bool RunMergeTools(const std::string& folder, const std::vector<std::string>& names) {

@@ -45,7 +45,7 @@ bool WriteMergeMarkers(const std::vector<std::string>& names);
 const std::string& MergeTempFolder();
 
 // Starts `exePath` with no arguments in `workingFolder` and waits for it without a limit; true
-// when `expectedFile` exists afterwards.
+// when `expectedFile` exists afterwards, written by the program (not a file that was there).
 bool RunTool(const std::string& exePath, const std::string& workingFolder, const std::string& expectedFile);
 
 // Tries the programs in turn until one leaves the merged file at the job's target. False, after

@@ -154,5 +154,26 @@ TEST(RotatePdfTest, TinyAndForeignFilesStayAsTheyAre) {
   EXPECT_FALSE(RotatePdf((dir / "missing.pdf").string(), 90));
 }
 
+
+TEST(RunToolTest, AToolIsJudgedByTheFileItWritesInItsWorkingFolder) {
+  TempDir dir("tv_run_tool");
+  const fs::path writer = dir / "writer.sh";
+  WriteFile(writer, "#!/bin/sh\necho made > out.pdf\n");
+  fs::permissions(writer, fs::perms::owner_all);
+  const fs::path idle = dir / "idle.sh";
+  WriteFile(idle, "#!/bin/sh\nexit 0\n");
+  fs::permissions(idle, fs::perms::owner_all);
+  const fs::path work = dir / "work";
+  fs::create_directories(work);
+  const std::string expected = (work / "out.pdf").string();
+
+  EXPECT_FALSE(RunTool((dir / "missing").string(), work.string(), expected)) << "a program that isn't there";
+  EXPECT_FALSE(RunTool(idle.string(), work.string(), expected)) << "a program that writes nothing";
+  EXPECT_TRUE(RunTool(writer.string(), work.string(), expected)) << "started in the working folder";
+  EXPECT_EQ(ReadFile(expected), "made\n");
+  // The file is still there from before: an idle program doesn't pass for having written it.
+  EXPECT_FALSE(RunTool(idle.string(), work.string(), expected));
+}
+
 }  // namespace
 }  // namespace tv::plot
