@@ -9,9 +9,13 @@
 #include "../support/pdf_making.h"
 #include "../support/pdf_reading.h"
 #include "../support/run_program.h"
+#include "../support/scoped_env.h"
 #include "merge_files.h"
 #include "plot/pdf_merge.h"
 #include "plot/pdf_rotation.h"
+#include "plot/plot_job.h"
+#include "settings/config.h"
+#include "settings/folders.h"
 
 namespace tv::plot {
 namespace {
@@ -173,6 +177,35 @@ TEST(RunToolTest, AToolIsJudgedByTheFileItWritesInItsWorkingFolder) {
   EXPECT_EQ(ReadFile(expected), "made\n");
   // The file is still there from before: an idle program doesn't pass for having written it.
   EXPECT_FALSE(RunTool(idle.string(), work.string(), expected));
+}
+
+
+// MergePdfs with the installed programs, on numbered files of which the second never plotted.
+TEST(MergePdfsTest, ASheetThatDidNotPlotIsLeftOutNotABlankPage) {
+  TempDir dir("tv_merge_pdfs");
+  // A data folder of the test's own; the folders are worked out again once its variable is back.
+  struct Recompute {
+    ~Recompute() { settings::ComputeFolders(); }
+  } recompute;
+  test_support::ScopedEnv data("XDG_DATA_HOME", (dir / "data").string());
+  settings::ComputeFolders();
+  const fs::path run = dir / "run";
+  fs::create_directories(run);
+  MakePdf((run / "1.pdf").string(), {{1190.55, 841.89}});
+  MakePdf((run / "3.pdf").string(), {{595.28, 841.89}});
+  Job().MergedPdfPath = (dir / "set.pdf").string();
+  settings::GlobalConfig().pdf_open_after_merge = 0;
+  EXPECT_TRUE(MergeTitlePdfs(run.string(), {"甲[++}乙", "丙", "丁"}));
+  Job() = JobState{};
+  const PdfFacts f = ReadPdfFacts((dir / "set.pdf").string());
+  ASSERT_TRUE(f.read);
+  ASSERT_EQ(f.pages.size(), 2u);
+  EXPECT_NEAR(f.pages[1].widthMm, 210, 0.1);
+  EXPECT_EQ(f.outline, (std::vector<std::string>{"甲+乙", "丁"}));
+  // The list kept every sheet in its place.
+  const std::string list = ReadFile(dir / "data" / "Tarvex" / "plot3.tm");
+  EXPECT_NE(list.find((run / "2.pdf").string() + "\n丙\n"), std::string::npos) << list;
+  settings::GlobalConfig() = settings::Config{};
 }
 
 }  // namespace

@@ -279,5 +279,6 @@ TEST_F(PlotJobTest, CancellingTheMergedFileKeepsTheListOpenAndPlotsNothing) {
   EXPECT_TRUE(Job().MergedPdfPath.empty());
 }
 
+
 }  // namespace
 }  // namespace tv::plot
