@@ -12,24 +12,24 @@
 
 namespace tv::test_support {
 
-struct PageSpec {
+struct PageShape {
   double widthPt = 595, heightPt = 842;
   int rotate = 0;
 };
 
 enum class BoxPlace { InPage, InPageTree };
 
-inline void MakePdf(const std::string& path, const std::vector<PageSpec>& pages, BoxPlace box = BoxPlace::InPage,
+inline void MakePdf(const std::string& path, const std::vector<PageShape>& pages, BoxPlace box = BoxPlace::InPage,
                     bool objectStreams = false) {
   QPDF pdf;
   pdf.emptyPDF();
   QPDFPageDocumentHelper doc(pdf);
-  for (const PageSpec& spec : pages) {
+  for (const PageShape& shape : pages) {
     QPDFObjectHandle page = pdf.makeIndirectObject(QPDFObjectHandle::parse("<< /Type /Page /Resources << >> >>"));
     page.replaceKey("/Contents", pdf.newStream("0 0 m 10 10 l S"));
     if (box == BoxPlace::InPage)
-      page.replaceKey("/MediaBox", QPDFObjectHandle::newFromRectangle({0, 0, spec.widthPt, spec.heightPt}));
-    if (spec.rotate != 0) page.replaceKey("/Rotate", QPDFObjectHandle::newInteger(spec.rotate));
+      page.replaceKey("/MediaBox", QPDFObjectHandle::newFromRectangle({0, 0, shape.widthPt, shape.heightPt}));
+    if (shape.rotate != 0) page.replaceKey("/Rotate", QPDFObjectHandle::newInteger(shape.rotate));
     doc.addPage(QPDFPageObjectHelper(page), false);
   }
   if (box == BoxPlace::InPageTree && !pages.empty())
