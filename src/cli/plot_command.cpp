@@ -203,8 +203,9 @@ int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& tar
   io.out << "共 " << listed << " 张图纸，已合并 " << (merged ? plotted : 0) << " 张到 " << target << "，用时 "
          << Seconds(seconds) << " 秒\n";
   io.out.flush();
-  // What the merge said (a program missing, the merge failing) is shown whatever the outcome.
-  for (const std::string& m : editor.messages()) io.err << "tvplot: " << OneLine(m) << '\n';
+  // What the merge said (a program missing, the merge failing) is shown whatever the outcome; the
+  // questions the run answered by itself are not.
+  for (const std::string& m : editor.notices()) io.err << "tvplot: " << OneLine(m) << '\n';
   return merged && plotted == static_cast<std::size_t>(listed) ? kExitOk : kExitNotAllWritten;
 }
 

@@ -252,7 +252,10 @@ host::MessageAnswer ConsoleEditor::messageBox(std::string_view text, std::string
   shown += text;
   print(shown);
   messages_.emplace_back(text);
-  if (buttons == MessageButtons::Ok) return MessageAnswer::Ok;
+  if (buttons == MessageButtons::Ok) {
+    notices_.emplace_back(text);
+    return MessageAnswer::Ok;
+  }
 
   std::string_view prompt;
   switch (buttons) {

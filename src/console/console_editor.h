@@ -130,6 +130,8 @@ class ConsoleEditor final : public host::Editor {
   const std::vector<PlotRecord>& plots() const { return plots_; }
   // The texts of the message boxes shown, oldest first.
   const std::vector<std::string>& messages() const { return messages_; }
+  // Those of them that only told something (an OK button), without the questions answered.
+  const std::vector<std::string>& notices() const { return notices_; }
   // Rows of the last review list shown; -1 before any.
   int lastListRows() const { return lastListRows_; }
 
@@ -170,6 +172,7 @@ class ConsoleEditor final : public host::Editor {
   // kept up to date through its edits; dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<cad::SelectionIndex>> selectionIndexes_;
   std::vector<std::string> messages_;
+  std::vector<std::string> notices_;
   int lastListRows_ = -1;
   std::unique_ptr<ProgressLine> progress_;
   int progressRange_ = 0;
