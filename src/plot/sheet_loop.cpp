@@ -11,6 +11,7 @@
 #include "paper/plotter_writer.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/sheet_export.h"
 
 namespace tv::plot {
 
@@ -62,6 +63,7 @@ bool PrepareSheet(const SheetToPlot& row, const settings::PlotSettingRec& settin
 }
 
 bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
+  if (loop.setting.format == settings::kFormatDwg) return SplitToDwgFiles(loop, folderOut);
   JobState& job = Job();
   const bool merging = !job.MergedPdfPath.empty();
   if (folderOut.empty())
