@@ -3,9 +3,12 @@
 // out needs to know about the drawing: the layouts' own viewports, the clips of viewports, the
 // "Standard" styles that are put aside while sheets are cut.
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "host/geometry.h"
 #include "host/object_id.h"
+#include "host/xrecords.h"
 
 namespace tv::host {
 
@@ -29,6 +32,8 @@ struct SheetFile {
   std::string layoutName;       // a layout sheet's layout name in the file; empty keeps it
   bool withModelSpace = false;  // model space too, for the sheet's viewports
   double viewWidth = 0, viewHeight = 0;
+  // Named records the file gets (by key), such as its own plot settings.
+  std::vector<std::pair<std::string, std::vector<XrecordItem>>> namedRecords;
 };
 
 // Tells the host of a sheet file written, or not written and why, so that it lists it with the

@@ -5,6 +5,7 @@
 #include "cad/sheet_copy.h"
 #include "host/cad_binding.h"
 #include "host/sheet_files.h"
+#include "host/xrecords_internal.h"
 
 namespace tv::host {
 
@@ -60,7 +61,8 @@ bool WriteSheetFile(const SheetFile& sheet, const std::string& path, std::string
   request.withModelSpace = sheet.withModelSpace;
   request.viewWidth = sheet.viewWidth;
   request.viewHeight = sheet.viewHeight;
-  const cad::Database copy = cad::CopySheet(*db, request);
+  cad::Database copy = cad::CopySheet(*db, request);
+  for (const auto& [key, items] : sheet.namedRecords) WriteNamedXrecordInto(copy, key, items);
   // The writer offers the two UTF-8 versions: an older drawing's sheets come out in the newer one.
   cad::DxfWriteOptions options;
   options.version = db->version() == cad::DxfVersion::R2013 ? cad::DxfVersion::R2013 : cad::DxfVersion::R2018;

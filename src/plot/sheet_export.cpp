@@ -15,6 +15,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "settings/config.h"
+#include "settings/plot_setting_record.h"
 
 namespace tv::plot {
 
@@ -81,6 +82,15 @@ class ParkedStyles {
   std::string name_;
 };
 
+// A sheet file's own plot settings: the drawing's, with the sheet's scale as the default, so that
+// the file's one sheet is found again at that scale; a file plots to PDF rather than cut again.
+settings::PlotSettingRec FileSetting(const SheetToPlot& row) {
+  settings::PlotSettingRec rec = settings::CurrentPlotSetting();
+  rec.default_scale = row.scale;
+  if (rec.format == settings::kFormatDwg) rec.format = settings::kFormatPdf;
+  return rec;
+}
+
 }  // namespace
 
 std::string TimeStamp() {
@@ -141,7 +151,8 @@ SheetIds EntitiesOfSheet(Point2d min, Point2d max) {
   return ids;
 }
 
-bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout) {
+bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout,
+                 const settings::PlotSettingRec* fileSetting) {
   host::SheetFile sheet;
   sheet.ids = EntitiesOfSheet(min, max);
   sheet.base = Point3d{(min.x + max.x) / 2, (min.y + max.y) / 2, 0};
@@ -171,6 +182,8 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
   }
   sheet.viewWidth = width;
   sheet.viewHeight = height;
+  if (fileSetting)
+    sheet.namedRecords.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(*fileSetting));
 
   host::Editor& editor = host::CurrentEditor();
   std::string why;
@@ -209,7 +222,8 @@ bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
       host::NoteSheetFile(path, false, message);
     } else {
       editor.progressSet(static_cast<int>(i) + 1);
-      ExportSheet(row.min, row.max, path, false, true);
+      const settings::PlotSettingRec fileSetting = FileSetting(row);
+      ExportSheet(row.min, row.max, path, false, true, &fileSetting);
     }
     if (loop.cancelRequested && *loop.cancelRequested) {
       *loop.cancelRequested = false;

@@ -10,6 +10,7 @@
 #include "host/geometry.h"
 #include "host/object_id.h"
 #include "plot/sheet_loop.h"
+#include "settings/plot_setting.h"
 
 namespace tv::plot {
 
@@ -36,8 +37,10 @@ bool SegmentCrosses(Point2d a, Point2d b, Point2d min, Point2d max);
 SheetIds EntitiesOfSheet(Point2d min, Point2d max);
 
 // One sheet of the current space to the drawing file `path`; `renameLayout` names a layout sheet's
-// layout after the file. False, with the reason shown, when the file could not be written.
-bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout);
+// layout after the file. `fileSetting`, when given, becomes the file's own plot settings. False,
+// with the reason shown, when the file could not be written.
+bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout,
+                 const settings::PlotSettingRec* fileSetting = nullptr);
 
 // The loop of format 6 over a run's rows, into `folderOut` (the settings' folder when empty; it
 // is returned). True: the files written are there, also after a cancel.
