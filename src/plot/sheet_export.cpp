@@ -4,6 +4,7 @@
 #include <cmath>
 #include <ctime>
 #include <filesystem>
+#include <map>
 #include <system_error>
 
 #include "host/editor.h"
@@ -126,14 +127,22 @@ bool SegmentCrosses(Point2d a, Point2d b, Point2d min, Point2d max) {
   return std::abs(sides) + onLine != 4;
 }
 
-SheetIds EntitiesOfSheet(Point2d min, Point2d max) {
-  if (min.x > max.x) std::swap(min.x, max.x);
-  if (min.y > max.y) std::swap(min.y, max.y);
+namespace {
+
+// What of an entity doesn't depend on the sheet: whether it can belong to one at all, its box.
+struct Candidate {
+  ObjectId id;
+  Extents3d box;
+  bool curve = false;  // a line or lightweight polyline: the segment test follows the box test
+};
+
+std::vector<Candidate> Candidates(ObjectId space) {
   const ObjectIdArray overall = host::OverallViewportIds();
   const ObjectIdArray& frozen = host::Aids().frozenLayerIds;
   ObjectIdArray all;
-  host::CollectSpaceIds(host::OpenCurrentSpace(), all);
-  SheetIds ids;
+  host::CollectSpaceIds(space, all);
+  std::vector<Candidate> candidates;
+  candidates.reserve(all.size());
   for (const ObjectId id : all) {
     const host::Entity e = host::OpenEntity(id);
     if (!e) continue;
@@ -143,10 +152,51 @@ SheetIds EntitiesOfSheet(Point2d min, Point2d max) {
     if (!e.visible()) continue;
     if (std::ranges::find(frozen, e.layer()) != frozen.end()) continue;
     const std::optional<Extents3d> box = e.geomExtents();
-    if (!box || !Overlap(*box, min, max, kOverlapTolerance)) continue;
-    if ((kind == host::EntityClass::Line || kind == host::EntityClass::LwPolyline) && !CurveBelongs(e, *box, min, max))
-      continue;
-    ids.push_back(id);
+    if (!box) continue;
+    candidates.push_back({id, *box, kind == host::EntityClass::Line || kind == host::EntityClass::LwPolyline});
+  }
+  return candidates;
+}
+
+// A split walks each space once for the boxes and then once per sheet over them; the drawing
+// doesn't change meanwhile. Outside a split every call walks the space afresh.
+struct CandidateCache {
+  bool active = false;
+  std::map<ObjectId, std::vector<Candidate>> bySpace;
+};
+CandidateCache& Cache() {
+  static CandidateCache cache;
+  return cache;
+}
+
+class CachedCandidates {
+ public:
+  CachedCandidates() { Cache().active = true; }
+  ~CachedCandidates() { Cache() = CandidateCache{}; }
+  CachedCandidates(const CachedCandidates&) = delete;
+  CachedCandidates& operator=(const CachedCandidates&) = delete;
+};
+
+}  // namespace
+
+SheetIds EntitiesOfSheet(Point2d min, Point2d max) {
+  if (min.x > max.x) std::swap(min.x, max.x);
+  if (min.y > max.y) std::swap(min.y, max.y);
+  const ObjectId space = host::OpenCurrentSpace();
+  std::vector<Candidate> fresh;
+  const std::vector<Candidate>* candidates = &fresh;
+  if (CandidateCache& cache = Cache(); cache.active) {
+    auto it = cache.bySpace.find(space);
+    if (it == cache.bySpace.end()) it = cache.bySpace.emplace(space, Candidates(space)).first;
+    candidates = &it->second;
+  } else {
+    fresh = Candidates(space);
+  }
+  SheetIds ids;
+  for (const Candidate& c : *candidates) {
+    if (!Overlap(c.box, min, max, kOverlapTolerance)) continue;
+    if (c.curve && !CurveBelongs(host::OpenEntity(c.id), c.box, min, max)) continue;
+    ids.push_back(c.id);
   }
   return ids;
 }
@@ -200,6 +250,7 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
 
 bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
   const ParkedStyles parked;
+  const CachedCandidates cached;
   if (folderOut.empty()) folderOut = OutputFolder(loop.setting.path_mode, settings::kFormatDwg, loop.setting.custom_path);
   std::error_code ec;
   fs::create_directories(folderOut, ec);

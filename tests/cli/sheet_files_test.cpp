@@ -146,6 +146,45 @@ TEST_F(SheetFilesTest, AFileHoldsItsSheetsEntitiesAndTheNamesTheyUseOnly) {
   }
 }
 
+// The types of the entities a sheet file's sheet block holds, in order.
+std::vector<std::string> SheetBlockContent(const cad::Database& db) {
+  std::vector<std::string> types;
+  for (const auto& block : db.blocks)
+    if (block->name.starts_with("BK"))
+      db.forEachEntity(*block, [&](const cad::Entity& e) { types.push_back(e.dxfName()); });
+  return types;
+}
+
+TEST_F(SheetFilesTest, ASheetTakesWhatLiesInItsFrameAndLinesThatCrossIt) {
+  // Frames of 42000 x 29700 at x 0 and 47000, each with a line across its middle.
+  cad::Database db = test_support::FramesInARow({{42000, 29700}, {42000, 29700}});
+  const auto line = [&](Point3d a, Point3d b, ObjectId layer = {}) {
+    auto l = std::make_unique<cad::Line>();
+    l->start = a;
+    l->end = b;
+    if (!layer.isNull()) l->layer = layer;
+    db.append(*db.modelSpace(), std::move(l));
+  };
+  line({0, 0, 0}, {42000, 0, 0});                      // along the first frame's bottom edge: first
+  line({-100000, 15000, 0}, {200000, 15000, 0});       // across both, long: both
+  line({-1e7, -1e7, 0}, {1e7, 1e7, 0});                // diagonal, far longer than a sheet: none
+  line({43000, 1000, 0}, {46000, 28000, 0});           // in the gap between them: none
+  cad::Layer& frozen = db.addLayer("冻结");
+  frozen.setFrozen(true);
+  line({1000, 1000, 0}, {2000, 2000, 0}, frozen.id);   // inside the first, frozen: none
+  const std::string plan = Write("plan.dxf", db);
+
+  const fs::path out = dir_ / "out";
+  const RunResult r = Run({"plot", plan, "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const cad::DxfReadResult first = cad::ReadDxf((out / "plan01.dxf").string());
+  const cad::DxfReadResult second = cad::ReadDxf((out / "plan02.dxf").string());
+  ASSERT_TRUE(first.ok() && second.ok());
+  EXPECT_EQ(SheetBlockContent(*first.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE", "LINE"}));
+  EXPECT_EQ(SheetBlockContent(*second.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE"}));
+  EXPECT_EQ(first.db->findLayer("冻结"), nullptr);
+}
+
 TEST_F(SheetFilesTest, AnOpenFileIsReportedAndTheOtherSheetsGoOn) {
   const std::string plan = Write("plan.dxf", test_support::FramesInARow({{42000, 29700}, {42000, 29700}}));
   const fs::path out = dir_ / "out";
