@@ -3,8 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "cad/database.h"
 #include "host/xrecords.h"
+
+namespace tv::cad {
+class Database;
+}
 
 namespace tv::host {
 

@@ -2,6 +2,7 @@
 // its own, which `tvplot info` reads and in which `tvplot sheets` finds the same sheet again.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <regex>
@@ -12,6 +13,8 @@
 #include "../support/tvplot_test.h"
 #include "cad/dxf_reader.h"
 #include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
+#include "titleblock/tk_library.h"
 
 namespace tv::cli {
 namespace {
@@ -195,6 +198,22 @@ TEST_F(SheetFilesTest, AnOpenFileIsReportedAndTheOtherSheetsGoOn) {
   EXPECT_TRUE(Has(r.err, "可能处于打开状态，无法覆盖")) << r.err << r.out;
   EXPECT_TRUE(fs::is_regular_file(out / "plan02.dxf"));
   EXPECT_TRUE(Has(r.out, "已输出 1 个文件")) << r.out;
+}
+
+TEST_F(SheetFilesTest, TheTitleBlockBatchCutsItsSheetsIntoFilesNamedByTheirFields) {
+  const std::string drawing = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
+  const std::string tk = Path("titleblocks.tk").string();
+  ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk, false));
+  const fs::path out = dir_ / "out";
+  const RunResult r = Run({"titleblock", drawing, "--tk", tk, "--plot", "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const std::vector<std::string> files = FilesIn(out);
+  ASSERT_EQ(files.size(), 4u);
+  EXPECT_TRUE(std::ranges::find(files, "结施-01_A_基础平面图.dxf") != files.end());
+  for (const std::string& name : files) {
+    EXPECT_TRUE(name.ends_with(".dxf")) << name;
+    EXPECT_EQ(Run({"info", (out / name).string()}).exitCode, 0) << name;
+  }
 }
 
 }  // namespace
