@@ -83,11 +83,19 @@ class ParkedStyles {
   std::string name_;
 };
 
-// A sheet file's own plot settings: the drawing's, with the sheet's scale as the default, so that
-// the file's one sheet is found again at that scale; a file plots to PDF rather than cut again.
+// Whether a scale is one a user would set (1:50, 2:1), not one fitted to a paper (1:0.1002).
+bool IsRoundScale(double scale) {
+  if (!(scale > 0)) return false;
+  const double n = scale >= 1 ? scale : 1 / scale;
+  return std::abs(n - std::round(n)) < 1e-9 * n;
+}
+
+// A sheet file's own plot settings: the drawing's, with the sheet's scale as the default when it
+// is a round one (else the run's default, from which the sheet's paper was fitted), so that the
+// file's one sheet is found again on its paper; a file plots to PDF rather than cut again.
 settings::PlotSettingRec FileSetting(const SheetToPlot& row) {
   settings::PlotSettingRec rec = settings::CurrentPlotSetting();
-  rec.default_scale = row.scale;
+  if (IsRoundScale(row.scale)) rec.default_scale = row.scale;
   if (rec.format == settings::kFormatDwg) rec.format = settings::kFormatPdf;
   return rec;
 }
