@@ -59,7 +59,7 @@ struct Options : SheetOptions {
 std::optional<std::int32_t> FormatCode(std::string_view name) {
   static constexpr std::pair<std::string_view, std::int32_t> kFormats[] = {
       {"pdf", settings::kFormatPdf}, {"jpg", settings::kFormatJpg}, {"png", settings::kFormatPng},
-      {"plt", settings::kFormatPlt}, {"eps", settings::kFormatEps}};
+      {"plt", settings::kFormatPlt}, {"eps", settings::kFormatEps}, {"dwg", settings::kFormatDwg}};
   for (const auto& [n, code] : kFormats)
     if (n == name) return code;
   return std::nullopt;
@@ -68,9 +68,9 @@ std::optional<std::int32_t> FormatCode(std::string_view name) {
 std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
   if (auto error = ReadSheetOptions(args, options)) return error;
   if (auto v = args.value("--format")) {
-    if (*v == "dwf" || *v == "dwg") return "本版本暂不能输出 " + *v + " 格式";
+    if (*v == "dwf") return "本版本暂不能输出 " + *v + " 格式";
     options.format = FormatCode(*v);
-    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、png、jpg、eps 或 plt";
+    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、png、jpg、eps、plt 或 dwg";
   }
   if (auto v = args.value("--out")) {
     if (v->empty()) return "输出文件夹不能为空";
@@ -262,9 +262,8 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   config.merge_pdf = options.merge ? 1 : 0;
   config.pdf_open_after_merge = 0;
   if (options.merge) rec.format = settings::kFormatPdf;
-  if (rec.format == settings::kFormatDwf || rec.format == settings::kFormatDwg) {
-    io.err << program << ": 图纸的打印设置为 " << (rec.format == settings::kFormatDwf ? "DWF" : "DWG")
-           << " 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
+  if (rec.format == settings::kFormatDwf) {
+    io.err << program << ": 图纸的打印设置为 DWF 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
     restore();
     return kExitUsage;
   }
@@ -337,7 +336,7 @@ namespace {
 
 void DefinePlot(CLI::App& app) {
   Describe(app,
-           "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt] [--out 文件夹 | --path-mode 0|1|2]\n"
+           "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
            "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
            "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n",

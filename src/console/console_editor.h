@@ -128,6 +128,10 @@ class ConsoleEditor final : public host::Editor {
     std::string message;  // why not
   };
   const std::vector<PlotRecord>& plots() const { return plots_; }
+  // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
+  void noteOutputFile(std::string_view path, bool written, std::string_view why) {
+    plots_.push_back({std::string(path), written, std::string(why)});
+  }
   // The texts of the message boxes shown, oldest first.
   const std::vector<std::string>& messages() const { return messages_; }
   // Those of them that only told something (an OK button), without the questions answered.

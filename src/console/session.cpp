@@ -41,6 +41,9 @@ Session::Session(cad::Database db, std::string path, SessionOptions options)
   state_->editor = std::make_unique<ConsoleEditor>(state_->db, state_->path, options);
   host::SetEditor(state_->editor.get());
   host::Working().onEntityChange = [editor = state_->editor.get()](const cad::Entity& e) { editor->noteEntityChange(e); };
+  host::Working().onOutputFile = [editor = state_->editor.get()](std::string_view path, bool written, std::string_view why) {
+    editor->noteOutputFile(path, written, why);
+  };
 }
 
 Session::~Session() {

@@ -3,6 +3,7 @@
 // implementation and by the console host, never by the logic.
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "cad/database.h"
 #include "host/object_id.h"
@@ -17,6 +18,8 @@ struct WorkingDrawing {
   // Told of every entity the seam moves or edits in place, is about to erase, or has appended,
   // so that the host's indexes of the drawing follow it.
   std::function<void(const cad::Entity&)> onEntityChange;
+  // Told of every file the system writes itself rather than through the plot (or fails to).
+  std::function<void(std::string_view path, bool written, std::string_view why)> onOutputFile;
 };
 
 // Tells the working drawing's listener, if any, that `e` changed.

@@ -3,6 +3,7 @@
 #include "cad/database.h"
 #include "cad/objects.h"
 #include "host/cad_binding.h"
+#include "host/xrecords_internal.h"
 
 namespace tv::host {
 
@@ -29,7 +30,11 @@ std::optional<std::vector<XrecordItem>> ReadNamedXrecord(const std::string& key)
 
 bool WriteNamedXrecord(const std::string& key, const std::vector<XrecordItem>& items) {
   cad::Database* db = WorkingDatabase();
-  if (!db) return false;
+  return db && WriteNamedXrecordInto(*db, key, items);
+}
+
+bool WriteNamedXrecordInto(cad::Database& drawing, const std::string& key, const std::vector<XrecordItem>& items) {
+  cad::Database* db = &drawing;
   cad::Dictionary* root = db->rootDictionary();
   if (!root) return false;
   cad::Dictionary& dict = db->ensureDictionary(*root, key);

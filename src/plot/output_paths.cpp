@@ -7,6 +7,8 @@
 #include <system_error>
 
 #include "host/editor.h"
+#include "host/sheet_files.h"
+#include "settings/plot_setting.h"
 #include "settings/folders.h"
 
 namespace tv::plot {
@@ -80,6 +82,8 @@ std::string FormatSubFolder(std::int32_t format) {
 }
 
 std::string FormatExtension(std::int32_t format) {
+  // Sheets cut to drawing files take the host's own drawing format.
+  if (format == settings::kFormatDwg) return host::DrawingFileExtension();
   const FormatNames* names = NamesOf(format);
   return names ? std::string(names->extension) : std::string{};
 }

@@ -39,7 +39,7 @@ std::string DrawingTitle();
 
 // "/PDF", "/DWF", "/JPG", "/PNG", "/PLT", "/EPS", "/DWG" for the formats 0 to 6; empty otherwise.
 std::string FormatSubFolder(std::int32_t format);
-// ".pdf", ".dwf", ".jpg", ".png", ".plt", ".eps", ".dwg"; empty otherwise.
+// ".pdf", ".dwf", ".jpg", ".png", ".plt", ".eps" and the host's drawing files; empty otherwise.
 std::string FormatExtension(std::int32_t format);
 // The second row of the form's "存储路径" list (" 源文件路径\PDF" …); empty for an unknown format.
 std::string FormatFolderRowText(std::int32_t format);

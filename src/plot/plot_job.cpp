@@ -181,10 +181,6 @@ void StandbyGeneric() {
 bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, const paper::PaperList& papers,
                   std::string_view privateCommand) {
   host::Editor& editor = host::CurrentEditor();
-  if (setting.format == settings::kFormatDwg) {
-    Message("本版本暂不能把图纸分割输出为 DWG 文件。");
-    return false;
-  }
   if (setting.format == settings::kFormatDwf) {
     Message("本版本暂不能输出 DWF 文件。");
     return false;

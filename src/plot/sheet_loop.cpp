@@ -12,6 +12,7 @@
 #include "plot/output_paths.h"
 #include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
+#include "plot/sheet_export.h"
 
 namespace tv::plot {
 
@@ -75,6 +76,7 @@ bool PrepareSheet(const SheetToPlot& row, const settings::PlotSettingRec& settin
 }
 
 bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
+  if (loop.setting.format == settings::kFormatDwg) return SplitToDwgFiles(loop, folderOut);
   JobState& job = Job();
   const bool merging = !job.MergedPdfPath.empty();
   if (folderOut.empty())

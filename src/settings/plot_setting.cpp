@@ -1,4 +1,5 @@
 #include "settings/plot_setting.h"
+#include "settings/plot_setting_record.h"
 
 #include <iterator>
 #include <vector>
@@ -147,12 +148,16 @@ bool LoadDwgPlotSetting(PlotSettingRec& rec) {
   return true;
 }
 
-bool SaveDwgPlotSetting(const PlotSettingRec& rec) {
+std::vector<host::XrecordItem> DwgPlotSettingItems(const PlotSettingRec& rec) {
   std::vector<host::XrecordItem> items;
   items.reserve(std::size(kFields) + 1);
   items.push_back({90, kFileVersion});
   for (const FieldSpec<R>& field : kFields) items.push_back(ToItem(rec, field));
-  const bool written = host::WriteNamedXrecord(std::string(kDwgPlotSettingKey), items);
+  return items;
+}
+
+bool SaveDwgPlotSetting(const PlotSettingRec& rec) {
+  const bool written = host::WriteNamedXrecord(std::string(kDwgPlotSettingKey), DwgPlotSettingItems(rec));
   // The next new drawing starts from this one.
   CopyPlotSetting(GlobalConfig().plot_setting, rec);
   return written;

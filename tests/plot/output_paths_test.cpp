@@ -111,7 +111,7 @@ TEST_F(OutputPathsTest, TempFolderIsCreated) {
 // ---- sheet paths --------------------------------------------------------------------------------------------
 
 TEST(SheetPaths, ExtensionsByFormatAndNumberedNames) {
-  const std::vector<std::string> extensions{".pdf", ".dwf", ".jpg", ".png", ".plt", ".eps", ".dwg"};
+  const std::vector<std::string> extensions{".pdf", ".dwf", ".jpg", ".png", ".plt", ".eps", ".dxf"};
   for (std::int32_t format = 0; format < 7; ++format)
     EXPECT_EQ(SheetPath("/out", "建施01", format), "/out/建施01" + extensions[static_cast<std::size_t>(format)]);
   EXPECT_EQ(SheetPath("/out", "a.b", 9), "/out/a.b");

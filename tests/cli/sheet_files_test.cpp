@@ -1,0 +1,185 @@
+// `tvplot plot --format dwg` as users run it: each sheet of a drawing cut into a drawing file of
+// its own, which `tvplot info` reads and in which `tvplot sheets` finds the same sheet again.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "../support/corpus.h"
+#include "../support/frame_drawings.h"
+#include "../support/tvplot_test.h"
+#include "cad/dxf_reader.h"
+#include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
+#include "titleblock/tk_library.h"
+
+namespace tv::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+using namespace test_support;
+
+// One sheet of `tvplot sheets --json`.
+struct ListedSheet {
+  std::string layout, paper;
+  double scale = 0, minX = 0, minY = 0, maxX = 0, maxY = 0;
+};
+
+std::vector<ListedSheet> ParseSheets(const std::string& json) {
+  std::vector<ListedSheet> sheets;
+  const auto text = [](const std::string& chunk, const std::string& key) {
+    std::smatch m;
+    return std::regex_search(chunk, m, std::regex("\"" + key + "\": \"([^\"]*)\"")) ? m[1].str() : std::string();
+  };
+  const auto number = [](const std::string& chunk, const std::string& key) {
+    std::smatch m;
+    return std::regex_search(chunk, m, std::regex("\"" + key + "\": (-?[0-9.eE+-]+)")) ? std::stod(m[1]) : NAN;
+  };
+  for (std::size_t at = json.find("\"number\": "); at != std::string::npos;) {
+    const std::size_t next = json.find("\"number\": ", at + 1);
+    const std::string chunk = json.substr(at, next == std::string::npos ? std::string::npos : next - at);
+    sheets.push_back({text(chunk, "layout"), text(chunk, "paper"), number(chunk, "scale"), number(chunk, "minX"),
+                      number(chunk, "minY"), number(chunk, "maxX"), number(chunk, "maxY")});
+    at = next;
+  }
+  return sheets;
+}
+
+class SheetFilesTest : public TvplotTest {
+ protected:
+  static std::vector<ListedSheet> Listed(const std::string& path, const std::string& range) {
+    const RunResult r = Run({"sheets", path, "--range", range, "--json"});
+    EXPECT_EQ(r.exitCode, 0) << path << r.err;
+    return ParseSheets(r.out);
+  }
+
+  // Cuts `drawing` into `out` and checks every file: `tvplot info` reads it, and `tvplot sheets`
+  // finds the sheet again centred on the origin, with `samePaper` on the same paper at the same
+  // scale; a layout sheet in the file's layout, named after the file. The number of sheets.
+  std::size_t SplitAndFindAgain(const std::string& drawing, const fs::path& out, bool samePaper) const {
+    const std::vector<ListedSheet> sheets = Listed(drawing, "all");
+    const RunResult r = Run({"plot", drawing, "--format", "dwg", "--out", out.string(), "--range", "all"});
+    EXPECT_EQ(r.exitCode, 0) << r.err << r.out;
+    const std::vector<std::string> files = FilesIn(out);
+    EXPECT_EQ(files.size(), sheets.size());
+    for (std::size_t i = 0; i < sheets.size() && i < files.size(); ++i) {
+      const ListedSheet& want = sheets[i];
+      const fs::path file = out / files[i];
+      SCOPED_TRACE(file.string());
+      EXPECT_TRUE(files[i].ends_with(".dxf"));
+      const RunResult info = Run({"info", file.string()});
+      EXPECT_EQ(info.exitCode, 0) << info.err;
+      const bool layout = want.layout != "Model";
+      const std::vector<ListedSheet> found = Listed(file.string(), layout ? "layouts" : "model");
+      const double w = want.maxX - want.minX, h = want.maxY - want.minY, tol = 1e-6 * std::max(1.0, w + h);
+      const auto same = [&](const ListedSheet& s) {
+        return (!samePaper || (s.paper == want.paper && s.scale == want.scale)) && std::abs((s.maxX - s.minX) - w) < tol &&
+               std::abs((s.maxY - s.minY) - h) < tol && std::abs(s.minX + s.maxX) < tol && std::abs(s.minY + s.maxY) < tol;
+      };
+      EXPECT_TRUE(std::ranges::any_of(found, same)) << want.paper << " 1:" << want.scale << " among " << found.size();
+      if (layout) {
+        for (const ListedSheet& s : found) EXPECT_EQ(s.layout, fs::path(files[i]).stem().string());
+      }
+    }
+    return sheets.size();
+  }
+};
+
+TEST_F(SheetFilesTest, EverySheetOfTheSampleSetBecomesAFileThatHoldsTheSameSheet) {
+  // Frames as polylines, blocks and loose lines in model space at several scales, and layout
+  // frames with viewports onto model space.
+  const std::string sample = Write("sample.dxf", samples::BuildSampleDrawing());
+  const std::string original = ReadFile(sample);
+  EXPECT_EQ(SplitAndFindAgain(sample, dir_ / "out", true), 17u);
+  EXPECT_EQ(FilesIn(dir_ / "out").front(), "sample01.dxf");
+  EXPECT_EQ(ReadFile(sample), original) << "the drawing is never written";
+  EXPECT_EQ(FilesIn(dir_.path()), (std::vector<std::string>{"out", "sample.dxf"})) << "nothing written beside it";
+}
+
+// Their sheets are found again in their files; the papers fitted to their odd sizes may differ,
+// since the list of the whole drawing merges papers of one proportion across sheets.
+TEST_F(SheetFilesTest, DrawingsOfOtherProgramsAreCutAlike) {
+  const fs::path folder = test_support::CorpusDir() / "acadsharp";
+  TV_SKIP_WITHOUT_CORPUS(folder);
+  for (const char* name : {"sample_AC1015_ascii.dxf", "sample_AC1032_ascii.dxf"}) {
+    const fs::path drawing = folder / name;
+    TV_SKIP_WITHOUT_CORPUS(drawing);
+    SCOPED_TRACE(name);
+    EXPECT_GT(SplitAndFindAgain(drawing.string(), dir_ / fs::path(name).stem(), false), 0u);
+  }
+}
+
+// The types of the entities a sheet file's sheet block holds, in order.
+std::vector<std::string> SheetBlockContent(const cad::Database& db) {
+  std::vector<std::string> types;
+  for (const auto& block : db.blocks)
+    if (block->name.starts_with("BK"))
+      db.forEachEntity(*block, [&](const cad::Entity& e) { types.push_back(e.dxfName()); });
+  return types;
+}
+
+TEST_F(SheetFilesTest, ASheetTakesWhatLiesInItsFrameAndLinesThatCrossIt) {
+  // Frames of 42000 x 29700 at x 0 and 47000, each with a line across its middle.
+  cad::Database db = test_support::FramesInARow({{42000, 29700}, {42000, 29700}});
+  const auto line = [&](Point3d a, Point3d b, ObjectId layer = {}) {
+    auto l = std::make_unique<cad::Line>();
+    l->start = a;
+    l->end = b;
+    if (!layer.isNull()) l->layer = layer;
+    db.append(*db.modelSpace(), std::move(l));
+  };
+  line({0, 0, 0}, {42000, 0, 0});                      // along the first frame's bottom edge: first
+  line({-100000, 15000, 0}, {200000, 15000, 0});       // across both, long: both
+  line({-1e7, -1e7, 0}, {1e7, 1e7, 0});                // diagonal, far longer than a sheet: none
+  line({43000, 1000, 0}, {46000, 28000, 0});           // in the gap between them: none
+  cad::Layer& frozen = db.addLayer("冻结");
+  frozen.setFrozen(true);
+  line({1000, 1000, 0}, {2000, 2000, 0}, frozen.id);   // inside the first, frozen: none
+  const std::string plan = Write("plan.dxf", db);
+
+  const fs::path out = dir_ / "out";
+  const RunResult r = Run({"plot", plan, "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const cad::DxfReadResult first = cad::ReadDxf((out / "plan01.dxf").string());
+  const cad::DxfReadResult second = cad::ReadDxf((out / "plan02.dxf").string());
+  ASSERT_TRUE(first.ok() && second.ok());
+  EXPECT_EQ(SheetBlockContent(*first.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE", "LINE"}));
+  EXPECT_EQ(SheetBlockContent(*second.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE"}));
+  EXPECT_EQ(first.db->findLayer("冻结"), nullptr);
+}
+
+TEST_F(SheetFilesTest, AnOpenFileIsReportedAndTheOtherSheetsGoOn) {
+  const std::string plan = Write("plan.dxf", test_support::FramesInARow({{42000, 29700}, {42000, 29700}}));
+  const fs::path out = dir_ / "out";
+  // A folder where the first file would go stands for a file that can't be replaced.
+  fs::create_directories(out / "plan01.dxf" / "inside");
+  const RunResult r = Run({"plot", plan, "--format", "dwg", "--out", out.string()});
+  EXPECT_NE(r.exitCode, 0);
+  EXPECT_TRUE(Has(r.err, "可能处于打开状态，无法覆盖")) << r.err << r.out;
+  EXPECT_TRUE(fs::is_regular_file(out / "plan02.dxf"));
+  EXPECT_TRUE(Has(r.out, "已输出 1 个文件")) << r.out;
+}
+
+TEST_F(SheetFilesTest, TheTitleBlockBatchCutsItsSheetsIntoFilesNamedByTheirFields) {
+  const std::string drawing = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
+  const std::string tk = Path("titleblocks.tk").string();
+  ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk, false));
+  const fs::path out = dir_ / "out";
+  const RunResult r = Run({"titleblock", drawing, "--tk", tk, "--plot", "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const std::vector<std::string> files = FilesIn(out);
+  ASSERT_EQ(files.size(), 4u);
+  EXPECT_TRUE(std::ranges::find(files, "结施-01_A_基础平面图.dxf") != files.end());
+  for (const std::string& name : files) {
+    EXPECT_TRUE(name.ends_with(".dxf")) << name;
+    EXPECT_EQ(Run({"info", (out / name).string()}).exitCode, 0) << name;
+  }
+}
+
+}  // namespace
+}  // namespace tv::cli
