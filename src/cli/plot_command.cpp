@@ -16,6 +16,7 @@
 #include "cli/command_line.h"
 #include "cli/option_values.h"
 #include "cli/session_launch.h"
+#include "cli/window_option.h"
 #include "console/console_editor.h"
 #include "console/session.h"
 #include "console/text_table.h"
@@ -51,6 +52,7 @@ struct Options : SheetOptions {
   std::optional<std::string> style;
   std::optional<std::int32_t> margin;
   std::optional<std::string> merge;  // one PDF of all sheets, absolute
+  std::optional<PlotWindow> window;  // one rectangle by the single plot
   bool no = false;
   bool timings = false;
   bool verbose = false;
@@ -166,6 +168,14 @@ std::string StyleTableName(const std::string& style, std::string& why) {
   return given.filename().string();
 }
 
+// The file of a window plot: the drawing's name in the output folder.
+std::string SingleFilePath(const std::string& folder, const std::string& drawing, std::int32_t format) {
+  const std::string stem = fs::path(drawing).stem().string();
+  const std::string ext = plot::FormatExtension(format);
+  if (format == settings::kFormatDwg) return (fs::path(folder) / (stem + "_单页" + ext)).string();
+  return (fs::path(folder) / (stem + ext)).string();
+}
+
 std::string Seconds(double s) {
   char text[32];
   std::snprintf(text, sizeof text, "%.2f", s);
@@ -211,11 +221,14 @@ int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& tar
 
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) {
   const std::string program(batch.program);
-  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   Options options;
+  ParsedArgs words = args;
+  if (auto error = ReadWindowOption(args, words.positional, options.window)) return args.usage(io, *error);
+  if (auto error = words.oneDrawingError()) return args.usage(io, *error);
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
+  if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
 
-  const std::string& path = args.positional.front();
+  const std::string& path = words.positional.front();
   auto db = LoadDrawing(path, io);
   if (!db) return kExitUnreadable;
 
@@ -295,9 +308,18 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   answers.emplace_back("");
   if (options.merge) answers.push_back(*options.merge);  // the file the merge asks for
   answers.emplace_back("^C");
+  if (options.window) {
+    if (WindowIsEmpty(*options.window)) {
+      restore();
+      io.err << program << ": 打印窗口内没有图形，未打印\n";
+      return kExitNoSheets;
+    }
+    config.choose_folder = 1;  // the file is named, never a throw-away in the temporary folder
+    answers = WindowAnswers(*options.window, SingleFilePath(folder, path, rec.format));
+  }
   editor.answers().pushFront(answers);
-  session.runCommandLine(std::string(batch.command));
-  const int listed = editor.lastListRows();
+  session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
+  const int listed = options.window ? 1 : editor.lastListRows();
   restore();
 
   if (options.verbose || options.timings) io.err << transcript.str() << '\n';
@@ -339,11 +361,14 @@ void DefinePlot(CLI::App& app) {
            "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
            "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
-           "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n",
+           "       tvplot plot 图纸.dxf --window X1,Y1 X2,Y2 [--scale 比例] [--out 文件夹] …\n"
+           "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n"
+           "  --window 只打印这一个窗口（单张打印到文件），纸张与比例自动确定。\n",
            "  选项只用于本次打印，不改变用户配置；图纸文件本身不会被改写。\n"
            "  退出码：0 全部图纸已输出，1 用法错误，2 图纸无法读取，4 未找到图框，5 有图纸未能输出\n");
   DefinePlotOutputOptions(app);
   AddValue(app, "--scale", "S", "所有图框按 1:S 确定纸张（默认按多数图框推断）");
+  AddValue(app, "--window", "X1,Y1 X2,Y2", "只打印这两个角点围成的窗口，输出一个文件（退出码 4：窗口内没有图形）");
   AddValue(app, "--order", "N", "打印顺序 1 到 9（同 tvplot sheets）");
   AddValue(app, "--range", "R", "model、layouts、all（默认）或 current");
   AddFlag(app, "--timings", "显示各阶段耗时");

@@ -6,6 +6,7 @@
 #include "host/command_table.h"
 #include "host/editor.h"
 #include "plot/plot_job.h"
+#include "plot/single_plot.h"
 #include "settings/setting_form.h"
 
 namespace tv::host {
@@ -27,7 +28,10 @@ void Guarded(int number) {
 
 }  // namespace
 
-void TV_BatchPlot_1() { Guarded(1); }
+void TV_BatchPlot_1() {
+  CommandScope scope;
+  plot::SinglePlotCommand();
+}
 void TV_BatchPlot_2() {
   CommandScope scope;
   plot::GenericPlotCommand();
@@ -69,9 +73,18 @@ void Plot_Temp2() {
   plot::Plot_Temp2();
 }
 void Plot_Temp3() {}
-void SinglePlot_SelectP() {}
-void SinglePlot_SelectW() {}
-void SinglePlot_Plot_Standby() {}
+void SinglePlot_SelectP() {
+  CommandScope scope;
+  plot::SinglePlot_SelectP();
+}
+void SinglePlot_SelectW() {
+  CommandScope scope;
+  plot::SinglePlot_SelectW();
+}
+void SinglePlot_Plot_Standby() {
+  CommandScope scope;
+  plot::SinglePlot_Plot_Standby();
+}
 void Plot_BaseFun1_Standby() {
   CommandScope scope;
   plot::StandbyGeneric();
