@@ -52,9 +52,11 @@ std::string& LastSingleFolder() {
   return folder;
 }
 
+// Without the dot; drawing files take the extension the platform writes them with.
 std::string ExtensionOf(std::int32_t format) {
-  static constexpr std::string_view kExtensions[] = {"pdf", "dwf", "jpg", "png", "plt", "eps", "dwg"};
-  if (format < 0 || format > 6) return "pdf";
+  static constexpr std::string_view kExtensions[] = {"pdf", "dwf", "jpg", "png", "plt", "eps"};
+  if (format == settings::kFormatDwg) return FormatExtension(format).substr(1);
+  if (format < 0 || format > 5) return "pdf";
   return std::string(kExtensions[format]);
 }
 

@@ -67,6 +67,19 @@ TEST_F(SinglePlotCommandTest, AWindowGivesOneFileOnThePaperItsSizeAndScaleCallFo
   }
 }
 
+TEST_F(SinglePlotCommandTest, OtherFormatsGiveOneFileOfTheirKind) {
+  const std::string plan = Plan();
+  for (const std::string format : {"png", "dwg"}) {
+    SCOPED_TRACE(format);
+    const fs::path out = dir_ / format;
+    const RunResult r = Plot({plan, "--out", out.string(), "--format", format, "--window", "0,0", "42000,29700"});
+    ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+    const std::vector<std::string> files = FilesIn(out);
+    ASSERT_EQ(files.size(), 1u);
+    EXPECT_EQ(files[0], format == "png" ? "plan.png" : "plan_单页.dxf");
+  }
+}
+
 TEST_F(SinglePlotCommandTest, AnEmptyWindowPlotsNothing) {
   const std::string plan = Plan();
   const fs::path out = dir_ / "out";
