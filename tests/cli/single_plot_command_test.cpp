@@ -141,6 +141,15 @@ TEST_F(SinglePlotCommandTest, TheCommandPlotsPickedCornersAndTheFormKeepsItsChoi
   EXPECT_TRUE(Has(ReadFile(plotted), "TPLOT_SETTING2")) << "the confirmed form keeps its choices";
   EXPECT_EQ(ReadFile(plan), original) << "the drawing is never written";
 
+  // Tab selects entities instead: their joint extents are the rectangle, here the standing frame.
+  const fs::path selected = dir_ / "selected.pdf";
+  r = Run({"run", plan, "TV_BatchPlot_1", "--answer", "S", "--answer", "7", "--answer", "", "--answer", "Tab",
+           "--answer", "W 46000,-1000 77700,43000", "--answer", selected.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  const auto upright = PageMm(selected);
+  EXPECT_NEAR(upright.first, 297, 0.5);
+  EXPECT_NEAR(upright.second, 420, 0.5);
+
   // A plot without the form leaves no record.
   const fs::path bare = dir_ / "bare.dxf";
   r = Run({"run", plan, "TV_BatchPlot_1", "--answer", "0,0", "--answer", "42000,29700", "--answer", "^C",
