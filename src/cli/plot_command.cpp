@@ -14,6 +14,7 @@
 #include <string>
 
 #include "cli/command_line.h"
+#include "cli/drawing_list.h"
 #include "cli/option_values.h"
 #include "cli/session_launch.h"
 #include "console/console_editor.h"
@@ -211,11 +212,13 @@ int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& tar
 
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) {
   const std::string program(batch.program);
-  if (auto error = args.oneDrawingError()) return args.usage(io, *error);
+  if (batch.drawing.empty() && ManyDrawings(args.positional)) return RunDrawings(args, io, batch);
+  if (auto error = batch.drawing.empty() ? args.oneDrawingError() : std::nullopt) return args.usage(io, *error);
   Options options;
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
+  if (batch.merge) options.merge = batch.merge;
 
-  const std::string& path = args.positional.front();
+  const std::string& path = batch.drawing.empty() ? args.positional.front() : batch.drawing;
   auto db = LoadDrawing(path, io);
   if (!db) return kExitUnreadable;
 
@@ -336,7 +339,7 @@ namespace {
 
 void DefinePlot(CLI::App& app) {
   Describe(app,
-           "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
+           "用法：tvplot plot 图纸.dxf|文件夹 … [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
            "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
            "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n",
