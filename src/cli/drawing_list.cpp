@@ -93,10 +93,17 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
     std::ostringstream out;
     CliStreams drawingIo{target ? static_cast<std::ostream&>(out) : io.out, io.err, io.errIsTerminal};
     const int code = RunFileBatch(args, drawingIo, one);
-    if (code == kExitUsage) return code;  // the options are wrong for every drawing alike
+    if (code == kExitUsage) {  // the options are wrong for every drawing alike
+      std::error_code ec;
+      if (target) fs::remove_all(work, ec);
+      return code;
+    }
     if (target) {
       // The numbered file is a step of this run: the summary names the drawing, not that file.
-      io.err << drawing << "：" << LastLine(out.str()) << '\n';
+      std::string summary = LastLine(out.str());
+      if (const std::size_t at = summary.find(*one.merge); at != std::string::npos)
+        summary.replace(at, one.merge->size(), *target);
+      io.err << drawing << "：" << summary << '\n';
       std::error_code ec;
       if (fs::is_regular_file(*one.merge, ec))
         parts.push_back({*one.merge, fs::path(drawing).stem().string(), true});

@@ -9,6 +9,9 @@
 #include "../support/frame_drawings.h"
 #include "../support/pdf_reading.h"
 #include "../support/tvplot_test.h"
+#include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
+#include "titleblock/tk_library.h"
 
 namespace tv::cli {
 namespace {
@@ -88,7 +91,7 @@ TEST_F(MultiDrawingTest, MergeJoinsEveryDrawingsSheetsInOrderWithTheirBookmarks)
   const PdfFacts merged = ReadPdfFacts(target.string());
   ASSERT_TRUE(merged.read);
   ASSERT_EQ(merged.pages.size(), 6u);
-  EXPECT_EQ(merged.outline, (std::vector<std::string>{"plan01", "plan02", "plan03", "a01", "b01", "b02"}));
+  EXPECT_EQ(merged.outline, (std::vector<std::string>{"plan01", "plan02", "plan03", "a", "b01", "b02"}));
   EXPECT_EQ(merged.outlinePages, (std::vector<int>{0, 1, 2, 3, 4, 5}));
   EXPECT_NEAR(merged.pages[1].widthMm, 210, 0.01);
   EXPECT_NEAR(merged.pages[3].widthMm, 210, 0.01) << "a's upright A4 follows plan's sheets";
@@ -105,6 +108,24 @@ TEST_F(MultiDrawingTest, OptionsWrongForEveryDrawingStopAtOnce) {
   EXPECT_EQ(r.exitCode, 1);
   EXPECT_EQ(Count(r.err, "bmp"), 1u) << r.err;
   EXPECT_FALSE(Has(r.err, "[2/")) << r.err;
+}
+
+TEST_F(MultiDrawingTest, TitleBlockPlotTakesSeveralDrawingsIntoOneMerge) {
+  const std::string tk = Path("titleblocks.tk").string();
+  ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk, false));
+  Write("tb/1.dxf", samples::BuildTitleBlockDrawing());
+  Write("tb/2.dxf", samples::BuildTitleBlockDrawing());
+  const fs::path target = Path("tb-out") / "set.pdf";
+  const RunResult r =
+      RunAtHome({"titleblock", Path("tb").string(), "--tk", tk, "--plot", "--merge", target.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  EXPECT_TRUE(Has(r.err, "[2/2] ")) << r.err;
+  const PdfFacts merged = ReadPdfFacts(target.string());
+  ASSERT_TRUE(merged.read);
+  ASSERT_EQ(merged.pages.size(), 8u);
+  ASSERT_EQ(merged.outline.size(), 8u);
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(merged.outline[i], merged.outline[i + 4]) << "the same set twice";
+  EXPECT_TRUE(Has(merged.outline.front() + merged.outline[1], "施-")) << merged.outline.front();
 }
 
 }  // namespace

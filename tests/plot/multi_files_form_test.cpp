@@ -32,7 +32,7 @@ TEST(MultiFilesForm, CellsShowEachChoice) {
   } cases[] = {
       {[](Single_Dwg&) {}, MultiColumn::Number, " 1"},
       {[](Single_Dwg&) {}, MultiColumn::File, "a.dwg"},
-      {[](Single_Dwg& r) { r.filter_ratio = 2.25; }, MultiColumn::Filter, "2.2%"},
+      {[](Single_Dwg& r) { r.filter_ratio = 2.5; }, MultiColumn::Filter, "2.5%"},
       {[](Single_Dwg& r) { r.paper_mode = 4; }, MultiColumn::Paper, "A1"},
       {[](Single_Dwg& r) { r.paper_mode = 6; }, MultiColumn::Paper, "按打印比例"},
       {[](Single_Dwg& r) { r.paper_mode = 7; }, MultiColumn::Paper, "按图框设定"},
