@@ -14,6 +14,7 @@
 #include <string>
 
 #include "cli/command_line.h"
+#include "cli/drawing_list.h"
 #include "cli/option_values.h"
 #include "cli/session_launch.h"
 #include "cli/window_option.h"
@@ -224,11 +225,16 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   Options options;
   ParsedArgs words = args;
   if (auto error = ReadWindowOption(args, words.positional, options.window)) return args.usage(io, *error);
-  if (auto error = words.oneDrawingError()) return args.usage(io, *error);
+  if (batch.drawing.empty() && ManyDrawings(words.positional)) {
+    if (options.window) return args.usage(io, "--window 只用于一个图纸文件");
+    return RunDrawings(args, io, batch);
+  }
+  if (auto error = batch.drawing.empty() ? words.oneDrawingError() : std::nullopt) return args.usage(io, *error);
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
+  if (batch.merge) options.merge = batch.merge;
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
 
-  const std::string& path = words.positional.front();
+  const std::string& path = batch.drawing.empty() ? words.positional.front() : batch.drawing;
   auto db = LoadDrawing(path, io);
   if (!db) return kExitUnreadable;
 
@@ -358,7 +364,7 @@ namespace {
 
 void DefinePlot(CLI::App& app) {
   Describe(app,
-           "用法：tvplot plot 图纸.dxf [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
+           "用法：tvplot plot 图纸.dxf|文件夹 … [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
            "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
            "       tvplot plot 图纸.dxf --window X1,Y1 X2,Y2 [--scale 比例] [--out 文件夹] …\n"

@@ -24,6 +24,9 @@ struct FileBatch {
   std::string_view command;  // the batch command the session runs
   // Runs once the module is loaded, before the settings are taken over; a refusal ends the run.
   std::function<std::optional<Refusal>()> prepare;
+  // Set for one drawing of a run over several: the drawing, and the file its sheets merge into.
+  std::string drawing;
+  std::optional<std::string> merge;
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:

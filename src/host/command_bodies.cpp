@@ -56,7 +56,9 @@ void TV_BatchPlot_18() { Guarded(18); }
 void TV_BatchPlot_19() { Guarded(19); }
 void TV_BatchPlot_20() { Guarded(20); }
 
+// Gets a plotted document of a multi-file run out of the way: closed without a save question.
 void singledwg_plot() {
+  CommandScope scope;
   Editor& editor = CurrentEditor();
   editor.setModified(false);
   editor.command({"_CLOSE"});

@@ -3,6 +3,7 @@
 #define POINTERHOLDER_TRANSITION 4  // std::shared_ptr only: no deprecated PointerHolder
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
+#include <qpdf/QPDFOutlineDocumentHelper.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFPageObjectHelper.hh>
 #include <qpdf/QPDFWriter.hh>
@@ -85,10 +86,25 @@ bool MergeFiles(const std::vector<MergeEntry>& entries, const std::string& targe
         if (skipped) skipped->push_back(entry.path);
         continue;
       }
+      // The source's own entries, by the page they open, when they are to be kept.
+      std::map<QPDFObjGen, std::vector<std::string>> outline;
+      if (entry.keepOutline) {
+        QPDFOutlineDocumentHelper outlines(*source);
+        for (QPDFOutlineObjectHelper& item : outlines.getTopLevelOutlines()) {
+          QPDFObjectHandle page = item.getDestPage();
+          if (page.isDictionary()) outline[page.getObjGen()].push_back(item.getTitle());
+        }
+      }
       bool first = true;
       for (QPDFPageObjectHelper& page : QPDFPageDocumentHelper(*source).getAllPages()) {
+        const QPDFObjGen from = page.getObjectHandle().getObjGen();
         outPages.addPage(page, false);
-        if (first) marks.emplace_back(outPages.getAllPages().back().getObjectHandle(), entry.bookmark);
+        const QPDFObjectHandle added = outPages.getAllPages().back().getObjectHandle();
+        if (outline.empty()) {
+          if (first) marks.emplace_back(added, entry.bookmark);
+        } else if (const auto it = outline.find(from); it != outline.end()) {
+          for (const std::string& title : it->second) marks.emplace_back(added, title);
+        }
         first = false;
       }
       if (first && skipped) skipped->push_back(entry.path);  // a file without pages

@@ -9,6 +9,9 @@ namespace tv::pdfmerge {
 struct MergeEntry {
   std::string path;      // a sheet's PDF
   std::string bookmark;  // the outline text of its first page
+  // A file that is itself a merge: its own top-level outline entries travel with its pages, and
+  // `bookmark` stands only when it has none.
+  bool keepOutline = false;
 };
 
 // Joins the pages of `entries` in their order into `target`, keeping each page's size and
