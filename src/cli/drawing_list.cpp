@@ -103,7 +103,7 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
       std::string summary = LastLine(out.str());
       if (const std::size_t at = summary.find(*one.merge); at != std::string::npos)
         summary.replace(at, one.merge->size(), *target);
-      io.err << drawing << "：" << summary << '\n';
+      if (!summary.empty()) io.err << drawing << "：" << summary << '\n';  // none when it wasn't read
       std::error_code ec;
       if (fs::is_regular_file(*one.merge, ec))
         parts.push_back({*one.merge, fs::path(drawing).stem().string(), true});
