@@ -389,6 +389,20 @@ SpatialFilter* Database::spatialFilterOf(const Insert& insert) const {
   return filters ? objectAs<SpatialFilter>(filters->find("SPATIAL")) : nullptr;
 }
 
+void Database::copyClip(const Database& source, const Insert& from, Insert& to) {
+  if (from.extensionDictionary().isNull()) return;
+  const SpatialFilter* filter = source.spatialFilterOf(from);
+  if (!filter) return;
+  Dictionary& xdict = ensureExtensionDictionary(to);
+  Dictionary& filters = ensureDictionary(xdict, "ACAD_FILTER");
+  auto copy = std::make_unique<SpatialFilter>(*filter);
+  copy->id = ObjectId{};
+  copy->owner = ObjectId{};
+  if (copy->extrasIfAny()) copy->extras() = ObjectExtras{};
+  SpatialFilter& added = addObject(std::move(copy), filters.id);
+  filters.set("SPATIAL", added.id);
+}
+
 DxfVersion Database::version() const { return DxfVersionOf(header.getString("$ACADVER", "AC1032")); }
 
 std::string Database::codePage() const { return header.getString("$DWGCODEPAGE", "ANSI_936"); }

@@ -163,6 +163,8 @@ class Database {
   Dictionary& ensureExtensionDictionary(DbObject& o);
   // The clip of an insert: its extension dictionary's ACAD_FILTER / SPATIAL filter.
   SpatialFilter* spatialFilterOf(const Insert& insert) const;
+  // Gives `to`, an insert of this drawing, the clip that `from` has in `source` (none: nothing).
+  void copyClip(const Database& source, const Insert& from, Insert& to);
 
   DxfVersion version() const;
   // $DWGCODEPAGE, "ANSI_936" when absent.

@@ -127,7 +127,7 @@ class SheetCopier {
     const Insert* sourceInsert = As<Insert>(&source);
     Entity& added = dst_.appendEntity(to, std::move(e));
     entities_[source.id.value] = added.id;
-    if (sourceInsert) keepClip(*sourceInsert, static_cast<Insert&>(added));
+    if (sourceInsert) dst_.copyClip(src_, *sourceInsert, static_cast<Insert&>(added));
     if (auto* vp = As<Viewport>(&added); vp && !vp->clipBoundary.isNull()) clipped_.push_back(vp);
     return added.id;
   }
@@ -189,21 +189,6 @@ class SheetCopier {
         a->style = textStyle(a->style);
       }
     }
-  }
-
-  // A clipped reference stays clipped.
-  void keepClip(const Insert& from, Insert& to) {
-    if (from.extensionDictionary().isNull()) return;
-    const SpatialFilter* filter = src_.spatialFilterOf(from);
-    if (!filter) return;
-    Dictionary& xdict = dst_.ensureExtensionDictionary(to);
-    Dictionary& filters = dst_.ensureDictionary(xdict, "ACAD_FILTER");
-    auto copy = std::make_unique<SpatialFilter>(*filter);
-    copy->id = ObjectId{};
-    copy->owner = ObjectId{};
-    if (copy->extrasIfAny()) copy->extras() = ObjectExtras{};
-    SpatialFilter& added = dst_.addObject(std::move(copy), filters.id);
-    filters.set("SPATIAL", added.id);
   }
 
   const Database& src_;

@@ -235,23 +235,8 @@ class XrefBinder::Impl {
         }
       }
       Entity& added = db_.appendEntity(to, std::move(e));
-      if (sourceInsert) keepClip(*sourceInsert, static_cast<Insert&>(added), src);
+      if (sourceInsert) db_.copyClip(src, *sourceInsert, static_cast<Insert&>(added));
     }
-  }
-
-  // An insert clipped in the referenced file stays clipped.
-  void keepClip(const Insert& from, Insert& to, const Database& src) {
-    if (from.extensionDictionary().isNull()) return;
-    const SpatialFilter* filter = src.spatialFilterOf(from);
-    if (!filter) return;
-    Dictionary& xdict = db_.ensureExtensionDictionary(to);
-    Dictionary& filters = db_.ensureDictionary(xdict, "ACAD_FILTER");
-    auto copy = std::make_unique<SpatialFilter>(*filter);
-    copy->id = ObjectId{};
-    copy->owner = ObjectId{};
-    if (copy->extrasIfAny()) copy->extras() = ObjectExtras{};
-    SpatialFilter& added = db_.addObject(std::move(copy), filters.id);
-    filters.set("SPATIAL", added.id);
   }
 
  private:
