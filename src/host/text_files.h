@@ -19,6 +19,8 @@ std::optional<std::vector<std::string>> ReadTextFileTokens(const std::string& pa
 std::optional<std::string> ReadFileBytes(const std::string& path);
 // The tokens of those bytes, as ReadTextFileTokens gives them.
 std::vector<std::string> TextFileTokens(const std::string& bytes);
+// Those bytes whole in UTF-8, for files read line by line.
+std::string TextFileText(const std::string& bytes);
 
 // Writes `utf8Text` in the code page, under the file's lock (host/file_lock.h). The text goes to
 // a temporary file in the same folder, flushed to disk, which then replaces the target: readers

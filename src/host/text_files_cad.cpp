@@ -101,6 +101,11 @@ std::vector<std::string> TextFileTokens(const std::string& bytes) {
   return tokens;
 }
 
+std::string TextFileText(const std::string& bytes) {
+  std::optional<cad::CodePageDecoder> decoder = cad::CodePageDecoder::create(AnsiCodePage());
+  return decoder ? decoder->toUtf8(bytes) : bytes;
+}
+
 std::optional<std::vector<std::string>> ReadTextFileTokens(const std::string& path) {
   std::optional<std::string> bytes = ReadFileBytes(path);
   if (!bytes) return std::nullopt;

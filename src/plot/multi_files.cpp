@@ -4,10 +4,11 @@
 #include <cctype>
 #include <charconv>
 #include <filesystem>
-#include <fstream>
+#include <optional>
 #include <set>
 #include <sstream>
 
+#include "host/text_files.h"
 #include "settings/folders.h"
 #include "settings/plot_setting.h"
 
@@ -116,25 +117,14 @@ std::vector<Single_Dwg> ParseMultiFileRows(const std::string& text) {
 }
 
 void LoadMultiFileRows(std::vector<Single_Dwg>& store, const std::string& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::ostringstream text;
-  if (in) text << in.rdbuf();
-  store = ParseMultiFileRows(text.str());
+  const std::optional<std::string> bytes = host::ReadFileBytes(file);
+  store = ParseMultiFileRows(bytes ? host::TextFileText(*bytes) : std::string());
 }
 
 bool SaveMultiFileRows(const std::vector<Single_Dwg>& current, const std::vector<Single_Dwg>& store,
                        const std::string& file) {
-  // Written whole under another name first, so a reader never meets half a record.
-  const std::string part = file + ".part";
-  {
-    std::ofstream out(part, std::ios::binary | std::ios::trunc);
-    out << MultiFileRowsText(current, store);
-    if (!out.good()) return false;
-  }
-  std::error_code ec;
-  fs::rename(part, file, ec);
-  if (ec) fs::remove(part, ec);
-  return !ec;
+  // In the code page of the system's files, replaced whole, so a reader never meets half a record.
+  return host::WriteTextFileReplacing(file, MultiFileRowsText(current, store));
 }
 
 bool ApplyStoredRow(const std::vector<Single_Dwg>& store, Single_Dwg& row) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../support/run_program.h"
+#include "host/text_files.h"
 #include "settings/plot_setting.h"
 
 namespace tv::plot {
@@ -59,6 +60,8 @@ TEST(MultiFiles, RecordRoundTripKeepsEveryField) {
 
   const fs::path file = fs::temp_directory_path() / ("multi-files-" + std::to_string(::getpid()) + ".tmp");
   ASSERT_TRUE(SaveMultiFileRows(rows, {}, file.string()));
+  // On disk in the code page of the system's files, as installations on Chinese Windows read it.
+  EXPECT_NE(host::ReadFileBytes(file.string())->find("\xB7\xBD\xB0\xB8"), std::string::npos) << "方案 in GBK";
   std::vector<Single_Dwg> store;
   LoadMultiFileRows(store, file.string());
   EXPECT_EQ(store, rows);
