@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "cad/entity_copy_internal.h"
 #include "cad/entity_geometry.h"
 #include "cad/names_internal.h"
 
@@ -148,13 +149,7 @@ class SheetCopier {
     e.owner = ObjectId{};
     e.layer = layer(e.layer);
     e.linetype = linetype(e.linetype);
-    if (e.extrasIfAny()) {
-      ObjectExtras& x = e.extras();
-      x.extensionDictionary = {};
-      x.reactors.clear();
-      x.plotStyle = {};
-      x.material = {};
-    }
+    DropForeignLinks(e);
   }
 
   void map(Entity& e) {

@@ -1,6 +1,7 @@
 #include <map>
 #include <set>
 
+#include "cad/entity_copy_internal.h"
 #include "cad/names_internal.h"
 #include "cad/walk_limits.h"
 #include "cad/xref_bind_internal.h"
@@ -188,13 +189,7 @@ class XrefBinder::Impl {
     e.id = ObjectId{};
     e.layer = mapped(names, e.layer);
     e.linetype = mapped(names, e.linetype);
-    if (e.extrasIfAny()) {
-      ObjectExtras& x = e.extras();
-      x.extensionDictionary = {};
-      x.reactors.clear();
-      x.plotStyle = {};
-      x.material = {};
-    }
+    DropForeignLinks(e);
   }
 
   void copyEntities(const BlockRecord& from, BlockRecord& to, const BoundNames& names, const Database& src) {
