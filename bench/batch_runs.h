@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include "bench/frame_set.h"
 #include "cad/database.h"
 #include "cad/dxf_reader.h"
 #include "console/console_editor.h"
@@ -114,6 +115,21 @@ inline std::size_t PlotGenericBatch(benchmark::State& state, cad::Database db, c
   host::OnUnload();
   session.reset();
   state.ResumeTiming();
+  return written;
+}
+
+// The frame set of `frames` sheets, read afresh (untimed) and put through the generic batch in
+// each iteration. Returns the number of files the last one wrote.
+inline std::size_t PlotFrameSetEachIteration(benchmark::State& state, std::size_t frames, const std::filesystem::path& out,
+                                             std::int32_t format, const std::string& mergeTarget = {}) {
+  const std::filesystem::path drawing = std::filesystem::temp_directory_path() / "tarvex-bench" / "frames.dxf";
+  std::size_t written = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::optional<cad::Database> db = LoadFrameSet(state, frames);
+    if (!db) break;
+    written = PlotGenericBatch(state, std::move(*db), drawing, out, format, mergeTarget);
+  }
   return written;
 }
 

@@ -41,14 +41,8 @@ void BM_MergeFrameSet(benchmark::State& state) {
   const fs::path out = root / (merged ? "merge-one" : "merge-separate");
   const fs::path target = out / "frames.pdf";
   setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
-  std::size_t written = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::optional<cad::Database> db = bench::LoadFrameSet(state, kFrames);
-    if (!db) break;
-    written = bench::PlotGenericBatch(state, std::move(*db), root / "frames.dxf", out, settings::kFormatPdf,
-                                      merged ? target.string() : std::string());
-  }
+  const std::size_t written =
+      bench::PlotFrameSetEachIteration(state, kFrames, out, settings::kFormatPdf, merged ? target.string() : std::string());
   const std::uintmax_t bytes = BytesIn(out);
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["bytes"] = static_cast<double>(bytes);

@@ -35,13 +35,7 @@ void BM_PlotFrameSet(benchmark::State& state) {
   const fs::path out = root / ("plot-" + std::to_string(format));
   // The benchmark's settings live beside its drawings, never in the user's data folder.
   setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
-  std::size_t written = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::optional<cad::Database> db = bench::LoadFrameSet(state, kFrames);
-    if (!db) break;
-    written = bench::PlotGenericBatch(state, std::move(*db), root / "frames.dxf", out, format);
-  }
+  const std::size_t written = bench::PlotFrameSetEachIteration(state, kFrames, out, format);
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =
       benchmark::Counter(static_cast<double>(written), benchmark::Counter::kIsIterationInvariantRate);

@@ -22,13 +22,7 @@ void BM_SplitFrameSet(benchmark::State& state) {
   using namespace tv;
   const fs::path root = fs::temp_directory_path() / "tarvex-bench";
   setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
-  std::size_t written = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::optional<cad::Database> db = bench::LoadFrameSet(state, kFrames);
-    if (!db) break;
-    written = bench::PlotGenericBatch(state, std::move(*db), root / "frames.dxf", root / "split", settings::kFormatDwg);
-  }
+  const std::size_t written = bench::PlotFrameSetEachIteration(state, kFrames, root / "split", settings::kFormatDwg);
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =
       benchmark::Counter(static_cast<double>(written), benchmark::Counter::kIsIterationInvariantRate);
