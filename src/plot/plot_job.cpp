@@ -18,6 +18,8 @@
 #include "plot/pdf_rotation.h"
 #include "plot/plotter_lock.h"
 #include "plot/review_forms.h"
+#include "plot/review_list.h"
+#include "plot/run_checks.h"
 #include "plot/sheet_loop.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_traversal.h"
@@ -212,6 +214,7 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
 
 bool RunBatch(Dlg_BPlot1& form) {
   if (!paper::CheckPaperSizes(form.job.keptSheets, form.job.paperList, form.setting.format)) return false;
+  if (!SignatureCheckPasses(form.setting)) return false;
   if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp1\n")) return false;
   Job().ActiveSheetJob = &form;
   paper::WriteScInfor(form.job.keptSheets);
@@ -252,21 +255,6 @@ void Plot_Temp1() {
   RunPrivateCommand([count] { return PlotSheets({}, count); }, "TV_BatchPlot_2\n\x03\x03");
 }
 
-bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
-                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run,
-                    std::int64_t stageTick) {
-  host::RegenDrawing();
-  host::Editor& editor = host::CurrentEditor();
-  for (bool first = true;; first = false) {
-    editor.showList(title, columns, cells());
-    if (first) host::StageTimer(stageTick, "显示对话框");
-    std::string answer;
-    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
-    if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) return false;
-    if (run()) return true;
-  }
-}
-
 void GenericPlotCommand() {
   EnterPlotCommand();
   Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
@@ -275,8 +263,7 @@ void GenericPlotCommand() {
     return;
   }
   form->styleIndex = LastStyleIndex();
-  if (!ReviewUntilRun(kBPlot1Title, BPlot1Columns(), [form] { return BPlot1Cells(*form); },
-                      [form] { return RunBatch(*form); }, form->stageTick)) {
+  if (!WorkGenericList(*form)) {
     // Closed without plotting: the layouts get their plotters back as after a run.
     EndFileRun();
     DestroyGenericReview();

@@ -83,13 +83,6 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
 void Plot_Temp1();
 void StandbyGeneric();
 
-// Shows a review list and asks "[打印(P)/关闭(C)]" until `run` starts a run (true) or the user
-// closes the list or presses Esc (false). The first showing is the stage "显示对话框", timed from
-// `stageTick`.
-bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& columns,
-                    const std::function<std::vector<std::vector<std::string>>()>& cells, const std::function<bool()>& run,
-                    std::int64_t stageTick);
-
 // ---- the title-block family ---------------------------------------------------------------------------
 
 // The first pass over the open title-block form's first `count` rows; as PlotSheets.

@@ -8,11 +8,14 @@
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/review_list.h"
+#include "plot/run_checks.h"
 #include "plot/plotter_lock.h"
 #include "plot/pdf_merge.h"
 #include "plot/sheet_loop.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
+#include "settings/config.h"
 
 namespace tv::plot {
 
@@ -60,8 +63,9 @@ void StandbyTitle() {
 }
 
 bool RunTitleBatch(Dlg_BPlot2& form) {
-  // This build writes every sheet to its own file, so every sheet needs a name.
-  for (std::size_t i = 0; i < form.rows.size(); ++i) {
+  // Every sheet needs a name, unless the pages go into one merged PDF, which numbers them.
+  const bool merging = form.setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0;
+  for (std::size_t i = 0; i < form.rows.size() && !merging; ++i) {
     if (!IsEmptyFileName(form.rows[i].sheet->file_name)) continue;
     host::CurrentEditor().messageBox(EmptyNameMessage(i), kPlotCaption, host::MessageButtons::Ok);
     return false;
@@ -69,7 +73,12 @@ bool RunTitleBatch(Dlg_BPlot2& form) {
   std::vector<std::string> papers;
   for (const BPlot2Row& row : form.rows) papers.push_back(row.paperName);
   if (!paper::CheckPaperCeiling(papers, form.job.paperList, form.setting.format)) return false;
+  if (!SignatureCheckPasses(form.setting)) return false;
+  bool stampsOff = false;
+  if (!StampCheckPasses(form.setting, stampsOff)) return false;
   if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp2\n")) return false;
+  // The stored choice stays; this run goes without stamps.
+  if (stampsOff) form.setting.plot_stamps = 0;
 
   Job().ActiveTitleSheetJob = &form;
   for (const auto& sheet : form.job.sheets) recognition::EraseMarker(sheet->rec_id);
@@ -100,8 +109,7 @@ void TitlePlotCommand() {
     return;
   }
   form->styleIndex = LastStyleIndex();
-  if (!ReviewUntilRun(kBPlot2Title, BPlot2Columns(), [form] { return BPlot2Cells(*form); },
-                      [form] { return RunTitleBatch(*form); }, form->stageTick)) {
+  if (!WorkTitleList(*form)) {
     // Closed without plotting: the layouts get their plotters back as after a run.
     EndFileRun();
     DestroyTitleReview();

@@ -1,0 +1,550 @@
+#include "plot/review_list.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+#include "host/command_prologue.h"
+#include "host/editor.h"
+#include "host/wrappers.h"
+#include "paper/ctb_lineweight_form.h"
+#include "paper/layout_plot_setting.h"
+#include "paper/new_paper_form.h"
+#include "paper/scale_fitting.h"
+#include "paper/scale_forms.h"
+#include "plot/generic_review.h"
+#include "plot/list_command.h"
+#include "plot/list_controls.h"
+#include "plot/output_paths.h"
+#include "plot/paper_choice.h"
+#include "plot/plot_job.h"
+#include "plot/title_review.h"
+#include "settings/config.h"
+#include "titleblock/file_naming.h"
+
+namespace tv::plot {
+
+namespace {
+
+constexpr std::string_view kHelp =
+    "\n命令：N 行 名称（文件名）  Z 行 纸张（A2、A3加长、594x420）  S 行 比例（50 即 1:50）  K 行 份数"
+    "\n      D 行（删除）  V 行（预览）  F 格式（PDF、PNG …）  选项：编号或名称 [值]"
+    "\n      行：3、2-5、1,4 或 *    回车或 P 打印，C 关闭，? 再次显示列表";
+
+// What the list holds apart from the form's settings until a run takes it over.
+struct ListChoices {
+  bool merge = false;
+  bool asBlock = true;
+};
+
+std::optional<double> Real(std::string_view text) {
+  text = TrimAnswer(text);
+  double value = 0.0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+std::optional<std::int32_t> Whole(std::string_view text) {
+  text = TrimAnswer(text);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  std::int32_t value = 0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+// "50" and "1:50" are 50 drawing units a millimetre; "2:1" is 0.5.
+std::optional<double> ScaleOfText(std::string_view text) {
+  const std::size_t colon = text.find_first_of(":：");
+  if (colon == std::string_view::npos) return Real(text);
+  const std::size_t after = text.find(':') == colon ? colon + 1 : colon + std::string_view("：").size();
+  const std::optional<double> paperPart = Real(text.substr(0, colon));
+  const std::optional<double> drawnPart = Real(text.substr(after));
+  if (!paperPart || !drawnPart || *paperPart <= 0.0) return std::nullopt;
+  return *drawnPart / *paperPart;
+}
+
+// "是", "Y", "1", "开" turn a check on; "否", "N", "0", "关" off.
+std::optional<bool> FlagOfText(std::string_view text) {
+  const std::string t = WithoutBlanks(text);
+  for (const char* on : {"是", "Y", "y", "1", "开", "ON", "on"})
+    if (t == on) return true;
+  for (const char* off : {"否", "N", "n", "0", "关", "OFF", "off"})
+    if (t == off) return false;
+  return std::nullopt;
+}
+
+void Say(std::string_view text) { host::Print("\n" + std::string(text)); }
+void Box(std::string_view text) { host::CurrentEditor().messageBox(text, kPlotCaption, host::MessageButtons::Ok); }
+
+class ReviewSession {
+ public:
+  ReviewSession(ListRows& rows) : rows_(rows) {
+    const settings::Config& config = settings::GlobalConfig();
+    choices_.merge = config.merge_pdf != 0;
+    choices_.asBlock = config.save_as_block != 0;
+  }
+
+  bool Work(std::int64_t stageTick) {
+    host::RegenDrawing();
+    Show();
+    host::StageTimer(stageTick, "显示对话框");
+    while (true) {
+      std::string answer;
+      const int rc = host::CurrentEditor().getString(
+          "\n" + std::string(kBPlot1Title) + " [打印(P)/关闭(C)]，或输入修改命令（? 显示说明） <打印>: ", answer);
+      if (rc == host::RTCAN) return false;
+      const std::vector<ListControl> controls = ControlsInPlay(rows_.titleBlock(), rows_.setting().format);
+      std::vector<std::string> labels;
+      for (ListControl c : controls) labels.emplace_back(ControlLabel(c));
+      const ListCommand command = ParseListCommand(answer, rows_.size(), labels);
+      switch (command.verb) {
+        case ListVerb::Refused: Say(command.error); continue;
+        case ListVerb::Close: return false;
+        case ListVerb::Show:
+          Say(kHelp);
+          Show();
+          continue;
+        case ListVerb::Plot:
+          if (Run()) return true;
+          Show();
+          continue;
+        default: break;
+      }
+      if (Edit(command, controls)) Show();
+    }
+  }
+
+ private:
+  std::string StyleName() {
+    paper::LayoutPlotSetting layout(&rows_.setting());
+    return layout.StyleNameAt(rows_.styleIndex());
+  }
+
+  void Show() {
+    host::CurrentEditor().showList(kBPlot1Title, rows_.columns(), rows_.cells());
+    ControlValues v;
+    const settings::PlotSettingRec& s = rows_.setting();
+    v.margin = s.margin;
+    v.format = s.format;
+    v.pathMode = s.path_mode;
+    v.customPath = s.custom_path;
+    v.merge = choices_.merge;
+    v.signatures = s.plot_signatures != 0;
+    v.stamps = s.plot_stamps != 0;
+    v.asBlock = choices_.asBlock;
+    v.sortStyle = s.sort_style;
+    v.red = s.back_red;
+    v.green = s.back_green;
+    v.blue = s.back_blue;
+    const std::vector<ListControl> controls = ControlsInPlay(rows_.titleBlock(), s.format);
+    if (std::find(controls.begin(), controls.end(), ListControl::Style) != controls.end()) v.style = StyleName();
+    std::string text = "\n选项：";
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+      text += "\n  " + std::to_string(i + 1) + ". " + std::string(ControlLabel(controls[i]));
+      const std::string value = ControlValueText(controls[i], v);
+      if (!value.empty()) text += "：" + value;
+    }
+    host::Print(text);
+  }
+
+  bool Edit(const ListCommand& c, const std::vector<ListControl>& controls) {
+    switch (c.verb) {
+      case ListVerb::Name: return Rename(c.rows, c.argument);
+      case ListVerb::Paper: return UnifyPaper(c.rows, c.argument);
+      case ListVerb::Scale: return UnifyScale(c.rows, c.argument);
+      case ListVerb::Copies: return UnifyCopies(c.rows, c.argument);
+      case ListVerb::Delete: return Delete(c.rows);
+      case ListVerb::Format: return ChangeFormat(c.argument);
+      case ListVerb::Preview:
+        rows_.preview(c.rows.front());
+        return false;
+      case ListVerb::Control: return Control(controls[c.control], c.argument);
+      default: return false;
+    }
+  }
+
+  // ---- rows ---------------------------------------------------------------------------------------
+
+  bool Rename(const std::vector<std::size_t>& rows, const std::string& typed) {
+    const std::string stem(TrimAnswer(titleblock::CleanFileName(typed, true)));
+    if (stem.empty()) {
+      Box("文件名不能为空 !");
+      return false;
+    }
+    if (rows.size() == 1) {
+      rows_.setName(rows.front(), stem);
+      return true;
+    }
+    // Several rows at once: the stem with a running number, as the batch numbers its names.
+    const settings::PlotSettingRec& s = rows_.setting();
+    for (std::size_t k = 0; k < rows.size(); ++k)
+      rows_.setName(rows[k], stem + titleblock::SerialText(s.name_start + static_cast<std::int32_t>(k), s.name_digits));
+    return true;
+  }
+
+  // The custom paper form on the command line; nullopt when cancelled or refused.
+  std::optional<paper::MyPaper> NewPaper(std::optional<PaperRequest> typed) {
+    paper::Dlg_New_Paper form;
+    host::Editor& editor = host::CurrentEditor();
+    if (typed) {
+      form.length = typed->sideA;
+      form.width = typed->sideB;
+    } else {
+      Say(std::string(paper::Dlg_New_Paper::kTitle) + " " + std::string(paper::Dlg_New_Paper::kSizeLabel));
+      for (double* side : {&form.length, &form.width}) {
+        double value = *side;
+        const int rc = editor.getReal(side == &form.length ? "\n长 (mm): " : "\n宽 (mm): ", value);
+        if (rc == host::RTCAN) return std::nullopt;
+        if (rc == host::RTNORM) *side = value;
+      }
+    }
+    std::string message;
+    paper::Dlg_New_Paper::Field focus{};
+    const bool ok = form.Accept(
+        [&](std::string_view question) {
+          return editor.messageBox(question, paper::Dlg_New_Paper::kTitle, host::MessageButtons::YesNo) ==
+                 host::MessageAnswer::Yes;
+        },
+        message, focus);
+    if (!ok) {
+      if (!message.empty()) Box(message);
+      return std::nullopt;
+    }
+    return paper::MyPaper{std::max(form.customLength, form.customWidth), std::min(form.customLength, form.customWidth),
+                          false};
+  }
+
+  bool UnifyPaper(const std::vector<std::size_t>& rows, const std::string& typed) {
+    std::vector<std::string> rowPapers;
+    for (std::size_t i = 0; i < rows_.size(); ++i) rowPapers.push_back(rows_.paperName(i));
+    const PaperChoiceList list = PaperChoices(rowPapers, rows_.papers(), rows_.paperName(rows.front()));
+    std::optional<PaperRequest> request;
+    std::optional<paper::MyPaper> fixed;  // one paper for every row
+    if (typed.empty()) {
+      const std::optional<int> chosen =
+          host::CurrentEditor().chooseItem(UnifyPaperTitle(rows.size(), rows_.size()), list.items, list.preselected);
+      if (!chosen) return false;
+      const auto k = static_cast<std::size_t>(*chosen);
+      if (k + 1 == list.items.size()) {
+        fixed = NewPaper(std::nullopt);
+        if (!fixed) return false;
+      } else if (k >= kFixedPaperChoices) {
+        fixed = list.customPapers[k - kFixedPaperChoices];
+      } else {
+        request = PaperRequest{static_cast<int>(k), 0, 0};
+      }
+    } else {
+      request = ParsePaperText(typed);
+      if (!request) {
+        Say("无法识别的纸张：" + typed + "（应如 A2、A3加长 或 594x420）。");
+        return false;
+      }
+      if (request->choice < 0) {
+        fixed = NewPaper(request);
+        if (!fixed) return false;
+        request.reset();
+      }
+    }
+    // Every row's paper first, so that a paper that can't be made leaves every row as it was.
+    std::vector<paper::MyPaper> wanted;
+    for (std::size_t row : rows) {
+      if (fixed) {
+        wanted.push_back(*fixed);
+        continue;
+      }
+      double x = 0, y = 0;
+      rows_.drawnSize(row, x, y);
+      const std::optional<paper::MyPaper> p = PaperForRequest(*request, x, y);
+      if (!p) {
+        Say("第 " + std::to_string(row + 1) + " 行无法使用该纸张。");
+        return false;
+      }
+      wanted.push_back(*p);
+    }
+    bool anyAdded = false;
+    for (std::size_t k = 0; k < rows.size(); ++k) {
+      bool added = false;
+      const paper::MyPaper* listed = paper::AddPaper(rows_.papers(), wanted[k].length, wanted[k].width, added);
+      anyAdded = anyAdded || added;
+      if (listed && paper::PaperNameOf(*listed) != rows_.paperName(rows[k])) rows_.setPaper(rows[k], *listed);
+    }
+    if (anyAdded && rows_.setting().format != settings::kFormatDwg) paper::RefreshPlotterFiles(rows_.papers());
+    rows_.refreshNamesAndNotes();
+    return true;
+  }
+
+  bool UnifyScale(const std::vector<std::size_t>& rows, const std::string& typed) {
+    const bool unified = rows_.size() >= 2 && rows.size() == rows_.size();
+    paper::Dlg_Sc_Set form(100.0, unified);
+    if (typed.empty()) {
+      double value = 0;
+      const int rc = host::CurrentEditor().getReal(
+          "\n" + std::string(form.title()) + " " + std::string(paper::kScaleLabel) + " ? " + std::string(paper::kScaleUnit) +
+              ": ",
+          value);
+      if (rc != host::RTNORM) return false;
+      form.scale = value;
+    } else {
+      const std::optional<double> value = ScaleOfText(typed);
+      if (!value) {
+        Say("无法识别的打印比例：" + typed + "（应如 50 或 1:50）。");
+        return false;
+      }
+      form.scale = *value;
+    }
+    if (const paper::FormCheck check = form.check(); !check.ok) {
+      Box(check.message);
+      return false;
+    }
+    std::vector<paper::MyPaper> wanted(rows.size());
+    for (std::size_t k = 0; k < rows.size(); ++k)
+      if (!rows_.paperAtScale(rows[k], form.scale, wanted[k])) {
+        Say("第 " + std::to_string(rows[k] + 1) + " 行在该比例下无法确定纸张。");
+        return false;
+      }
+    bool anyAdded = false;
+    for (std::size_t k = 0; k < rows.size(); ++k) {
+      bool added = false;
+      const paper::MyPaper* listed = paper::AddPaper(rows_.papers(), wanted[k].length, wanted[k].width, added);
+      anyAdded = anyAdded || added;
+      if (listed) rows_.setPaper(rows[k], *listed);
+    }
+    if (anyAdded && rows_.setting().format != settings::kFormatDwg) paper::RefreshPlotterFiles(rows_.papers());
+    rows_.refreshNamesAndNotes();
+    return true;
+  }
+
+  bool UnifyCopies(const std::vector<std::size_t>& rows, const std::string& typed) {
+    if (!rows_.hasCopies()) {
+      Say("输出到文件时每张图纸生成一个文件，该列表没有打印份数。");
+      return false;
+    }
+    std::int32_t copies = 0;
+    if (typed.empty()) {
+      std::vector<std::string> items;
+      for (int n = 1; n <= 20; ++n) items.push_back(std::to_string(n));
+      const bool all = rows_.size() >= 2 && rows.size() == rows_.size();
+      const std::optional<int> chosen = host::CurrentEditor().chooseItem(
+          all ? "统一设置打印份数" : "打 印 份 数", items, rows_.copies(rows.front()) - 1);
+      if (!chosen) return false;
+      copies = *chosen + 1;
+    } else {
+      const std::optional<std::int32_t> value = Whole(typed);
+      if (!value) {
+        Say("无法识别的打印份数：" + typed + "。");
+        return false;
+      }
+      copies = *value;
+    }
+    if (copies < 1) {
+      Box("打印份数不能小于 1 !");
+      return false;
+    }
+    if (copies > 20) {
+      Say("打印份数不能大于 20 !");
+      return false;
+    }
+    for (std::size_t row : rows) rows_.setCopies(row, copies);
+    return true;
+  }
+
+  bool Delete(const std::vector<std::size_t>& rows) {
+    if (rows.size() >= rows_.size()) {
+      Say("不能删除全部图纸；不打印请输入 C 关闭列表。");
+      return false;
+    }
+    rows_.remove(rows);
+    return true;
+  }
+
+  // ---- controls -----------------------------------------------------------------------------------
+
+  bool ChangeFormat(const std::string& typed) {
+    std::int32_t format = rows_.setting().format;
+    if (typed.empty()) {
+      const std::optional<int> chosen = host::CurrentEditor().chooseItem("输出格式", FormatNames(), format);
+      if (!chosen) return false;
+      format = *chosen;
+    } else {
+      const std::optional<std::int32_t> named = FormatOfName(typed);
+      if (!named) {
+        Say("无法识别的输出格式：" + typed + "（PDF、DWF、JPG、PNG、PLT、EPS、DWG）。");
+        return false;
+      }
+      format = *named;
+    }
+    if (format == rows_.setting().format) return true;
+    rows_.setting().format = format;
+    rows_.formatChanged(true);
+    return true;
+  }
+
+  bool Choose(std::string_view title, const std::vector<std::string>& items, int current, const std::string& typed,
+              int& out) {
+    if (typed.empty()) {
+      const std::optional<int> chosen = host::CurrentEditor().chooseItem(title, items, current);
+      if (!chosen) return false;
+      out = *chosen;
+      return true;
+    }
+    for (std::size_t i = 0; i < items.size(); ++i)
+      if (WithoutBlanks(items[i]) == WithoutBlanks(typed)) return out = static_cast<int>(i), true;
+    if (const std::optional<std::int32_t> n = Whole(typed); n && *n >= 1 && static_cast<std::size_t>(*n) <= items.size())
+      return out = *n - 1, true;
+    Say("无效的选择：" + typed + "。");
+    return false;
+  }
+
+  bool Toggle(std::int32_t& flag, const std::string& typed) {
+    if (typed.empty()) {
+      flag = flag ? 0 : 1;
+      return true;
+    }
+    const std::optional<bool> value = FlagOfText(typed);
+    if (!value) {
+      Say("无效的选择：" + typed + "（是/否）。");
+      return false;
+    }
+    flag = *value ? 1 : 0;
+    return true;
+  }
+  bool Toggle(bool& flag, const std::string& typed) {
+    std::int32_t value = flag ? 1 : 0;
+    if (!Toggle(value, typed)) return false;
+    flag = value != 0;
+    return true;
+  }
+
+  bool Control(ListControl control, const std::string& typed) {
+    settings::PlotSettingRec& s = rows_.setting();
+    switch (control) {
+      case ListControl::Style: {
+        paper::LayoutPlotSetting layout(&s);
+        int chosen = rows_.styleIndex();
+        if (!Choose("打印样式", layout.styleList, chosen, typed, chosen)) return false;
+        rows_.styleIndex() = chosen;
+        return true;
+      }
+      case ListControl::EditStyle: {
+        paper::LayoutPlotSetting layout(&s);
+        std::vector<std::string> list = layout.styleList;
+        std::int32_t index = rows_.styleIndex();
+        if (!paper::EditPlotStyle(layout.StyleNameAt(index), list, index)) return false;
+        rows_.styleIndex() = index;
+        return true;
+      }
+      case ListControl::Margin: {
+        const MarginList margins = MarginItems(s.margin);
+        if (typed.empty()) {
+          const std::optional<int> chosen = host::CurrentEditor().chooseItem("周边留白", margins.items, margins.selected);
+          if (!chosen) return false;
+          s.margin = margins.values[static_cast<std::size_t>(*chosen)];
+          return true;
+        }
+        const std::optional<std::int32_t> mm = Whole(WithoutBlanks(typed) == "不留白" ? "0" : typed);
+        if (!mm || std::find(margins.values.begin(), margins.values.end(), *mm) == margins.values.end()) {
+          Say("无效的周边留白：" + typed + "（应为 -10 到 10 之间的毫米数）。");
+          return false;
+        }
+        s.margin = *mm;
+        return true;
+      }
+      case ListControl::Format: return ChangeFormat(typed);
+      case ListControl::PathMode: return PathMode(typed);
+      case ListControl::Merge: return Toggle(choices_.merge, typed);
+      case ListControl::Signatures: return Toggle(s.plot_signatures, typed);
+      case ListControl::Stamps: return Toggle(s.plot_stamps, typed);
+      case ListControl::AsBlock: return Toggle(choices_.asBlock, typed);
+      case ListControl::ScaleFilter: rows_.scaleAndFilter(); return true;
+      case ListControl::NameRule: rows_.nameRule(); return true;
+      case ListControl::SortType: {
+        int chosen = s.sort_style - 1;
+        if (!Choose(kSortTypeTitle, SortTypeItems(), chosen, typed, chosen)) return false;
+        rows_.sortType(chosen + 1);
+        return true;
+      }
+      case ListControl::Index: Box("本版本暂不能生成目录。"); return false;
+      case ListControl::Background: {
+        std::string text = typed;
+        if (text.empty()) {
+          const std::string prompt = "\n背景色 (R,G,B) <" + std::to_string(s.back_red) + "," + std::to_string(s.back_green) +
+                                     "," + std::to_string(s.back_blue) + ">: ";
+          if (host::CurrentEditor().getString(prompt, text) != host::RTNORM || TrimAnswer(text).empty()) return false;
+        }
+        const auto rgb = ParseColour(text);
+        if (!rgb) {
+          Say("无效的颜色：" + text + "（应如 255,255,255）。");
+          return false;
+        }
+        s.back_red = (*rgb)[0];
+        s.back_green = (*rgb)[1];
+        s.back_blue = (*rgb)[2];
+        return true;
+      }
+    }
+    return false;
+  }
+
+  bool PathMode(const std::string& typed) {
+    settings::PlotSettingRec& s = rows_.setting();
+    const std::vector<std::string> items = {" 源文件路径", FormatFolderRowText(s.format), "自定义路径"};
+    int mode = s.path_mode;
+    std::string folder;
+    const std::optional<std::int32_t> n = Whole(typed);
+    if (!typed.empty() && !(n && *n >= 0 && *n <= 2)) {
+      folder = std::string(TrimAnswer(typed));  // a folder typed at once
+      mode = 2;
+    } else if (n) {
+      mode = *n;
+    } else if (!Choose("存储路径", items, mode, {}, mode)) {
+      return false;
+    }
+    if (mode == 2 && folder.empty()) {
+      const std::optional<std::string> picked = host::CurrentEditor().askFolder(kCustomFolderTitle, s.custom_path);
+      if (!picked) return false;
+      folder = *picked;
+    }
+    if (mode == 2) {
+      std::error_code ec;
+      if (!std::filesystem::is_directory(folder, ec)) {
+        Box("所选文件夹有误 !");
+        return false;
+      }
+      s.custom_path = folder;
+    }
+    s.path_mode = mode;
+    return true;
+  }
+
+  bool Run() {
+    settings::Config& config = settings::GlobalConfig();
+    const std::int32_t merge = config.merge_pdf, asBlock = config.save_as_block;
+    config.merge_pdf = choices_.merge ? 1 : 0;
+    config.save_as_block = choices_.asBlock ? 1 : 0;
+    if (rows_.run()) return true;
+    // Refused: nothing of the list is kept.
+    config.merge_pdf = merge;
+    config.save_as_block = asBlock;
+    return false;
+  }
+
+  ListRows& rows_;
+  ListChoices choices_;
+};
+
+}  // namespace
+
+bool WorkReviewList(ListRows& rows, std::int64_t stageTick) { return ReviewSession(rows).Work(stageTick); }
+
+bool InterruptPlot() {
+  if (Dlg_BPlot1* form = GenericReview(); form && form->plot_started) return form->cancel_requested = true;
+  if (Dlg_BPlot2* form = TitleReview(); form && form->plot_started) return form->cancel_requested = true;
+  return false;
+}
+
+}  // namespace tv::plot

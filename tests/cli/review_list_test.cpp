@@ -1,0 +1,148 @@
+// The review lists of the file batches worked through their commands, as a user scripts them:
+// `tvplot run D.dxf TV_BatchPlot_2 --answer …`, and what comes out (files, their papers, names).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
+#include "tests/support/frame_drawings.h"
+#include "tests/support/pdf_reading.h"
+#include "tests/support/tvplot_test.h"
+#include "titleblock/tk_library.h"
+
+namespace tv::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace test_support;
+
+// Page sizes in whole millimetres, long side first, in the order of the files' names.
+std::vector<std::pair<int, int>> PagesIn(const fs::path& folder) {
+  std::vector<std::pair<int, int>> pages;
+  for (const std::string& file : FilesIn(folder)) {
+    const PdfFacts facts = ReadPdfFacts((folder / file).string());
+    for (const PdfPageFacts& p : facts.pages) {
+      const int a = static_cast<int>(std::lround(p.widthMm)), b = static_cast<int>(std::lround(p.heightMm));
+      pages.emplace_back(std::max(a, b), std::min(a, b));
+    }
+  }
+  return pages;
+}
+
+class ReviewListTest : public TvplotTest {
+ protected:
+  // The generic batch over model space with `atList` answered at the list, then Esc for the list
+  // the command shows again after the run.
+  RunResult Generic(const std::string& drawing, std::vector<std::string> atList, const std::string& home = {}) {
+    std::vector<std::string> args{"run", drawing, "TV_BatchPlot_2", "--answer", "", "--answer", "1"};
+    atList.push_back("^C");
+    for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
+    return Run(args, {}, home);
+  }
+  fs::path PdfFolder() const { return dir_.path() / "PDF"; }
+};
+
+TEST_F(ReviewListTest, DeletedAndRenamedRowsAreWhatThePlotWrites) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}, {42000, 29700}}));
+  const RunResult r = Generic(d, {"D 1", "N 2 封面", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  // The serials follow the rows left; the typed name stays.
+  EXPECT_EQ(FilesIn(PdfFolder()), (std::vector<std::string>{"plan01.pdf", "封面.pdf"})) << r.out;
+}
+
+TEST_F(ReviewListTest, PaperAndScaleEditsChangeTheRowsNamedAndTheirPages) {
+  // Three sheets at 1:1: two lengthened A3 and one A3.
+  const std::string d = Write("long.dxf", FramesInARow({{630, 297}, {700, 297}, {420, 297}}));
+  const RunResult r = Generic(d, {"Z 1-2 A3加长", "Z 3 800x400", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{630, 297}, {700, 297}, {800, 400}})) << r.out;
+
+  fs::remove_all(PdfFolder());
+  // 2:1 gives the A3 sheet an A1; the paper list answered by its entry.
+  const RunResult s = Generic(d, {"S 3 2:1", "Z 1,2", "1", ""});
+  ASSERT_EQ(s.exitCode, 0) << s.out << s.err;
+  EXPECT_TRUE(Has(s.out, "选  择  纸  张")) << s.out;
+  EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{297, 210}, {297, 210}, {841, 594}})) << s.out;
+}
+
+TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}}));
+  const auto before = fs::last_write_time(d);
+  const RunResult r = Generic(d, {"Z 9 A3", "S 1 0", "K 1 0", "N 1 ***", "Z 1 A9", "F TIFF", "D *", "周边留白 +30", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  for (const char* said : {"行号 9 超出范围（1 到 2）", "打印比例应大于 0 !", "打印份数不能小于 1 !", "文件名不能为空 !",
+                           "无法识别的纸张：A9", "无法识别的输出格式：TIFF", "不能删除全部图纸", "无效的周边留白：+30"})
+    EXPECT_TRUE(Has(r.out, said)) << said << "\n" << r.out;
+  EXPECT_FALSE(fs::exists(PdfFolder()));
+  EXPECT_EQ(fs::last_write_time(d), before);
+}
+
+TEST_F(ReviewListTest, FormatAndControlsShowWhatTheFormatUses) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
+  const RunResult r = Generic(d, {"F DWG", "?", "F PDF", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  // Listed after each change: the DWG list without paper, scale, style or merge, then PDF again.
+  const std::size_t dwg = r.out.find("输出格式：DWG");
+  const std::size_t pdf = r.out.find("输出格式：PDF", dwg);
+  ASSERT_NE(dwg, std::string::npos) << r.out;
+  ASSERT_NE(pdf, std::string::npos) << r.out;
+  const std::string dwgPart = r.out.substr(0, pdf);
+  const std::string lastTable = dwgPart.substr(dwgPart.rfind("批打印至文件\n"));
+  EXPECT_FALSE(Has(lastTable, "纸张尺寸")) << lastTable;
+  EXPECT_FALSE(Has(lastTable, "合并PDF")) << lastTable;
+  EXPECT_TRUE(Has(lastTable, "存为图块")) << lastTable;
+  EXPECT_TRUE(Has(r.out.substr(pdf), "合并PDF"));
+}
+
+TEST_F(ReviewListTest, ImageFormatAndMarginAreKeptForTheNextRunOnlyWhenPlotted) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
+  const std::string home = Path("home").string();
+  // Closed: nothing of the list is kept.
+  ASSERT_EQ(Generic(d, {"周边留白 +5", "F PNG", "C"}, home).exitCode, 0);
+  RunResult r = Generic(d, {""}, home);
+  ASSERT_EQ(r.exitCode, 0) << r.out;
+  EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{420, 297}})) << r.out;
+  // Plotted: the margin grows the paper, and the next run starts from it.
+  fs::remove_all(PdfFolder());
+  r = Generic(d, {"周边留白 +5", ""}, home);
+  ASSERT_EQ(r.exitCode, 0) << r.out;
+  const auto grown = PagesIn(PdfFolder());
+  ASSERT_EQ(grown.size(), 1u) << r.out;
+  EXPECT_GT(grown[0].first, 420);
+  fs::remove_all(PdfFolder());
+  r = Generic(d, {"F PNG", ""}, home);
+  ASSERT_EQ(r.exitCode, 0) << r.out;
+  EXPECT_TRUE(Has(r.out, "周边留白： + 05 mm")) << r.out;
+  EXPECT_EQ(FilesIn(dir_.path() / "PNG"), (std::vector<std::string>{"plan01.png"}));
+}
+
+TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
+  const fs::path home = Path("home");
+  const fs::path data = home / ".local/share/Tarvex";
+  fs::create_directories(data);
+  ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), (data / "BPlot_TK.tk").string(), false));
+  const std::string d = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
+  const auto run = [&](std::vector<std::string> atList) {
+    std::vector<std::string> args{"run", d, "TV_BatchPlot_4", "--answer", ""};
+    atList.push_back("^C");
+    for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
+    return Run(args, {}, home.string());
+  };
+  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_TRUE(Has(r.out, "结构01")) << r.out;
+  EXPECT_TRUE(Has(r.out, "结构02")) << r.out;
+  EXPECT_TRUE(Has(r.out, "该列表没有打印份数")) << r.out;
+  EXPECT_TRUE(Has(r.out, "本版本暂不能生成目录。")) << r.out;
+
+  r = run({"D 3-4", "N 1,2 结构", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(FilesIn(dir_.path() / "PDF"), (std::vector<std::string>{"结构01.pdf", "结构02.pdf"})) << r.out;
+}
+
+}  // namespace
+}  // namespace tv::cli
