@@ -133,6 +133,7 @@ ListCommand ParseListCommand(std::string_view answer, std::size_t rowCount, cons
   const auto refuse = [&](std::string message) {
     c.verb = ListVerb::Refused;
     c.rows.clear();
+    c.argument.clear();
     c.error = std::move(message);
     return c;
   };

@@ -52,21 +52,28 @@ std::string_view ControlLabel(ListControl control) {
 std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format) {
   using enum ListControl;
   const bool dwg = format == settings::kFormatDwg;
-  std::vector<ListControl> out;
+  const bool image = format == settings::kFormatJpg || format == settings::kFormatPng || format == settings::kFormatDwf;
   // A drawing file has no plot: no style, margin or signatures; it may keep the sheet as a block.
-  if (!dwg) out.insert(out.end(), {Style, EditStyle, Margin});
-  out.insert(out.end(), {Format, PathMode});
-  if (format == settings::kFormatPdf) out.push_back(Merge);
-  if (!dwg) out.push_back(Signatures);
-  if (titleBlock && !dwg) out.push_back(Stamps);
-  if (dwg) out.push_back(AsBlock);
-  if (format == settings::kFormatJpg || format == settings::kFormatPng || format == settings::kFormatDwf)
-    out.push_back(Background);
-  if (titleBlock) {
-    out.push_back(Index);
-  } else {
-    out.insert(out.end(), {ScaleFilter, NameRule, SortType});
-  }
+  const struct {
+    ListControl control;
+    bool shown;
+  } all[] = {{Style, !dwg},
+             {EditStyle, !dwg},
+             {Margin, !dwg},
+             {Format, true},
+             {PathMode, true},
+             {Merge, format == settings::kFormatPdf},
+             {Signatures, !dwg},
+             {Stamps, titleBlock && !dwg},
+             {AsBlock, dwg},
+             {Background, image},
+             {Index, titleBlock},
+             {ScaleFilter, !titleBlock},
+             {NameRule, !titleBlock},
+             {SortType, !titleBlock}};
+  std::vector<ListControl> out;
+  for (const auto& c : all)
+    if (c.shown) out.push_back(c.control);
   return out;
 }
 

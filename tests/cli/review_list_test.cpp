@@ -86,16 +86,15 @@ TEST_F(ReviewListTest, FormatAndControlsShowWhatTheFormatUses) {
   const RunResult r = Generic(d, {"F DWG", "?", "F PDF", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   // Listed after each change: the DWG list without paper, scale, style or merge, then PDF again.
-  const std::size_t dwg = r.out.find("输出格式：DWG");
-  const std::size_t pdf = r.out.find("输出格式：PDF", dwg);
-  ASSERT_NE(dwg, std::string::npos) << r.out;
+  const std::size_t dwg = r.out.find(": F DWG"), help = r.out.find(": ?", dwg), pdf = r.out.find(": F PDF", help);
   ASSERT_NE(pdf, std::string::npos) << r.out;
-  const std::string dwgPart = r.out.substr(0, pdf);
-  const std::string lastTable = dwgPart.substr(dwgPart.rfind("批打印至文件\n"));
-  EXPECT_FALSE(Has(lastTable, "纸张尺寸")) << lastTable;
-  EXPECT_FALSE(Has(lastTable, "合并PDF")) << lastTable;
-  EXPECT_TRUE(Has(lastTable, "存为图块")) << lastTable;
-  EXPECT_TRUE(Has(r.out.substr(pdf), "合并PDF"));
+  const std::string dwgList = r.out.substr(dwg, help - dwg), pdfList = r.out.substr(pdf);
+  for (const char* gone : {"纸张尺寸", "打印比例", "预 览", "合并PDF", "打印样式", "周边留白"})
+    EXPECT_FALSE(Has(dwgList, gone)) << gone << "\n" << dwgList;
+  EXPECT_TRUE(Has(dwgList, "存为图块")) << dwgList;
+  EXPECT_TRUE(Has(pdfList, "纸张尺寸") && Has(pdfList, "合并PDF") && !Has(pdfList, "存为图块")) << pdfList;
+  // The names stay as they were.
+  EXPECT_TRUE(Has(dwgList, "plan01") && Has(pdfList, "plan01"));
 }
 
 TEST_F(ReviewListTest, ImageFormatAndMarginAreKeptForTheNextRunOnlyWhenPlotted) {
@@ -127,7 +126,7 @@ TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
   ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), (data / "BPlot_TK.tk").string(), false));
   const std::string d = Write("titleblocks.dxf", samples::BuildTitleBlockDrawing());
   const auto run = [&](std::vector<std::string> atList) {
-    std::vector<std::string> args{"run", d, "TV_BatchPlot_4", "--answer", ""};
+    std::vector<std::string> args{"run", d, "TV_BatchPlot_4", "--answer", "", "--answer", "1"};
     atList.push_back("^C");
     for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
     return Run(args, {}, home.string());
