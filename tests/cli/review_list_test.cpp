@@ -69,6 +69,15 @@ TEST_F(ReviewListTest, PaperAndScaleEditsChangeTheRowsNamedAndTheirPages) {
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{297, 210}, {297, 210}, {841, 594}})) << s.out;
 }
 
+TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
+  // Left to right: an A3 and an A2 sheet at 1:100, and a small frame the filter drops.
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {59400, 42000}, {4200, 2970}}));
+  // Rows from the top, each from the right: the A2 sheet comes first. Then the filter at 30 %.
+  const RunResult r = Generic(d, {"序号、排序 2", "比例、过滤", "", "", "30", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{594, 420}, {420, 297}})) << r.out;
+}
+
 TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}}));
   const auto before = fs::last_write_time(d);
