@@ -79,12 +79,7 @@ class GenericRows final : public ListRows {
     return paper::PaperOfSheet(*f_.rows[row].sheet, out, scale, true);
   }
   void refreshNamesAndNotes() override {
-    for (BPlot1Row& r : f_.rows) {
-      if (!r.paper) continue;
-      const paper::PaperNote note = paper::PaperSizeNote(*r.paper, f_.setting.format);
-      r.note = note.text;
-      r.warn = note.warn;
-    }
+    for (BPlot1Row& r : f_.rows) NoteOfRow(r);
     Rename();
   }
 
@@ -109,15 +104,10 @@ class GenericRows final : public ListRows {
     Renumber();
   }
 
-  void formatChanged(bool rebuildPapers) override {
+  void OnFormatChanged(bool rebuildPapers) override {
     if (rebuildPapers && !dwg()) paper::RefreshPlotterFiles(f_.job.paperList);
     // Notes follow the format; names stay as they are.
-    for (BPlot1Row& r : f_.rows) {
-      if (!r.paper) continue;
-      const paper::PaperNote note = paper::PaperSizeNote(*r.paper, f_.setting.format);
-      r.note = note.text;
-      r.warn = note.warn;
-    }
+    for (BPlot1Row& r : f_.rows) NoteOfRow(r);
   }
   bool preview(std::size_t row) override { return PreviewRow(f_, row); }
 
@@ -225,6 +215,13 @@ class GenericRows final : public ListRows {
   bool run() override { return RunBatch(f_); }
 
  private:
+  // The warning of the row's paper for the format; a row without a paper passes silently.
+  void NoteOfRow(BPlot1Row& r) const {
+    if (!r.paper) return;
+    const paper::PaperNote note = paper::PaperSizeNote(*r.paper, f_.setting.format);
+    r.note = note.text;
+    r.warn = note.warn;
+  }
   // Serial names follow the place in the list; the names the user typed stay.
   void Rename() {
     for (std::size_t i = 0; i < f_.rows.size(); ++i) {

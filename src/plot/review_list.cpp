@@ -23,7 +23,7 @@
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
 #include "settings/config.h"
-#include "titleblock/file_naming.h"
+#include "titleblock/file_name_form.h"
 
 namespace tv::plot {
 
@@ -171,9 +171,11 @@ class ReviewSession {
   // ---- rows ---------------------------------------------------------------------------------------
 
   bool Rename(const std::vector<std::size_t>& rows, const std::string& typed) {
-    const std::string stem(TrimAnswer(titleblock::CleanFileName(typed, true)));
-    if (stem.empty()) {
-      Box("文件名不能为空 !");
+    titleblock::Dlg_FileName form;
+    form.name = typed;
+    std::string stem, message;
+    if (!form.ok(stem, message)) {
+      Box(message);
       return false;
     }
     if (rows.size() == 1) {
@@ -183,7 +185,7 @@ class ReviewSession {
     // Several rows at once: the stem with a running number, as the batch numbers its names.
     const settings::PlotSettingRec& s = rows_.setting();
     for (std::size_t k = 0; k < rows.size(); ++k)
-      rows_.setName(rows[k], stem + titleblock::SerialText(s.name_start + static_cast<std::int32_t>(k), s.name_digits));
+      rows_.setName(rows[k], titleblock::Dlg_FileName::UnifiedName(stem, s.name_start, s.name_digits, k));
     return true;
   }
 
@@ -380,7 +382,7 @@ class ReviewSession {
     }
     if (format == rows_.setting().format) return true;
     rows_.setting().format = format;
-    rows_.formatChanged(true);
+    rows_.OnFormatChanged(true);
     return true;
   }
 

@@ -48,7 +48,7 @@ class ListRows {
   virtual void remove(const std::vector<std::size_t>& rows) = 0;
 
   // ---- the rest of the form --------------------------------------------------------------------------
-  virtual void formatChanged(bool rebuildPapers) = 0;
+  virtual void OnFormatChanged(bool rebuildPapers) = 0;
   virtual bool preview(std::size_t row) = 0;
   virtual void scaleAndFilter() {}
   virtual void nameRule() {}

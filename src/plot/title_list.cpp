@@ -106,7 +106,7 @@ class TitleRows final : public ListRows {
     }
   }
 
-  void formatChanged(bool rebuildPapers) override {
+  void OnFormatChanged(bool rebuildPapers) override {
     if (rebuildPapers && !dwg()) paper::RefreshPlotterFiles(f_.job.paperList);
     Notes();
   }
@@ -114,13 +114,15 @@ class TitleRows final : public ListRows {
   bool run() override { return RunTitleBatch(f_); }
 
  private:
+  // The warning of the row's paper for the format; a row without a paper passes silently.
+  void NoteOfRow(BPlot2Row& r) const {
+    if (!r.paper) return;
+    const paper::PaperNote note = paper::PaperSizeNote(*r.paper, f_.setting.format);
+    r.note = note.text;
+    r.warn = note.warn;
+  }
   void Notes() {
-    for (BPlot2Row& r : f_.rows) {
-      if (!r.paper) continue;
-      const paper::PaperNote note = paper::PaperSizeNote(*r.paper, f_.setting.format);
-      r.note = note.text;
-      r.warn = note.warn;
-    }
+    for (BPlot2Row& r : f_.rows) NoteOfRow(r);
   }
 
   Dlg_BPlot2& f_;
