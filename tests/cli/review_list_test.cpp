@@ -140,12 +140,16 @@ TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
     for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
     return Run(args, {}, home.string());
   };
-  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "C"});
+  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "Z 1 A2", "S 2 50", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_TRUE(Has(r.out, "结构01")) << r.out;
   EXPECT_TRUE(Has(r.out, "结构02")) << r.out;
   EXPECT_TRUE(Has(r.out, "该列表没有打印份数")) << r.out;
   EXPECT_TRUE(Has(r.out, "本版本暂不能生成目录。")) << r.out;
+  // A paper gives the scale at which the frame fills it, a scale the paper of that scale.
+  const std::string afterPaper = r.out.substr(r.out.find(": Z 1 A2"));
+  EXPECT_TRUE(Has(afterPaper, "A2 (594x420)  1:141.58")) << afterPaper;
+  EXPECT_TRUE(Has(afterPaper.substr(afterPaper.find(": S 2 50")), "1:50")) << afterPaper;
 
   r = run({"D 3-4", "N 1,2 结构", ""});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
