@@ -153,6 +153,12 @@ class ReviewSession {
   }
 
   bool Edit(const ListCommand& c, const std::vector<ListControl>& controls) {
+    // A drawing file has no paper, scale or preview: those columns are out of play.
+    const bool paperColumn = c.verb == ListVerb::Paper || c.verb == ListVerb::Scale || c.verb == ListVerb::Preview;
+    if (paperColumn && rows_.setting().format == settings::kFormatDwg) {
+      Say("输出格式为 DWG 时不使用纸张、打印比例和预览。");
+      return false;
+    }
     switch (c.verb) {
       case ListVerb::Name: return Rename(c.rows, c.argument);
       case ListVerb::Paper: return UnifyPaper(c.rows, c.argument);

@@ -92,7 +92,7 @@ TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
 
 TEST_F(ReviewListTest, FormatAndControlsShowWhatTheFormatUses) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
-  const RunResult r = Generic(d, {"F DWG", "?", "F PDF", "C"});
+  const RunResult r = Generic(d, {"F DWG", "?", "Z 1 A2", "F PDF", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   // Listed after each change: the DWG list without paper, scale, style or merge, then PDF again.
   const std::size_t dwg = r.out.find(": F DWG"), help = r.out.find(": ?", dwg), pdf = r.out.find(": F PDF", help);
@@ -101,6 +101,7 @@ TEST_F(ReviewListTest, FormatAndControlsShowWhatTheFormatUses) {
   for (const char* gone : {"纸张尺寸", "打印比例", "预 览", "合并PDF", "打印样式", "周边留白"})
     EXPECT_FALSE(Has(dwgList, gone)) << gone << "\n" << dwgList;
   EXPECT_TRUE(Has(dwgList, "存为图块")) << dwgList;
+  EXPECT_TRUE(Has(r.out.substr(help, pdf - help), "输出格式为 DWG 时不使用纸张")) << r.out;
   EXPECT_TRUE(Has(pdfList, "纸张尺寸") && Has(pdfList, "合并PDF") && !Has(pdfList, "存为图块")) << pdfList;
   // The names stay as they were.
   EXPECT_TRUE(Has(dwgList, "plan01") && Has(pdfList, "plan01"));
