@@ -78,6 +78,14 @@ TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{594, 420}, {420, 297}})) << r.out;
 }
 
+TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {59400, 42000}}));
+  const std::string merged = Path("set.pdf").string();
+  const RunResult r = Generic(d, {"合并PDF 是", "", merged});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(ReadPdfFacts(merged).pages.size(), 2u) << r.out;
+}
+
 TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}}));
   const auto before = fs::last_write_time(d);
