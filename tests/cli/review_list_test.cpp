@@ -67,6 +67,24 @@ TEST_F(ReviewListTest, PaperAndScaleEditsChangeTheRowsNamedAndTheirPages) {
   ASSERT_EQ(s.exitCode, 0) << s.out << s.err;
   EXPECT_TRUE(Has(s.out, "选  择  纸  张")) << s.out;
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{297, 210}, {297, 210}, {841, 594}})) << s.out;
+
+  fs::remove_all(PdfFolder());
+  // The list's last entry is the custom paper form.
+  const RunResult t = Generic(d, {"Z 2", "11", "800", "400", ""});
+  ASSERT_EQ(t.exitCode, 0) << t.out << t.err;
+  EXPECT_TRUE(Has(t.out, "自定义纸张")) << t.out;
+  EXPECT_EQ(PagesIn(PdfFolder())[1], (std::pair<int, int>{800, 400})) << t.out;
+}
+
+TEST_F(ReviewListTest, ACustomFolderTakesTheFiles) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
+  const fs::path out = Path("out");
+  fs::create_directories(out);
+  const RunResult r = Generic(d, {"存储路径 " + Path("missing").string(), "存储路径 " + out.string(), ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_TRUE(Has(r.out, "所选文件夹有误 !")) << r.out;
+  EXPECT_EQ(FilesIn(out), (std::vector<std::string>{"plan01.pdf"})) << r.out;
+  EXPECT_FALSE(fs::exists(PdfFolder()));
 }
 
 TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
