@@ -18,6 +18,7 @@
 #include "plot/generic_review.h"
 #include "plot/list_command.h"
 #include "plot/list_controls.h"
+#include "plot/list_row_edits.h"
 #include "plot/output_paths.h"
 #include "plot/paper_choice.h"
 #include "plot/plot_job.h"
@@ -39,34 +40,6 @@ struct ListChoices {
   bool merge = false;
   bool asBlock = true;
 };
-
-std::optional<double> Real(std::string_view text) {
-  text = TrimAnswer(text);
-  double value = 0.0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-  return value;
-}
-
-std::optional<std::int32_t> Whole(std::string_view text) {
-  text = TrimAnswer(text);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-  std::int32_t value = 0;
-  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-// "50" and "1:50" are 50 drawing units a millimetre; "2:1" is 0.5.
-std::optional<double> ScaleOfText(std::string_view text) {
-  const std::size_t colon = text.find_first_of(":：");
-  if (colon == std::string_view::npos) return Real(text);
-  const std::size_t after = text.find(':') == colon ? colon + 1 : colon + std::string_view("：").size();
-  const std::optional<double> paperPart = Real(text.substr(0, colon));
-  const std::optional<double> drawnPart = Real(text.substr(after));
-  if (!paperPart || !drawnPart || *paperPart <= 0.0) return std::nullopt;
-  return *drawnPart / *paperPart;
-}
 
 // "是", "Y", "1", "开" turn a check on; "否", "N", "0", "关" off.
 std::optional<bool> FlagOfText(std::string_view text) {
@@ -160,11 +133,11 @@ class ReviewSession {
       return false;
     }
     switch (c.verb) {
-      case ListVerb::Name: return Rename(c.rows, c.argument);
-      case ListVerb::Paper: return UnifyPaper(c.rows, c.argument);
-      case ListVerb::Scale: return UnifyScale(c.rows, c.argument);
-      case ListVerb::Copies: return UnifyCopies(c.rows, c.argument);
-      case ListVerb::Delete: return Delete(c.rows);
+      case ListVerb::Name: return edits_.Rename(c.rows, c.argument);
+      case ListVerb::Paper: return edits_.UnifyPaper(c.rows, c.argument);
+      case ListVerb::Scale: return edits_.UnifyScale(c.rows, c.argument);
+      case ListVerb::Copies: return edits_.UnifyCopies(c.rows, c.argument);
+      case ListVerb::Delete: return edits_.Delete(c.rows);
       case ListVerb::Format: return ChangeFormat(c.argument);
       case ListVerb::Preview:
         rows_.preview(c.rows.front());
@@ -172,202 +145,6 @@ class ReviewSession {
       case ListVerb::Control: return Control(controls[c.control], c.argument);
       default: return false;
     }
-  }
-
-  // ---- rows ---------------------------------------------------------------------------------------
-
-  bool Rename(const std::vector<std::size_t>& rows, const std::string& typed) {
-    titleblock::Dlg_FileName form;
-    form.name = typed;
-    std::string stem, message;
-    if (!form.ok(stem, message)) {
-      Box(message);
-      return false;
-    }
-    if (rows.size() == 1) {
-      rows_.setName(rows.front(), stem);
-      return true;
-    }
-    // Several rows at once: the stem with a running number, as the batch numbers its names.
-    const settings::PlotSettingRec& s = rows_.setting();
-    for (std::size_t k = 0; k < rows.size(); ++k)
-      rows_.setName(rows[k], titleblock::Dlg_FileName::UnifiedName(stem, s.name_start, s.name_digits, k));
-    return true;
-  }
-
-  // The custom paper form on the command line; nullopt when cancelled or refused.
-  std::optional<paper::MyPaper> NewPaper(std::optional<PaperRequest> typed) {
-    paper::Dlg_New_Paper form;
-    host::Editor& editor = host::CurrentEditor();
-    if (typed) {
-      form.length = typed->sideA;
-      form.width = typed->sideB;
-    } else {
-      Say(std::string(paper::Dlg_New_Paper::kTitle) + " " + std::string(paper::Dlg_New_Paper::kSizeLabel));
-      for (double* side : {&form.length, &form.width}) {
-        double value = *side;
-        const int rc = editor.getReal(side == &form.length ? "\n长 (mm): " : "\n宽 (mm): ", value);
-        if (rc == host::RTCAN) return std::nullopt;
-        if (rc == host::RTNORM) *side = value;
-      }
-    }
-    std::string message;
-    paper::Dlg_New_Paper::Field focus{};
-    const bool ok = form.Accept(
-        [&](std::string_view question) {
-          return editor.messageBox(question, paper::Dlg_New_Paper::kTitle, host::MessageButtons::YesNo) ==
-                 host::MessageAnswer::Yes;
-        },
-        message, focus);
-    if (!ok) {
-      if (!message.empty()) Box(message);
-      return std::nullopt;
-    }
-    return paper::MyPaper{std::max(form.customLength, form.customWidth), std::min(form.customLength, form.customWidth),
-                          false};
-  }
-
-  bool UnifyPaper(const std::vector<std::size_t>& rows, const std::string& typed) {
-    std::vector<std::string> rowPapers;
-    for (std::size_t i = 0; i < rows_.size(); ++i) rowPapers.push_back(rows_.paperName(i));
-    const PaperChoiceList list = PaperChoices(rowPapers, rows_.papers(), rows_.paperName(rows.front()));
-    std::optional<PaperRequest> request;
-    std::optional<paper::MyPaper> fixed;  // one paper for every row
-    if (typed.empty()) {
-      const std::optional<int> chosen =
-          host::CurrentEditor().chooseItem(UnifyPaperTitle(rows.size(), rows_.size()), list.items, list.preselected);
-      if (!chosen) return false;
-      const auto k = static_cast<std::size_t>(*chosen);
-      if (k + 1 == list.items.size()) {
-        fixed = NewPaper(std::nullopt);
-        if (!fixed) return false;
-      } else if (k >= kFixedPaperChoices) {
-        fixed = list.customPapers[k - kFixedPaperChoices];
-      } else {
-        request = PaperRequest{static_cast<int>(k), 0, 0};
-      }
-    } else {
-      request = ParsePaperText(typed);
-      if (!request) {
-        Say("无法识别的纸张：" + typed + "（应如 A2、A3加长 或 594x420）。");
-        return false;
-      }
-      if (request->choice < 0) {
-        fixed = NewPaper(request);
-        if (!fixed) return false;
-        request.reset();
-      }
-    }
-    // Every row's paper first, so that a paper that can't be made leaves every row as it was.
-    std::vector<paper::MyPaper> wanted;
-    for (std::size_t row : rows) {
-      if (fixed) {
-        wanted.push_back(*fixed);
-        continue;
-      }
-      double x = 0, y = 0;
-      rows_.drawnSize(row, x, y);
-      const std::optional<paper::MyPaper> p = PaperForRequest(*request, x, y);
-      if (!p) {
-        Say("第 " + std::to_string(row + 1) + " 行无法使用该纸张。");
-        return false;
-      }
-      wanted.push_back(*p);
-    }
-    bool anyAdded = false;
-    for (std::size_t k = 0; k < rows.size(); ++k) {
-      bool added = false;
-      const paper::MyPaper* listed = paper::AddPaper(rows_.papers(), wanted[k].length, wanted[k].width, added);
-      anyAdded = anyAdded || added;
-      if (listed && paper::PaperNameOf(*listed) != rows_.paperName(rows[k])) rows_.setPaper(rows[k], *listed);
-    }
-    if (anyAdded && rows_.setting().format != settings::kFormatDwg) paper::RefreshPlotterFiles(rows_.papers());
-    rows_.refreshNamesAndNotes();
-    return true;
-  }
-
-  bool UnifyScale(const std::vector<std::size_t>& rows, const std::string& typed) {
-    const bool unified = rows_.size() >= 2 && rows.size() == rows_.size();
-    paper::Dlg_Sc_Set form(100.0, unified);
-    if (typed.empty()) {
-      double value = 0;
-      const int rc = host::CurrentEditor().getReal(
-          "\n" + std::string(form.title()) + " " + std::string(paper::kScaleLabel) + " ? " + std::string(paper::kScaleUnit) +
-              ": ",
-          value);
-      if (rc != host::RTNORM) return false;
-      form.scale = value;
-    } else {
-      const std::optional<double> value = ScaleOfText(typed);
-      if (!value) {
-        Say("无法识别的打印比例：" + typed + "（应如 50 或 1:50）。");
-        return false;
-      }
-      form.scale = *value;
-    }
-    if (const paper::FormCheck check = form.check(); !check.ok) {
-      Box(check.message);
-      return false;
-    }
-    std::vector<paper::MyPaper> wanted(rows.size());
-    for (std::size_t k = 0; k < rows.size(); ++k)
-      if (!rows_.paperAtScale(rows[k], form.scale, wanted[k])) {
-        Say("第 " + std::to_string(rows[k] + 1) + " 行在该比例下无法确定纸张。");
-        return false;
-      }
-    bool anyAdded = false;
-    for (std::size_t k = 0; k < rows.size(); ++k) {
-      bool added = false;
-      const paper::MyPaper* listed = paper::AddPaper(rows_.papers(), wanted[k].length, wanted[k].width, added);
-      anyAdded = anyAdded || added;
-      if (listed) rows_.setPaper(rows[k], *listed);
-    }
-    if (anyAdded && rows_.setting().format != settings::kFormatDwg) paper::RefreshPlotterFiles(rows_.papers());
-    rows_.refreshNamesAndNotes();
-    return true;
-  }
-
-  bool UnifyCopies(const std::vector<std::size_t>& rows, const std::string& typed) {
-    if (!rows_.hasCopies()) {
-      Say("输出到文件时每张图纸生成一个文件，该列表没有打印份数。");
-      return false;
-    }
-    std::int32_t copies = 0;
-    if (typed.empty()) {
-      std::vector<std::string> items;
-      for (int n = 1; n <= 20; ++n) items.push_back(std::to_string(n));
-      const bool all = rows_.size() >= 2 && rows.size() == rows_.size();
-      const std::optional<int> chosen = host::CurrentEditor().chooseItem(
-          all ? "统一设置打印份数" : "打 印 份 数", items, rows_.copies(rows.front()) - 1);
-      if (!chosen) return false;
-      copies = *chosen + 1;
-    } else {
-      const std::optional<std::int32_t> value = Whole(typed);
-      if (!value) {
-        Say("无法识别的打印份数：" + typed + "。");
-        return false;
-      }
-      copies = *value;
-    }
-    if (copies < 1) {
-      Box("打印份数不能小于 1 !");
-      return false;
-    }
-    if (copies > 20) {
-      Say("打印份数不能大于 20 !");
-      return false;
-    }
-    for (std::size_t row : rows) rows_.setCopies(row, copies);
-    return true;
-  }
-
-  bool Delete(const std::vector<std::size_t>& rows) {
-    if (rows.size() >= rows_.size()) {
-      Say("不能删除全部图纸；不打印请输入 C 关闭列表。");
-      return false;
-    }
-    rows_.remove(rows);
-    return true;
   }
 
   // ---- controls -----------------------------------------------------------------------------------
@@ -402,7 +179,7 @@ class ReviewSession {
     }
     for (std::size_t i = 0; i < items.size(); ++i)
       if (WithoutBlanks(items[i]) == WithoutBlanks(typed)) return out = static_cast<int>(i), true;
-    if (const std::optional<std::int32_t> n = Whole(typed); n && *n >= 1 && static_cast<std::size_t>(*n) <= items.size())
+    if (const std::optional<std::int32_t> n = WholeOfText(typed); n && *n >= 1 && static_cast<std::size_t>(*n) <= items.size())
       return out = *n - 1, true;
     Say("无效的选择：" + typed + "。");
     return false;
@@ -454,7 +231,7 @@ class ReviewSession {
           s.margin = margins.values[static_cast<std::size_t>(*chosen)];
           return true;
         }
-        const std::optional<std::int32_t> mm = Whole(WithoutBlanks(typed) == "不留白" ? "0" : typed);
+        const std::optional<std::int32_t> mm = WholeOfText(WithoutBlanks(typed) == "不留白" ? "0" : typed);
         if (!mm || std::find(margins.values.begin(), margins.values.end(), *mm) == margins.values.end()) {
           Say("无效的周边留白：" + typed + "（应为 -10 到 10 之间的毫米数）。");
           return false;
@@ -503,7 +280,7 @@ class ReviewSession {
     const std::vector<std::string> items = {" 源文件路径", FormatFolderRowText(s.format), "自定义路径"};
     int mode = s.path_mode;
     std::string folder;
-    const std::optional<std::int32_t> n = Whole(typed);
+    const std::optional<std::int32_t> n = WholeOfText(typed);
     if (!typed.empty() && !(n && *n >= 0 && *n <= 2)) {
       folder = std::string(TrimAnswer(typed));  // a folder typed at once
       mode = 2;
@@ -542,6 +319,7 @@ class ReviewSession {
   }
 
   ListRows& rows_;
+  RowEdits edits_{rows_};
   ListChoices choices_;
 };
 
