@@ -1,9 +1,6 @@
 #include "plot/review_list.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <optional>
 
@@ -12,19 +9,14 @@
 #include "host/wrappers.h"
 #include "paper/ctb_lineweight_form.h"
 #include "paper/layout_plot_setting.h"
-#include "paper/new_paper_form.h"
-#include "paper/scale_fitting.h"
-#include "paper/scale_forms.h"
 #include "plot/generic_review.h"
 #include "plot/list_command.h"
 #include "plot/list_controls.h"
 #include "plot/list_row_edits.h"
 #include "plot/output_paths.h"
-#include "plot/paper_choice.h"
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
 #include "settings/config.h"
-#include "titleblock/file_name_form.h"
 
 namespace tv::plot {
 
