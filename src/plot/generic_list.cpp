@@ -1,5 +1,6 @@
 // The generic batch's rows as the review list edits them.
 #include <algorithm>
+#include <cstdio>
 #include <map>
 
 #include "host/editor.h"
@@ -34,6 +35,12 @@ std::optional<std::string> AskText(std::string_view label, const std::string& cu
   if (a.empty()) return current;
   if (a == "\"\"") return std::string();
   return std::string(a);
+}
+
+std::string Shortest(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", value);
+  return text;
 }
 
 class GenericRows final : public ListRows {
@@ -128,7 +135,7 @@ class GenericRows final : public ListRows {
     if (rc == host::RTCAN) return;
     if (rc == host::RTNORM) form.autoScale = autoAnswer == "Yes";
     value = form.filterRatio;
-    rc = editor.getReal("\n" + std::string(paper::kFilterTextBefore) + " <" + std::to_string(form.filterRatio) + "> " +
+    rc = editor.getReal("\n" + std::string(paper::kFilterTextBefore) + " <" + Shortest(form.filterRatio) + "> " +
                             std::string(paper::kFilterTextAfter) + ": ",
                         value);
     if (rc == host::RTCAN) return;

@@ -68,7 +68,7 @@ class ReviewSession {
       for (ListControl c : controls) labels.emplace_back(ControlLabel(c));
       const ListCommand command = ParseListCommand(answer, rows_.size(), labels);
       switch (command.verb) {
-        case ListVerb::Refused: Say(command.error); continue;
+        case ListVerb::Refused: Say(OutOfPlay(answer).value_or(command.error)); continue;
         case ListVerb::Close: return false;
         case ListVerb::Show:
           Say(kHelp);
@@ -85,6 +85,22 @@ class ReviewSession {
   }
 
  private:
+  // A control of the form that the format leaves out: said as such, not as an unknown command.
+  std::optional<std::string> OutOfPlay(std::string_view answer) const {
+    std::vector<std::string> labels;
+    for (ListControl c : ControlsInPlay(rows_.titleBlock(), settings::kFormatJpg))
+      labels.emplace_back(ControlLabel(c));
+    for (ListControl c : ControlsInPlay(rows_.titleBlock(), settings::kFormatDwg))
+      labels.emplace_back(ControlLabel(c));
+    labels.emplace_back(ControlLabel(ListControl::Merge));
+    const std::string_view a = TrimAnswer(answer);
+    if (a.empty() || (a.front() >= '0' && a.front() <= '9')) return std::nullopt;
+    const ListCommand c = ParseListCommand(a, rows_.size(), labels);
+    if (c.verb != ListVerb::Control) return std::nullopt;
+    const std::int32_t format = rows_.setting().format;
+    return "“" + labels[c.control] + "”在输出格式 " + FormatNames()[static_cast<std::size_t>(format)] + " 下不可用。";
+  }
+
   std::string StyleName() {
     paper::LayoutPlotSetting layout(&rows_.setting());
     return layout.StyleNameAt(rows_.styleIndex());

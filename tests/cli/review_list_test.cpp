@@ -107,10 +107,11 @@ TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
 TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}}));
   const auto before = fs::last_write_time(d);
-  const RunResult r = Generic(d, {"Z 9 A3", "S 1 0", "K 1 0", "N 1 ***", "Z 1 A9", "F TIFF", "D *", "周边留白 +30", "C"});
+  const RunResult r = Generic(d, {"Z 9 A3", "S 1 0", "K 1 0", "N 1 ***", "Z 1 A9", "F TIFF", "D *", "周边留白 +30", "背景色", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   for (const char* said : {"行号 9 超出范围（1 到 2）", "打印比例应大于 0 !", "打印份数不能小于 1 !", "文件名不能为空 !",
-                           "无法识别的纸张：A9", "无法识别的输出格式：TIFF", "不能删除全部图纸", "无效的周边留白：+30"})
+                           "无法识别的纸张：A9", "无法识别的输出格式：TIFF", "不能删除全部图纸", "无效的周边留白：+30",
+                           "“背景色”在输出格式 PDF 下不可用。"})
     EXPECT_TRUE(Has(r.out, said)) << said << "\n" << r.out;
   EXPECT_FALSE(fs::exists(PdfFolder()));
   EXPECT_EQ(fs::last_write_time(d), before);
