@@ -171,8 +171,10 @@ ListCommand ParseListCommand(std::string_view answer, std::size_t rowCount, cons
   }
 
   if (word.size() != 1) {
-    if (word == "打印") return c.verb = ListVerb::Plot, c;
-    if (word == "关闭") return c.verb = ListVerb::Close, c;
+    std::string upper(word);
+    for (char& ch : upper) ch = Upper(ch);
+    if (rest.empty() && (word == "打印" || upper == "PLOT")) return c.verb = ListVerb::Plot, c;
+    if (rest.empty() && (word == "关闭" || upper == "CLOSE")) return c.verb = ListVerb::Close, c;
     return refuse("无法识别的命令：" + std::string(answer) + "（输入 ? 显示说明）。");
   }
   switch (Upper(word[0])) {

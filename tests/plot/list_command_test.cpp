@@ -24,6 +24,8 @@ TEST(ListCommand, AnswersAtTheList) {
       {"", ListVerb::Plot, {}, "", 0, ""},
       {"  p ", ListVerb::Plot, {}, "", 0, ""},
       {"C", ListVerb::Close, {}, "", 0, ""},
+      {"close", ListVerb::Close, {}, "", 0, ""},
+      {"打印", ListVerb::Plot, {}, "", 0, ""},
       {"?", ListVerb::Show, {}, "", 0, ""},
       {"N 3 底层平面", ListVerb::Name, {2}, "底层平面", 0, ""},
       {"n 1,4 图纸 A", ListVerb::Name, {0, 3}, "图纸 A", 0, ""},
