@@ -179,6 +179,12 @@ TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
   EXPECT_TRUE(Has(afterPaper, "A2 (594x420)  1:141.58")) << afterPaper;
   EXPECT_TRUE(Has(afterPaper.substr(afterPaper.find(": S 2 50")), "1:50")) << afterPaper;
 
+  // Stamps without a stamp library: No stops the run before any file is written.
+  r = run({"打印印章 是", "", "N", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_TRUE(Has(r.out, "印章库为空，无法打印印章，是否继续打印 ?")) << r.out;
+  EXPECT_FALSE(fs::exists(dir_.path() / "PDF"));
+
   r = run({"D 3-4", "N 1,2 结构", ""});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_EQ(FilesIn(dir_.path() / "PDF"), (std::vector<std::string>{"结构01.pdf", "结构02.pdf"})) << r.out;
