@@ -83,7 +83,12 @@ class GenericRows final : public ListRows {
     r.scaleText = paper::ScaleText(r.sheet->scale);
   }
   bool paperAtScale(std::size_t row, double scale, paper::MyPaper& out) override {
-    return paper::PaperOfSheet(*f_.rows[row].sheet, out, scale, true);
+    // The typed scale is in drawing units per millimetre, as the column shows it; a block sheet
+    // measures its paper in the block's units. No search by proportion: it would move an A-shaped
+    // sheet back to the paper of a whole scale and undo the edit.
+    const Plot_Drawing1& sheet = *f_.rows[row].sheet;
+    out = paper::MyPaper{297, 210, false};
+    return sheet.unitFactor > 0.0 && paper::PaperOfSheet(sheet, out, scale / sheet.unitFactor, false);
   }
   void refreshNamesAndNotes() override {
     for (BPlot1Row& r : f_.rows) NoteOfRow(r);

@@ -76,6 +76,23 @@ TEST_F(ReviewListTest, PaperAndScaleEditsChangeTheRowsNamedAndTheirPages) {
   EXPECT_EQ(PagesIn(PdfFolder())[1], (std::pair<int, int>{800, 400})) << t.out;
 }
 
+TEST_F(ReviewListTest, AScaleEditKeepsTheScaleTyped) {
+  // An A-shaped sheet at 1:100 asked for at 1:50 is an A1 at 1:50, not its A3 again; a frame block
+  // inserted at 100 takes the typed scale in drawing units too.
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
+  const RunResult r = Generic(d, {"S 1 50", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{841, 594}})) << r.out;
+
+  const std::string sample = Write("sample.dxf", samples::BuildSampleDrawing());
+  const RunResult s = Generic(sample, {"S 7 50", "C"});
+  const std::string after = s.out.substr(s.out.find(": S 7 50"));
+  const std::size_t at = after.find("\n     7 ");
+  ASSERT_NE(at, std::string::npos) << after;
+  const std::string row = after.substr(at, after.find('\n', at + 1) - at);
+  EXPECT_TRUE(Has(row, "A1 (841x594)") && Has(row, " 1:50 ")) << row;
+}
+
 TEST_F(ReviewListTest, ACustomFolderTakesTheFiles) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}}));
   const fs::path out = Path("out");
