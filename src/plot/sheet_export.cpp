@@ -240,6 +240,7 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
   }
   sheet.viewWidth = width;
   sheet.viewHeight = height;
+  sheet.sourceFolder = DrawingFolder();
   if (fileSetting)
     sheet.namedRecords.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(*fileSetting));
 

@@ -153,6 +153,118 @@ TEST_F(SheetFilesTest, ASheetTakesWhatLiesInItsFrameAndLinesThatCrossIt) {
   EXPECT_EQ(first.db->findLayer("冻结"), nullptr);
 }
 
+// Every entity of a drawing, spaces and blocks alike.
+template <class F>
+void ForEveryEntity(const cad::Database& db, F&& f) {
+  for (const auto& block : db.blocks) db.forEachEntity(*block, f);
+}
+
+TEST_F(SheetFilesTest, ASheetKeepsTheObjectsItsEntitiesNeed) {
+  cad::Database db = test_support::FramesInARow({{42000, 29700}, {42000, 29700}});
+  cad::Dictionary& root = *db.rootDictionary();
+  fs::create_directories(dir_ / "pictures");
+  WriteText("pictures/red.png", "a picture");  // found by its name relative to the drawing
+  auto def = std::make_unique<cad::ImageDef>();
+  def->fileName = "pictures\\red.png";
+  def->imageSize = {10, 10};
+  cad::Dictionary& images = db.ensureDictionary(root, "ACAD_IMAGE_DICT");
+  images.set("red", db.addObject(std::move(def), images.id).id);
+  const auto raster = [&](auto e, double at) {
+    e->position = {at, at, 0};
+    e->uPixel = {100, 0, 0};
+    e->vPixel = {0, 100, 0};
+    e->imageSize = {10, 10};
+    return e;
+  };
+  auto image = raster(std::make_unique<cad::Image>(), 1000);
+  image->imageDef = images.find("red");
+  const ObjectId imageId = db.append(*db.modelSpace(), std::move(image)).id;
+  db.append(*db.modelSpace(), raster(std::make_unique<cad::Wipeout>(), 3000));
+  auto vars = std::make_unique<cad::GenericObject>();
+  vars->name = "WIPEOUTVARIABLES";
+  vars->groups = {{100, std::string("AcDbWipeoutVariables")}, {70, std::int64_t{1}}};
+  root.set("ACAD_WIPEOUT_VARS", db.addObject(std::move(vars), root.id).id);
+  // A block with a multileader naming its style, inserted in the first sheet.
+  cad::Dictionary& styles = db.ensureDictionary(root, "ACAD_MLEADERSTYLE");
+  auto style = std::make_unique<cad::GenericObject>();
+  style->name = "MLEADERSTYLE";
+  style->groups = {{100, std::string("AcDbMLeaderStyle")}, {342, db.findTextStyle("Standard")->id}};
+  styles.set("Notes", db.addObject(std::move(style), styles.id).id);
+  cad::BlockRecord& note = db.addBlock("NOTE");
+  auto leader = std::make_unique<cad::ProxyEntity>();
+  leader->name = "MULTILEADER";
+  leader->groups = {{100, std::string("AcDbMLeader")}, {340, styles.find("Notes")}};
+  db.append(note, std::move(leader));
+  auto stroke = std::make_unique<cad::Line>();
+  stroke->end = {500, 500, 0};
+  db.append(note, std::move(stroke));
+  auto insert = std::make_unique<cad::Insert>();
+  insert->block = note.id;
+  insert->position = {5000, 5000, 0};
+  db.append(*db.modelSpace(), std::move(insert));
+  // A group across both sheets.
+  auto line = std::make_unique<cad::Line>();
+  line->start = {50000, 1000, 0};
+  line->end = {51000, 2000, 0};
+  const ObjectId lineId = db.append(*db.modelSpace(), std::move(line)).id;
+  cad::Dictionary& groups = *db.namedDictionary("ACAD_GROUP");
+  auto group = std::make_unique<cad::GenericObject>();
+  group->name = "GROUP";
+  group->groups = {{100, std::string("AcDbGroup")}, {300, std::string()}, {70, std::int64_t{0}}, {71, std::int64_t{1}},
+                   {340, imageId}, {340, lineId}};
+  groups.set("G1", db.addObject(std::move(group), groups.id).id);
+  const std::string plan = Write("plan.dxf", db);
+
+  const fs::path out = dir_ / "out";  // not beside the picture
+  const RunResult r = Run({"plot", plan, "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  struct Case {
+    const char* file;
+    const char* groupMember;  // the type of the one member the group keeps
+    bool image;
+  };
+  for (const Case c : {Case{"plan01.dxf", "IMAGE", true}, Case{"plan02.dxf", "LINE", false}}) {
+    SCOPED_TRACE(c.file);
+    EXPECT_EQ(Run({"info", (out / c.file).string()}).exitCode, 0);
+    const cad::DxfReadResult read = cad::ReadDxf((out / c.file).string());
+    ASSERT_TRUE(read.ok()) << read.error;
+    const cad::Database& copy = *read.db;
+    const cad::Image* found = nullptr;
+    const cad::ProxyEntity* proxy = nullptr;
+    ForEveryEntity(copy, [&](const cad::Entity& e) {
+      if (!found) found = cad::As<cad::Image>(&e);
+      if (!proxy) proxy = cad::As<cad::ProxyEntity>(&e);
+    });
+    ASSERT_EQ(found != nullptr, c.image);
+    const cad::GenericObject* kept = nullptr;
+    if (const cad::Dictionary* g = copy.namedDictionary("ACAD_GROUP")) kept = copy.objectAs<cad::GenericObject>(g->find("G1"));
+    ASSERT_NE(kept, nullptr);
+    std::vector<std::string> members;
+    for (const cad::Group& g : kept->groups)
+      if (g.code == 340 && copy.entity(g.asId())) members.push_back(copy.entity(g.asId())->dxfName());
+    EXPECT_EQ(members, std::vector<std::string>{c.groupMember});
+    if (!c.image) continue;
+    // The picture: its definition in the image dictionary, naming a file that is there, and the
+    // reactor that ties the two.
+    const auto* picture = copy.objectAs<cad::ImageDef>(found->imageDef);
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(copy.namedDictionary("ACAD_IMAGE_DICT")->find("red"), picture->id);
+    EXPECT_TRUE(fs::is_regular_file(picture->fileName)) << picture->fileName;
+    const auto* reactor = copy.objectAs<cad::GenericObject>(found->imageDefReactor);
+    ASSERT_NE(reactor, nullptr);
+    EXPECT_EQ(reactor->name, "IMAGEDEF_REACTOR");
+    ASSERT_NE(picture->extrasIfAny(), nullptr);
+    EXPECT_EQ(picture->extrasIfAny()->reactors, std::vector<ObjectId>{reactor->id});
+    EXPECT_NE(copy.rootDictionary()->find("ACAD_WIPEOUT_VARS"), ObjectId{});
+    // The multileader names the style of the file, which kept its key.
+    ASSERT_NE(proxy, nullptr);
+    const cad::Group* named = cad::FindGroup(proxy->groups, 340);
+    ASSERT_NE(named, nullptr);
+    EXPECT_EQ(copy.namedDictionary("ACAD_MLEADERSTYLE")->find("Notes"), named->asId());
+    EXPECT_NE(copy.objectAs<cad::GenericObject>(named->asId()), nullptr);
+  }
+}
+
 TEST_F(SheetFilesTest, AnOpenFileIsReportedAndTheOtherSheetsGoOn) {
   const std::string plan = Write("plan.dxf", test_support::FramesInARow({{42000, 29700}, {42000, 29700}}));
   const fs::path out = dir_ / "out";
