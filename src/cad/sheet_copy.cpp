@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <unordered_map>
 #include <variant>
 
 #include "cad/entity_copy_internal.h"
 #include "cad/entity_geometry.h"
+#include "cad/layout_viewport.h"
 #include "cad/names_internal.h"
 
 namespace tv::cad {
@@ -379,15 +381,69 @@ void CopyLayoutSettings(const Database& src, const BlockRecord& from, Database& 
   if (!target) return;
   if (const Layout* source = src.layoutOf(from)) {
     target->plot = source->plot;
-    target->limitsMin = source->limitsMin;
-    target->limitsMax = source->limitsMax;
     target->insertionBase = source->insertionBase;
-    target->extentsMin = source->extentsMin;
-    target->extentsMax = source->extentsMax;
     if (name.empty()) target->name = source->name;
   }
   if (!name.empty()) target->name = name;
   dst.header.setInt("$TILEMODE", 0);
+}
+
+std::optional<Extents3d> ContentExtents(const Database& db, const BlockRecord& space) {
+  ExtentsCache cache;
+  Extents3d box;
+  db.forEachEntity(space, [&](const Entity& e) {
+    if (const auto b = cache.entityExtents(e, db)) box.add(*b);
+  });
+  if (box.isEmpty()) return std::nullopt;
+  return box;
+}
+
+// Extents and limits of the copy's spaces: what each holds, and the sheet as the limits of the
+// space it lies in. An empty space keeps the marks of an empty drawing.
+void SetExtents(Database& dst, const SheetCopyRequest& request, bool layoutSheet) {
+  const bool hasLimits = request.limitsMin != request.limitsMax;
+  if (const auto box = ContentExtents(dst, *dst.modelSpace())) {
+    dst.header.setPoint("$EXTMIN", box->min);
+    dst.header.setPoint("$EXTMAX", box->max);
+  }
+  if (hasLimits && !layoutSheet) {
+    dst.header.setPoint("$LIMMIN", {request.limitsMin.x, request.limitsMin.y, 0}, false);
+    dst.header.setPoint("$LIMMAX", {request.limitsMax.x, request.limitsMax.y, 0}, false);
+  }
+  if (!layoutSheet) return;
+  BlockRecord& paper = *dst.paperSpace();
+  Layout* layout = dst.layoutOf(paper);
+  if (const auto box = ContentExtents(dst, paper)) {
+    dst.header.setPoint("$PEXTMIN", box->min);
+    dst.header.setPoint("$PEXTMAX", box->max);
+    if (layout) {
+      layout->extentsMin = box->min;
+      layout->extentsMax = box->max;
+    }
+  }
+  if (hasLimits) {
+    dst.header.setPoint("$PLIMMIN", {request.limitsMin.x, request.limitsMin.y, 0}, false);
+    dst.header.setPoint("$PLIMMAX", {request.limitsMax.x, request.limitsMax.y, 0}, false);
+    if (layout) {
+      layout->limitsMin = request.limitsMin;
+      layout->limitsMax = request.limitsMax;
+    }
+  }
+}
+
+// The layout's own viewport, first in its space, looks at the sheet: the layout opens on it.
+void SetLayoutView(Database& dst, double width, double height) {
+  BlockRecord& paper = *dst.paperSpace();
+  if (width <= 0 || height <= 0 || !LayoutViewportOf(dst, paper).isNull()) return;
+  auto own = std::make_unique<Viewport>();
+  own->width = width;
+  own->height = height;
+  own->status = 1;
+  own->number = 1;
+  own->viewHeight = height;
+  Viewport& vp = dst.append(paper, std::move(own));
+  std::rotate(paper.entities.begin(), paper.entities.end() - 1, paper.entities.end());
+  if (Layout* layout = dst.layoutOf(paper)) layout->lastActiveViewport = vp.id;
 }
 
 }  // namespace
@@ -442,7 +498,9 @@ Database CopySheet(const Database& src, const SheetCopyRequest& request) {
   copier.reconnectClips();
   copier.copyGroups();
   dst.purgeErased();
-  if (!layoutSheet) SetModelView(dst, request.viewWidth, request.viewHeight);
+  SetExtents(dst, request, layoutSheet);
+  if (layoutSheet) SetLayoutView(dst, request.viewWidth, request.viewHeight);
+  else SetModelView(dst, request.viewWidth, request.viewHeight);
   return dst;
 }
 

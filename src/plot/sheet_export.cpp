@@ -240,6 +240,10 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
   }
   sheet.viewWidth = width;
   sheet.viewHeight = height;
+  const double halfX = std::abs(max.x - min.x) / 2, halfY = std::abs(max.y - min.y) / 2;
+  sheet.limitsMin = {-halfX, -halfY};
+  sheet.limitsMax = {halfX, halfY};
+  sheet.sourceFolder = DrawingFolder();
   sheet.sourceFolder = DrawingFolder();
   if (fileSetting)
     sheet.namedRecords.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(*fileSetting));

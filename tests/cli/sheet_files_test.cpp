@@ -13,6 +13,7 @@
 #include "../support/frame_drawings.h"
 #include "../support/tvplot_test.h"
 #include "cad/dxf_reader.h"
+#include "cad/layout_viewport.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "titleblock/tk_library.h"
@@ -58,6 +59,32 @@ class SheetFilesTest : public TvplotTest {
     return ParseSheets(r.out);
   }
 
+  // What a file keeps of its sheet, centred on the origin: the limits of its space, the extents of what it holds, and a view (for a layout sheet
+  // the layout's own viewport) that looks at it.
+  static void ExpectFileKeepsSheet(const fs::path& file, const ListedSheet& want, bool layout) {
+    cad::DxfReadResult read = cad::ReadDxf(file.string());
+    ASSERT_TRUE(read.ok()) << read.error;
+    cad::Database& db = *read.db;
+    const double w = (want.maxX - want.minX) / 2, h = (want.maxY - want.minY) / 2, tol = 1e-6 * std::max(1.0, w + h);
+
+    const cad::Header& hd = db.header;
+    const char* prefix = layout ? "$P" : "$";
+    EXPECT_NEAR(hd.getPoint(std::string(prefix) + "LIMMIN").x, -w, tol);
+    EXPECT_NEAR(hd.getPoint(std::string(prefix) + "LIMMAX").y, h, tol);
+    const Point3d lo = hd.getPoint(std::string(prefix) + "EXTMIN"), hi = hd.getPoint(std::string(prefix) + "EXTMAX");
+    EXPECT_TRUE(lo.x <= hi.x && lo.y <= hi.y) << "extents of what the file holds";
+    EXPECT_LT(lo.x, w);
+    EXPECT_GT(hi.x, -w);
+    if (layout) {
+      const cad::BlockRecord& paper = *db.paperSpace();
+      const auto* own = db.objectAs<cad::Viewport>(cad::LayoutViewportOf(db, paper));
+      ASSERT_NE(own, nullptr);
+      EXPECT_NEAR(own->viewCenter.x, 0, tol);
+      EXPECT_GE(own->viewHeight, 2 * h);
+      EXPECT_NEAR(db.layoutOf(paper)->limitsMin.y, -h, tol);
+    }
+  }
+
   // Cuts `drawing` into `out` and checks every file: `tvplot info` reads it, and `tvplot sheets`
   // finds the sheet again centred on the origin, with `samePaper` on the same paper at the same
   // scale; a layout sheet in the file's layout, named after the file. The number of sheets.
@@ -85,6 +112,7 @@ class SheetFilesTest : public TvplotTest {
       if (layout) {
         for (const ListedSheet& s : found) EXPECT_EQ(s.layout, fs::path(files[i]).stem().string());
       }
+      ExpectFileKeepsSheet(file, want, layout);
     }
     return sheets.size();
   }
