@@ -14,6 +14,8 @@
 #include "../support/tvplot_test.h"
 #include "cad/dxf_reader.h"
 #include "cad/layout_viewport.h"
+#include "host/cad_binding.h"
+#include "paper/scale_fitting.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "titleblock/tk_library.h"
@@ -59,13 +61,23 @@ class SheetFilesTest : public TvplotTest {
     return ParseSheets(r.out);
   }
 
-  // What a file keeps of its sheet, centred on the origin: the limits of its space, the extents of what it holds, and a view (for a layout sheet
+  // What a file keeps of its sheet, centred on the origin: the stored scale and paper of the
+  // sheet, the limits of its space, the extents of what it holds, and a view (for a layout sheet
   // the layout's own viewport) that looks at it.
   static void ExpectFileKeepsSheet(const fs::path& file, const ListedSheet& want, bool layout) {
     cad::DxfReadResult read = cad::ReadDxf(file.string());
     ASSERT_TRUE(read.ok()) << read.error;
     cad::Database& db = *read.db;
     const double w = (want.maxX - want.minX) / 2, h = (want.maxY - want.minY) / 2, tol = 1e-6 * std::max(1.0, w + h);
+    std::vector<paper::InfoRow> stored;
+    host::SetWorkingDatabase(&db);
+    paper::ReadScInfor(stored);
+    host::SetWorkingDatabase(nullptr);
+    ASSERT_EQ(stored.size(), 1u);
+    EXPECT_NEAR(stored[0].minX, -w, tol);
+    EXPECT_NEAR(stored[0].maxY, h, tol);
+    EXPECT_EQ(stored[0].scale, want.scale);
+    EXPECT_FALSE(stored[0].paperName.empty());
 
     const cad::Header& hd = db.header;
     const char* prefix = layout ? "$P" : "$";
