@@ -82,9 +82,11 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
   std::vector<pdfmerge::MergeEntry> parts;
   for (std::size_t i = 0; i < drawings.size(); ++i) {
     const std::string& drawing = drawings[i];
-    io.err << "[" << (i + 1) << "/" << drawings.size() << "] " << drawing << '\n';
+    const std::string which = "[" + std::to_string(i + 1) + "/" + std::to_string(drawings.size()) + "] ";
+    io.err << which << drawing << '\n';
     FileBatch one = batch;
     one.drawing = drawing;
+    one.progressPrefix = which + fs::path(drawing).filename().string() + " ";
     if (target) {
       std::error_code ec;
       fs::create_directories(work, ec);

@@ -242,6 +242,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   std::ostringstream transcript;
   SessionOptions sessionOptions = TranscriptOptions(transcript, io);
   sessionOptions.yesNoAnswer = !options.no;
+  sessionOptions.progressPrefix = batch.progressPrefix;
   Session session(std::move(*db), path, std::move(sessionOptions));
   const NoticesToErr notices(io);
   host::OnLoad();

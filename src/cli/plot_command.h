@@ -27,6 +27,7 @@ struct FileBatch {
   // Set for one drawing of a run over several: the drawing, and the file its sheets merge into.
   std::string drawing;
   std::optional<std::string> merge;
+  std::string progressPrefix;  // "[2/5] 平面.dxf ": which drawing the progress lines are of
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:
