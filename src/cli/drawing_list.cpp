@@ -87,6 +87,8 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
     FileBatch one = batch;
     one.drawing = drawing;
     one.progressPrefix = which + fs::path(drawing).filename().string() + " ";
+    std::vector<std::string> bookmarks;
+    if (target) one.mergedBookmarks = &bookmarks;
     if (target) {
       std::error_code ec;
       fs::create_directories(work, ec);
@@ -107,8 +109,10 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
         summary.replace(at, one.merge->size(), *target);
       if (!summary.empty()) io.err << drawing << "：" << summary << '\n';  // none when it wasn't read
       std::error_code ec;
-      if (fs::is_regular_file(*one.merge, ec))
-        parts.push_back({*one.merge, fs::path(drawing).stem().string(), true});
+      // Every sheet is bookmarked by its file name: one sheet's file carries no outline of its
+      // own, so its name is given here; a drawing of several sheets brings their bookmarks.
+      const std::string bookmark = bookmarks.size() == 1 ? bookmarks.front() : fs::path(drawing).stem().string();
+      if (fs::is_regular_file(*one.merge, ec)) parts.push_back({*one.merge, bookmark, true});
     }
     if (code == kExitOk) ++good;
     else failed.push_back(drawing);

@@ -26,6 +26,7 @@
 #include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "plot/output_paths.h"
+#include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
 #include "settings/config.h"
 #include "settings/folders.h"
@@ -325,7 +326,10 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     answers = WindowAnswers(*options.window, SingleFilePath(folder, path, rec.format));
   }
   editor.answers().pushFront(answers);
+  if (batch.mergedBookmarks)
+    plot::SetMergeListener([list = batch.mergedBookmarks](const std::vector<std::string>& names) { *list = names; });
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
+  plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
   restore();
 

@@ -40,9 +40,15 @@ void OpenWhenAsked(const std::string& target) {
 
 std::string InInstallFolder(const std::string& name) { return (fs::path(settings::InstallFolder()) / name).string(); }
 
+MergeListener& Listener() {
+  static MergeListener listener;
+  return listener;
+}
+
 bool Merge(const std::string& folder, const std::vector<std::string>& names) {
   const std::string& target = Job().MergedPdfPath;
   if (names.empty() || target.empty()) return false;
+  if (Listener()) Listener()(names);
   std::error_code ec;
   if (names.size() == 1) {
     fs::remove(target, ec);
@@ -163,6 +169,8 @@ bool MergeTitlePdfs(const std::string& folder, const std::vector<std::string>& n
   for (const std::string& name : names) bookmarks.push_back(WithTitleSeparator(name, separator));
   return Merge(folder, bookmarks);
 }
+
+void SetMergeListener(MergeListener listener) { Listener() = std::move(listener); }
 
 void EmptyMergeFolder(const std::string& folder) {
   std::error_code ec;
