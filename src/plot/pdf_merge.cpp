@@ -45,14 +45,25 @@ MergeListener& Listener() {
   return listener;
 }
 
+// Copies `from` beside `to` and renames the copy over it: `to` is replaced whole or not at all.
+bool ReplaceWith(const std::string& from, const std::string& to) {
+  const fs::path beside = fs::path(to).parent_path() / ("." + fs::path(to).filename().string() + ".part");
+  std::error_code ec;
+  if (CopyOver(from, beside.string())) {
+    fs::rename(beside, to, ec);
+    if (!ec) return true;
+  }
+  fs::remove(beside, ec);
+  return false;
+}
+
 bool Merge(const std::string& folder, const std::vector<std::string>& names) {
   const std::string& target = Job().MergedPdfPath;
   if (names.empty() || target.empty()) return false;
   if (Listener()) Listener()(names);
   std::error_code ec;
   if (names.size() == 1) {
-    fs::remove(target, ec);
-    if (!CopyOver(MergeSheetPath(folder, 1), target)) {
+    if (!ReplaceWith(MergeSheetPath(folder, 1), target)) {
       Show(kMergeFailedMessage, kMergeFailedTitle);
       return false;
     }
