@@ -82,9 +82,13 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
   std::vector<pdfmerge::MergeEntry> parts;
   for (std::size_t i = 0; i < drawings.size(); ++i) {
     const std::string& drawing = drawings[i];
-    io.err << "[" << (i + 1) << "/" << drawings.size() << "] " << drawing << '\n';
+    const std::string which = "[" + std::to_string(i + 1) + "/" + std::to_string(drawings.size()) + "] ";
+    io.err << which << drawing << '\n';
     FileBatch one = batch;
     one.drawing = drawing;
+    one.progressPrefix = which + fs::path(drawing).filename().string() + " ";
+    std::vector<std::string> bookmarks;
+    if (target) one.mergedBookmarks = &bookmarks;
     if (target) {
       std::error_code ec;
       fs::create_directories(work, ec);
@@ -105,8 +109,10 @@ int RunDrawings(const ParsedArgs& args, CliStreams& io, const FileBatch& batch) 
         summary.replace(at, one.merge->size(), *target);
       if (!summary.empty()) io.err << drawing << "：" << summary << '\n';  // none when it wasn't read
       std::error_code ec;
-      if (fs::is_regular_file(*one.merge, ec))
-        parts.push_back({*one.merge, fs::path(drawing).stem().string(), true});
+      // Every sheet is bookmarked by its file name: one sheet's file carries no outline of its
+      // own, so its name is given here; a drawing of several sheets brings their bookmarks.
+      const std::string bookmark = bookmarks.size() == 1 ? bookmarks.front() : fs::path(drawing).stem().string();
+      if (fs::is_regular_file(*one.merge, ec)) parts.push_back({*one.merge, bookmark, true});
     }
     if (code == kExitOk) ++good;
     else failed.push_back(drawing);

@@ -26,6 +26,7 @@
 #include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "plot/output_paths.h"
+#include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
 #include "settings/config.h"
 #include "settings/folders.h"
@@ -199,15 +200,24 @@ void DefinePlotOutputOptions(CLI::App& app) {
 
 // A merge's numbered files are gone once it ends: the summary names the sheets that didn't plot
 // and the merged file, which holds the others.
+// The time a file was last written; none when it isn't there.
+std::optional<fs::file_time_type> WrittenAt(const std::string& path) {
+  std::error_code ec;
+  const fs::file_time_type t = fs::last_write_time(path, ec);
+  return ec ? std::nullopt : std::optional(t);
+}
+
 int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& target,
-                 std::chrono::steady_clock::time_point started, CliStreams& io) {
+                 const std::optional<fs::file_time_type>& oldTarget, std::chrono::steady_clock::time_point started,
+                 CliStreams& io) {
   std::size_t plotted = 0;
   for (const ConsoleEditor::PlotRecord& p : editor.plots()) {
     if (p.ok) ++plotted;
     else io.err << "未输出 " << (p.path.empty() ? std::string("（无文件名）") : p.path) << "：" << OneLine(p.message) << '\n';
   }
+  // A target left from before, which a failed merge leaves alone, is no result of this run.
   std::error_code ec;
-  const bool merged = fs::is_regular_file(target, ec);
+  const bool merged = fs::is_regular_file(target, ec) && (!oldTarget || WrittenAt(target) != oldTarget);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
   if (merged) io.out << target << '\n';
   else io.err << "未能合并为 " << target << '\n';
@@ -242,6 +252,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   std::ostringstream transcript;
   SessionOptions sessionOptions = TranscriptOptions(transcript, io);
   sessionOptions.yesNoAnswer = !options.no;
+  sessionOptions.progressPrefix = batch.progressPrefix;
   Session session(std::move(*db), path, std::move(sessionOptions));
   const NoticesToErr notices(io);
   host::OnLoad();
@@ -324,7 +335,11 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     answers = WindowAnswers(*options.window, SingleFilePath(folder, path, rec.format));
   }
   editor.answers().pushFront(answers);
+  const std::optional<fs::file_time_type> oldTarget = options.merge ? WrittenAt(*options.merge) : std::nullopt;
+  if (batch.mergedBookmarks)
+    plot::SetMergeListener([list = batch.mergedBookmarks](const std::vector<std::string>& names) { *list = names; });
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
+  plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
   restore();
 
@@ -333,7 +348,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     io.err << program << ": 未找到图框\n";
     return kExitNoSheets;
   }
-  if (options.merge) return MergeSummary(editor, listed, *options.merge, started, io);
+  if (options.merge) return MergeSummary(editor, listed, *options.merge, oldTarget, started, io);
   // The summary counts what the folder holds now: the files this run wrote, each once, that are
   // still there (every file there is complete, as each is written under another name first).
   std::set<std::string> present;

@@ -27,6 +27,9 @@ struct FileBatch {
   // Set for one drawing of a run over several: the drawing, and the file its sheets merge into.
   std::string drawing;
   std::optional<std::string> merge;
+  std::string progressPrefix;  // "[2/5] 平面.dxf ": which drawing the progress lines are of
+  // Given: takes the bookmarks of the sheets the merge joined, in order.
+  std::vector<std::string>* mergedBookmarks = nullptr;
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:

@@ -113,6 +113,7 @@ ConsoleEditor::ConsoleEditor(cad::Database& db, std::string path, const SessionO
       out_(options.out ? options.out : &NullStream()),
       err_(options.err),
       progressEnabled_(options.progress && options.err),
+      progressPrefix_(options.progressPrefix),
       terminalEchoes_(options.terminalEchoes),
       yesNoAnswer_(options.yesNoAnswer),
       answers_(options.answers, options.terminal),
@@ -407,7 +408,8 @@ void ConsoleEditor::setView(Point3d centre, double height) { variables_.setView(
 void ConsoleEditor::progressBegin(std::string_view text, int range) {
   progress_.reset();
   progressRange_ = range;
-  if (progressEnabled_) progress_ = std::make_unique<ProgressLine>(*err_, true, std::string(text));
+  // The host's progress counts items (sheets, frames): the count is shown with the percentage.
+  if (progressEnabled_) progress_ = std::make_unique<ProgressLine>(*err_, true, progressPrefix_ + std::string(text), true);
 }
 
 void ConsoleEditor::progressSet(int position) {

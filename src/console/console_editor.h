@@ -154,6 +154,7 @@ class ConsoleEditor final : public host::Editor {
   std::ostream* out_;
   std::ostream* err_;
   bool progressEnabled_;
+  std::string progressPrefix_;
   bool terminalEchoes_;
   std::optional<bool> yesNoAnswer_;
   AnswerSource answers_;

@@ -21,6 +21,8 @@ struct SessionOptions {
   std::ostream* out = nullptr;       // the command line; required
   std::ostream* err = nullptr;       // progress; nullptr = none
   bool progress = false;             // show a progress line on `err`
+  // Put before every progress label: which drawing of a run over several ("[2/5] 平面.dxf").
+  std::string progressPrefix;
   // Answers for prompts, selections, message boxes and forms, one per line, used in order.
   std::vector<std::string> answers;
   // When the answers run out: read further lines from here (interactive), or, when null, cancel

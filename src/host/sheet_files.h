@@ -32,6 +32,8 @@ struct SheetFile {
   std::string layoutName;       // a layout sheet's layout name in the file; empty keeps it
   bool withModelSpace = false;  // model space too, for the sheet's viewports
   double viewWidth = 0, viewHeight = 0;
+  Point2d limitsMin, limitsMax;  // the sheet's rectangle in the file
+  std::string sourceFolder;      // pictures named relative to the drawing are found from here
   // Named records the file gets (by key), such as its own plot settings.
   std::vector<std::pair<std::string, std::vector<XrecordItem>>> namedRecords;
 };

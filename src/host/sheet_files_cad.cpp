@@ -61,6 +61,9 @@ bool WriteSheetFile(const SheetFile& sheet, const std::string& path, std::string
   request.withModelSpace = sheet.withModelSpace;
   request.viewWidth = sheet.viewWidth;
   request.viewHeight = sheet.viewHeight;
+  request.limitsMin = sheet.limitsMin;
+  request.limitsMax = sheet.limitsMax;
+  request.sourceFolder = sheet.sourceFolder;
   cad::Database copy = cad::CopySheet(*db, request);
   for (const auto& [key, items] : sheet.namedRecords) WriteNamedXrecordInto(copy, key, items);
   // The writer offers the two UTF-8 versions: an older drawing's sheets come out in the newer one.

@@ -6,6 +6,7 @@
 
 #include "host/xrecords.h"
 #include "paper/scale_fitting.h"
+#include "paper/sheet_info_items.h"
 #include "paper/scale_fitting_internal.h"
 
 namespace tv::paper {
@@ -19,10 +20,7 @@ constexpr int kTextCode = 1;
 
 enum class Kind { Paper, Scale };
 
-const std::string& KeyOf(Kind kind) {
-  static const std::string paper = "PAPER_INFOR", scale = "SC_INFOR";
-  return kind == Kind::Paper ? paper : scale;
-}
+std::string KeyOf(Kind kind) { return std::string(kind == Kind::Paper ? kPaperInforKey : kScInforKey); }
 
 bool SameCorners(const InfoRow& row, const Plot_Drawing1& sheet) {
   const double tol = internal::kPointTolerance;
@@ -93,6 +91,22 @@ bool ReadInfor(Kind kind, std::vector<InfoRow>& info) {
   return true;
 }
 
+std::vector<host::XrecordItem> ItemsOf(Kind kind, const std::vector<InfoRow>& rows) {
+  std::vector<host::XrecordItem> items;
+  items.reserve(2 + rows.size() * 6);
+  items.push_back({kIntCode, static_cast<std::int32_t>(rows.size())});
+  items.push_back({kIntCode, kRecordVersion});
+  for (const InfoRow& row : rows) {
+    for (double v : {row.minX, row.minY, row.maxX, row.maxY}) items.push_back({kRealCode, v});
+    if (kind == Kind::Paper)
+      items.push_back({kIntCode, row.copies});
+    else
+      items.push_back({kRealCode, row.scale});
+    items.push_back({kTextCode, EncodeXrecordText(row.paperName)});
+  }
+  return items;
+}
+
 bool WriteInfor(Kind kind, const std::vector<Plot_Drawing1*>& sheets) {
   std::vector<InfoRow> rows;
   for (const Plot_Drawing1* sheet : sheets)
@@ -106,23 +120,13 @@ bool WriteInfor(Kind kind, const std::vector<Plot_Drawing1*>& sheets) {
       if (sheet && SameCorners(row, *sheet)) inList = true;
     if (!inList) rows.push_back(std::move(row));
   }
-
-  std::vector<host::XrecordItem> items;
-  items.reserve(2 + rows.size() * 6);
-  items.push_back({kIntCode, static_cast<std::int32_t>(rows.size())});
-  items.push_back({kIntCode, kRecordVersion});
-  for (const InfoRow& row : rows) {
-    for (double v : {row.minX, row.minY, row.maxX, row.maxY}) items.push_back({kRealCode, v});
-    if (kind == Kind::Paper)
-      items.push_back({kIntCode, row.copies});
-    else
-      items.push_back({kRealCode, row.scale});
-    items.push_back({kTextCode, EncodeXrecordText(row.paperName)});
-  }
-  return host::WriteNamedXrecord(KeyOf(kind), items);
+  return host::WriteNamedXrecord(KeyOf(kind), ItemsOf(kind, rows));
 }
 
 }  // namespace
+
+std::vector<host::XrecordItem> PaperInforItems(const std::vector<InfoRow>& rows) { return ItemsOf(Kind::Paper, rows); }
+std::vector<host::XrecordItem> ScInforItems(const std::vector<InfoRow>& rows) { return ItemsOf(Kind::Scale, rows); }
 
 std::string EncodeXrecordText(const std::string& text) {
   if (text.empty()) return "<><";

@@ -40,13 +40,30 @@ void OpenWhenAsked(const std::string& target) {
 
 std::string InInstallFolder(const std::string& name) { return (fs::path(settings::InstallFolder()) / name).string(); }
 
+MergeListener& Listener() {
+  static MergeListener listener;
+  return listener;
+}
+
+// Copies `from` beside `to` and renames the copy over it: `to` is replaced whole or not at all.
+bool ReplaceWith(const std::string& from, const std::string& to) {
+  const fs::path beside = fs::path(to).parent_path() / ("." + fs::path(to).filename().string() + ".part");
+  std::error_code ec;
+  if (CopyOver(from, beside.string())) {
+    fs::rename(beside, to, ec);
+    if (!ec) return true;
+  }
+  fs::remove(beside, ec);
+  return false;
+}
+
 bool Merge(const std::string& folder, const std::vector<std::string>& names) {
   const std::string& target = Job().MergedPdfPath;
   if (names.empty() || target.empty()) return false;
+  if (Listener()) Listener()(names);
   std::error_code ec;
   if (names.size() == 1) {
-    fs::remove(target, ec);
-    if (!CopyOver(MergeSheetPath(folder, 1), target)) {
+    if (!ReplaceWith(MergeSheetPath(folder, 1), target)) {
       Show(kMergeFailedMessage, kMergeFailedTitle);
       return false;
     }
@@ -163,6 +180,8 @@ bool MergeTitlePdfs(const std::string& folder, const std::vector<std::string>& n
   for (const std::string& name : names) bookmarks.push_back(WithTitleSeparator(name, separator));
   return Merge(folder, bookmarks);
 }
+
+void SetMergeListener(MergeListener listener) { Listener() = std::move(listener); }
 
 void EmptyMergeFolder(const std::string& folder) {
   std::error_code ec;

@@ -4,6 +4,7 @@
 // folder and take nothing on the command line: what they need is in exchange files of the data
 // folder (a list for the first two, marker file names for the third), which is why only one merge
 // runs at a time. Each program is judged only by the file it should have written.
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +59,11 @@ bool MergePdfs(const std::string& folder, const std::vector<std::string>& names)
 // After the title-block loop: the same, with the line marks of the names replaced by the title
 // separator for the bookmarks.
 bool MergeTitlePdfs(const std::string& folder, const std::vector<std::string>& names);
+
+// Told of the bookmarks of each merge as it starts, in list order; for a caller that joins the
+// merged files further and keeps their sheets' bookmarks. Empty: nobody listens.
+using MergeListener = std::function<void(const std::vector<std::string>& bookmarks)>;
+void SetMergeListener(MergeListener listener);
 
 // Removes the numbered files of a merge and the run's own folder when it is empty then.
 void EmptyMergeFolder(const std::string& folder);

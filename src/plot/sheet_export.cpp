@@ -13,6 +13,8 @@
 #include "host/run_files.h"
 #include "host/sheet_files.h"
 #include "host/wrappers.h"
+#include "paper/scale_fitting.h"
+#include "paper/sheet_info_items.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "settings/config.h"
@@ -209,8 +211,12 @@ SheetIds EntitiesOfSheet(Point2d min, Point2d max) {
   return ids;
 }
 
-bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout,
-                 const settings::PlotSettingRec* fileSetting) {
+namespace {
+
+using NamedRecords = std::vector<std::pair<std::string, std::vector<host::XrecordItem>>>;
+
+bool WriteSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout,
+                NamedRecords records) {
   host::SheetFile sheet;
   sheet.ids = EntitiesOfSheet(min, max);
   sheet.base = Point3d{(min.x + max.x) / 2, (min.y + max.y) / 2, 0};
@@ -240,8 +246,11 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
   }
   sheet.viewWidth = width;
   sheet.viewHeight = height;
-  if (fileSetting)
-    sheet.namedRecords.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(*fileSetting));
+  const double halfX = std::abs(max.x - min.x) / 2, halfY = std::abs(max.y - min.y) / 2;
+  sheet.limitsMin = {-halfX, -halfY};
+  sheet.limitsMax = {halfX, halfY};
+  sheet.sourceFolder = DrawingFolder();
+  sheet.namedRecords = std::move(records);
 
   host::Editor& editor = host::CurrentEditor();
   std::string why;
@@ -256,6 +265,53 @@ bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAft
   return true;
 }
 
+// A stored row of the drawing moved with its sheet, which lands centred on the file's origin.
+paper::InfoRow MovedRow(paper::InfoRow row, Point2d centre) {
+  row.minX -= centre.x;
+  row.maxX -= centre.x;
+  row.minY -= centre.y;
+  row.maxY -= centre.y;
+  return row;
+}
+
+// What a sheet file keeps of the run for its one sheet: its plot settings, and its scale and
+// paper (with its copies, when the drawing stored some) in the file's coordinates, so that the
+// sheet comes back on the same paper at the same scale.
+NamedRecords FileRecords(const SheetToPlot& row, const std::vector<paper::InfoRow>& storedPapers) {
+  NamedRecords records;
+  records.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(FileSetting(row)));
+  const Point2d centre{(row.min.x + row.max.x) / 2, (row.min.y + row.max.y) / 2};
+  paper::InfoRow sheet;
+  sheet.minX = std::min(row.min.x, row.max.x);
+  sheet.minY = std::min(row.min.y, row.max.y);
+  sheet.maxX = std::max(row.min.x, row.max.x);
+  sheet.maxY = std::max(row.min.y, row.max.y);
+  sheet.scale = row.scale;
+  sheet.paperName = row.paperName;
+  sheet.fileName = row.fileName;
+  if (!sheet.paperName.empty())
+    records.emplace_back(std::string(paper::kScInforKey), paper::ScInforItems({MovedRow(sheet, centre)}));
+  recognition::Plot_Drawing1 corners;
+  corners.minX = sheet.minX;
+  corners.minY = sheet.minY;
+  corners.maxX = sheet.maxX;
+  corners.maxY = sheet.maxY;
+  if (const int i = paper::FindInfoRow(storedPapers, corners); i >= 0)
+    records.emplace_back(std::string(paper::kPaperInforKey),
+                         paper::PaperInforItems({MovedRow(storedPapers[static_cast<std::size_t>(i)], centre)}));
+  return records;
+}
+
+}  // namespace
+
+bool ExportSheet(Point2d min, Point2d max, const std::string& path, bool openAfter, bool renameLayout,
+                 const settings::PlotSettingRec* fileSetting) {
+  NamedRecords records;
+  if (fileSetting)
+    records.emplace_back(std::string(settings::kDwgPlotSettingKey), settings::DwgPlotSettingItems(*fileSetting));
+  return WriteSheet(min, max, path, openAfter, renameLayout, std::move(records));
+}
+
 bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
   const ParkedStyles parked;
   const CachedCandidates cached;
@@ -263,6 +319,9 @@ bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
   std::error_code ec;
   fs::create_directories(folderOut, ec);
   Job().LastFolder = folderOut;
+
+  std::vector<paper::InfoRow> storedPapers;
+  paper::ReadPaperInfor(storedPapers);
 
   host::Editor& editor = host::CurrentEditor();
   const ObjectId home = host::OpenCurrentSpace();
@@ -281,8 +340,7 @@ bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
       host::NoteSheetFile(path, false, message);
     } else {
       editor.progressSet(static_cast<int>(i) + 1);
-      const settings::PlotSettingRec fileSetting = FileSetting(row);
-      ExportSheet(row.min, row.max, path, false, true, &fileSetting);
+      WriteSheet(row.min, row.max, path, false, true, FileRecords(row, storedPapers));
     }
     if (loop.cancelRequested && *loop.cancelRequested) {
       *loop.cancelRequested = false;

@@ -13,6 +13,9 @@
 #include "../support/frame_drawings.h"
 #include "../support/tvplot_test.h"
 #include "cad/dxf_reader.h"
+#include "cad/layout_viewport.h"
+#include "host/cad_binding.h"
+#include "paper/scale_fitting.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "titleblock/tk_library.h"
@@ -58,6 +61,42 @@ class SheetFilesTest : public TvplotTest {
     return ParseSheets(r.out);
   }
 
+  // What a file keeps of its sheet, centred on the origin: the stored scale and paper of the
+  // sheet, the limits of its space, the extents of what it holds, and a view (for a layout sheet
+  // the layout's own viewport) that looks at it.
+  static void ExpectFileKeepsSheet(const fs::path& file, const ListedSheet& want, bool layout) {
+    cad::DxfReadResult read = cad::ReadDxf(file.string());
+    ASSERT_TRUE(read.ok()) << read.error;
+    cad::Database& db = *read.db;
+    const double w = (want.maxX - want.minX) / 2, h = (want.maxY - want.minY) / 2, tol = 1e-6 * std::max(1.0, w + h);
+    std::vector<paper::InfoRow> stored;
+    host::SetWorkingDatabase(&db);
+    paper::ReadScInfor(stored);
+    host::SetWorkingDatabase(nullptr);
+    ASSERT_EQ(stored.size(), 1u);
+    EXPECT_NEAR(stored[0].minX, -w, tol);
+    EXPECT_NEAR(stored[0].maxY, h, tol);
+    EXPECT_EQ(stored[0].scale, want.scale);
+    EXPECT_FALSE(stored[0].paperName.empty());
+
+    const cad::Header& hd = db.header;
+    const char* prefix = layout ? "$P" : "$";
+    EXPECT_NEAR(hd.getPoint(std::string(prefix) + "LIMMIN").x, -w, tol);
+    EXPECT_NEAR(hd.getPoint(std::string(prefix) + "LIMMAX").y, h, tol);
+    const Point3d lo = hd.getPoint(std::string(prefix) + "EXTMIN"), hi = hd.getPoint(std::string(prefix) + "EXTMAX");
+    EXPECT_TRUE(lo.x <= hi.x && lo.y <= hi.y) << "extents of what the file holds";
+    EXPECT_LT(lo.x, w);
+    EXPECT_GT(hi.x, -w);
+    if (layout) {
+      const cad::BlockRecord& paper = *db.paperSpace();
+      const auto* own = db.objectAs<cad::Viewport>(cad::LayoutViewportOf(db, paper));
+      ASSERT_NE(own, nullptr);
+      EXPECT_NEAR(own->viewCenter.x, 0, tol);
+      EXPECT_GE(own->viewHeight, 2 * h);
+      EXPECT_NEAR(db.layoutOf(paper)->limitsMin.y, -h, tol);
+    }
+  }
+
   // Cuts `drawing` into `out` and checks every file: `tvplot info` reads it, and `tvplot sheets`
   // finds the sheet again centred on the origin, with `samePaper` on the same paper at the same
   // scale; a layout sheet in the file's layout, named after the file. The number of sheets.
@@ -85,6 +124,7 @@ class SheetFilesTest : public TvplotTest {
       if (layout) {
         for (const ListedSheet& s : found) EXPECT_EQ(s.layout, fs::path(files[i]).stem().string());
       }
+      ExpectFileKeepsSheet(file, want, layout);
     }
     return sheets.size();
   }
@@ -151,6 +191,118 @@ TEST_F(SheetFilesTest, ASheetTakesWhatLiesInItsFrameAndLinesThatCrossIt) {
   EXPECT_EQ(SheetBlockContent(*first.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE", "LINE"}));
   EXPECT_EQ(SheetBlockContent(*second.db), (std::vector<std::string>{"LWPOLYLINE", "LINE", "LINE"}));
   EXPECT_EQ(first.db->findLayer("冻结"), nullptr);
+}
+
+// Every entity of a drawing, spaces and blocks alike.
+template <class F>
+void ForEveryEntity(const cad::Database& db, F&& f) {
+  for (const auto& block : db.blocks) db.forEachEntity(*block, f);
+}
+
+TEST_F(SheetFilesTest, ASheetKeepsTheObjectsItsEntitiesNeed) {
+  cad::Database db = test_support::FramesInARow({{42000, 29700}, {42000, 29700}});
+  cad::Dictionary& root = *db.rootDictionary();
+  fs::create_directories(dir_ / "pictures");
+  WriteText("pictures/red.png", "a picture");  // found by its name relative to the drawing
+  auto def = std::make_unique<cad::ImageDef>();
+  def->fileName = "pictures\\red.png";
+  def->imageSize = {10, 10};
+  cad::Dictionary& images = db.ensureDictionary(root, "ACAD_IMAGE_DICT");
+  images.set("red", db.addObject(std::move(def), images.id).id);
+  const auto raster = [&](auto e, double at) {
+    e->position = {at, at, 0};
+    e->uPixel = {100, 0, 0};
+    e->vPixel = {0, 100, 0};
+    e->imageSize = {10, 10};
+    return e;
+  };
+  auto image = raster(std::make_unique<cad::Image>(), 1000);
+  image->imageDef = images.find("red");
+  const ObjectId imageId = db.append(*db.modelSpace(), std::move(image)).id;
+  db.append(*db.modelSpace(), raster(std::make_unique<cad::Wipeout>(), 3000));
+  auto vars = std::make_unique<cad::GenericObject>();
+  vars->name = "WIPEOUTVARIABLES";
+  vars->groups = {{100, std::string("AcDbWipeoutVariables")}, {70, std::int64_t{1}}};
+  root.set("ACAD_WIPEOUT_VARS", db.addObject(std::move(vars), root.id).id);
+  // A block with a multileader naming its style, inserted in the first sheet.
+  cad::Dictionary& styles = db.ensureDictionary(root, "ACAD_MLEADERSTYLE");
+  auto style = std::make_unique<cad::GenericObject>();
+  style->name = "MLEADERSTYLE";
+  style->groups = {{100, std::string("AcDbMLeaderStyle")}, {342, db.findTextStyle("Standard")->id}};
+  styles.set("Notes", db.addObject(std::move(style), styles.id).id);
+  cad::BlockRecord& note = db.addBlock("NOTE");
+  auto leader = std::make_unique<cad::ProxyEntity>();
+  leader->name = "MULTILEADER";
+  leader->groups = {{100, std::string("AcDbMLeader")}, {340, styles.find("Notes")}};
+  db.append(note, std::move(leader));
+  auto stroke = std::make_unique<cad::Line>();
+  stroke->end = {500, 500, 0};
+  db.append(note, std::move(stroke));
+  auto insert = std::make_unique<cad::Insert>();
+  insert->block = note.id;
+  insert->position = {5000, 5000, 0};
+  db.append(*db.modelSpace(), std::move(insert));
+  // A group across both sheets.
+  auto line = std::make_unique<cad::Line>();
+  line->start = {50000, 1000, 0};
+  line->end = {51000, 2000, 0};
+  const ObjectId lineId = db.append(*db.modelSpace(), std::move(line)).id;
+  cad::Dictionary& groups = *db.namedDictionary("ACAD_GROUP");
+  auto group = std::make_unique<cad::GenericObject>();
+  group->name = "GROUP";
+  group->groups = {{100, std::string("AcDbGroup")}, {300, std::string()}, {70, std::int64_t{0}}, {71, std::int64_t{1}},
+                   {340, imageId}, {340, lineId}};
+  groups.set("G1", db.addObject(std::move(group), groups.id).id);
+  const std::string plan = Write("plan.dxf", db);
+
+  const fs::path out = dir_ / "out";  // not beside the picture
+  const RunResult r = Run({"plot", plan, "--format", "dwg", "--out", out.string()});
+  ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+  struct Case {
+    const char* file;
+    const char* groupMember;  // the type of the one member the group keeps
+    bool image;
+  };
+  for (const Case c : {Case{"plan01.dxf", "IMAGE", true}, Case{"plan02.dxf", "LINE", false}}) {
+    SCOPED_TRACE(c.file);
+    EXPECT_EQ(Run({"info", (out / c.file).string()}).exitCode, 0);
+    const cad::DxfReadResult read = cad::ReadDxf((out / c.file).string());
+    ASSERT_TRUE(read.ok()) << read.error;
+    const cad::Database& copy = *read.db;
+    const cad::Image* found = nullptr;
+    const cad::ProxyEntity* proxy = nullptr;
+    ForEveryEntity(copy, [&](const cad::Entity& e) {
+      if (!found) found = cad::As<cad::Image>(&e);
+      if (!proxy) proxy = cad::As<cad::ProxyEntity>(&e);
+    });
+    ASSERT_EQ(found != nullptr, c.image);
+    const cad::GenericObject* kept = nullptr;
+    if (const cad::Dictionary* g = copy.namedDictionary("ACAD_GROUP")) kept = copy.objectAs<cad::GenericObject>(g->find("G1"));
+    ASSERT_NE(kept, nullptr);
+    std::vector<std::string> members;
+    for (const cad::Group& g : kept->groups)
+      if (g.code == 340 && copy.entity(g.asId())) members.push_back(copy.entity(g.asId())->dxfName());
+    EXPECT_EQ(members, std::vector<std::string>{c.groupMember});
+    if (!c.image) continue;
+    // The picture: its definition in the image dictionary, naming a file that is there, and the
+    // reactor that ties the two.
+    const auto* picture = copy.objectAs<cad::ImageDef>(found->imageDef);
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(copy.namedDictionary("ACAD_IMAGE_DICT")->find("red"), picture->id);
+    EXPECT_TRUE(fs::is_regular_file(picture->fileName)) << picture->fileName;
+    const auto* reactor = copy.objectAs<cad::GenericObject>(found->imageDefReactor);
+    ASSERT_NE(reactor, nullptr);
+    EXPECT_EQ(reactor->name, "IMAGEDEF_REACTOR");
+    ASSERT_NE(picture->extrasIfAny(), nullptr);
+    EXPECT_EQ(picture->extrasIfAny()->reactors, std::vector<ObjectId>{reactor->id});
+    EXPECT_NE(copy.rootDictionary()->find("ACAD_WIPEOUT_VARS"), ObjectId{});
+    // The multileader names the style of the file, which kept its key.
+    ASSERT_NE(proxy, nullptr);
+    const cad::Group* named = cad::FindGroup(proxy->groups, 340);
+    ASSERT_NE(named, nullptr);
+    EXPECT_EQ(copy.namedDictionary("ACAD_MLEADERSTYLE")->find("Notes"), named->asId());
+    EXPECT_NE(copy.objectAs<cad::GenericObject>(named->asId()), nullptr);
+  }
 }
 
 TEST_F(SheetFilesTest, AnOpenFileIsReportedAndTheOtherSheetsGoOn) {

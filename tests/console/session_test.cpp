@@ -200,9 +200,21 @@ TEST_F(SessionTest, ProgressGoesToTheErrorStreamWhenAsked) {
     e.progressSet(4);
     e.progressEnd();
   }
-  EXPECT_NE(err.str().find("正在打印 … 50%"), std::string::npos);
-  EXPECT_NE(err.str().find("正在打印 … 100%"), std::string::npos);
+  EXPECT_NE(err.str().find("正在打印 2/4 … 50%"), std::string::npos) << err.str();
+  EXPECT_NE(err.str().find("正在打印 4/4 … 100%"), std::string::npos);
   EXPECT_TRUE(out.str().empty());
+
+  // In a run over several drawings every line says which drawing it is of.
+  std::ostringstream many;
+  options.err = &many;
+  options.progressPrefix = "[2/3] b.dxf ";
+  {
+    Session session(cad::Database::createDefault(), "b.dxf", options);
+    CurrentEditor().progressBegin("正在分割图纸", 3);
+    CurrentEditor().progressSet(1);
+    CurrentEditor().progressEnd();
+  }
+  EXPECT_NE(many.str().find("[2/3] b.dxf 正在分割图纸 1/3 … 33%"), std::string::npos) << many.str();
 
   std::ostringstream quiet;
   options.err = &quiet;

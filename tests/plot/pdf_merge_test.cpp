@@ -208,5 +208,28 @@ TEST(MergePdfsTest, ASheetThatDidNotPlotIsLeftOutNotABlankPage) {
   settings::GlobalConfig() = settings::Config{};
 }
 
+// One sheet is copied: beside the target and renamed over it, so that a copy that fails leaves
+// the old file as it was and nothing half-written.
+TEST(MergePdfsTest, OneSheetReplacesTheTargetWholeOrNotAtAll) {
+  TempDir dir("tv_merge_one");
+  settings::GlobalConfig().pdf_open_after_merge = 0;
+  for (const bool plotted : {true, false}) {
+    SCOPED_TRACE(plotted);
+    const fs::path run = dir / (plotted ? "plotted" : "missed"), out = dir / (plotted ? "out-plotted" : "out-missed");
+    fs::create_directories(run);
+    fs::create_directories(out);
+    if (plotted) MakePdf((run / "1.pdf").string(), {{595.28, 841.89}});
+    const fs::path target = out / "set.pdf";
+    WriteFile(target, "old");
+    Job().MergedPdfPath = target.string();
+    EXPECT_EQ(MergePdfs(run.string(), {"甲"}), plotted);
+    Job() = JobState{};
+    EXPECT_EQ(FilesIn(out), std::vector<std::string>{"set.pdf"});
+    if (plotted) EXPECT_EQ(ReadFile(target), ReadFile(run / "1.pdf"));
+    else EXPECT_EQ(ReadFile(target), "old");
+  }
+  settings::GlobalConfig() = settings::Config{};
+}
+
 }  // namespace
 }  // namespace tv::plot
