@@ -13,6 +13,7 @@
 #include "host/custom_entity.h"
 #include "host/editor.h"
 #include "host/null_editor.h"
+#include "../support/entity_builders.h"
 
 namespace tv::host::testing {
 
@@ -30,10 +31,7 @@ class HostDrawingTest : public ::testing::Test {
     return db.append(block ? *block : model(), std::move(e));
   }
   cad::Line& addLine(Point3d a, Point3d b, cad::BlockRecord* block = nullptr) {
-    auto l = std::make_unique<cad::Line>();
-    l->start = a;
-    l->end = b;
-    return add(std::move(l), block);
+    return add(test_support::MakeLine(a, b), block);
   }
 
   cad::Database db = cad::Database::createDefault();
