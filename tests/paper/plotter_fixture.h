@@ -23,6 +23,14 @@ namespace tv::paper::testing {
 
 namespace fs = std::filesystem;
 
+// How often `part` occurs in `text`, overlapping occurrences included (closing lines share their
+// line feeds).
+inline std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
 // Papers as a job would hold them.
 inline PaperList Papers(std::initializer_list<std::pair<int, int>> sizes) {
   PaperList list;
