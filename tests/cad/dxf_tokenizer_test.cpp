@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -169,61 +171,53 @@ TEST(DxfTokenizerAscii, CrlfSpacesBomAndLineNumbers) {
 }
 
 TEST(DxfTokenizerAscii, TypedValuesOfEveryKind) {
-  std::string doc =
-      "1\nhello\n"
-      "10\n-1.25e3\n"
-      "40\n+.5\n"
-      "70\n-12\n"
-      "70\n1.0\n"    // an integer written as a real
-      "71\n 2.6 \n"  // rounded
-      "90\n2147483647\n"
-      "160\n-9000000000\n"
-      "290\n1\n"
-      "291\n0\n"
-      "5\n1A2F\n"
-      "330\nffffffffffffffff\n"
-      "340\nnot hex\n"  // junk handle: 0, not an error
-      "105\n\n"
-      "310\n0102FF\n"
-      "1071\n-3\n"
-      "1005\nABC\n"
-      "999\ncomment\n";
+  struct Case {
+    const char* groups;  // the code and value lines
+    GroupKind kind;
+    std::optional<std::int64_t> integer;
+    std::optional<double> real;
+    const char* text;  // nullptr: not checked
+  };
+  const Case cases[] = {
+      {"1\nhello\n", GroupKind::String, {}, {}, "hello"},
+      {"10\n-1.25e3\n", GroupKind::Double, -1250, -1250.0, nullptr},
+      {"40\n+.5\n", GroupKind::Double, {}, 0.5, nullptr},
+      {"70\n-12\n", GroupKind::Int16, -12, -12.0, nullptr},
+      {"70\n1.0\n", GroupKind::Int16, 1, {}, nullptr},  // an integer written as a real
+      {"71\n 2.6 \n", GroupKind::Int16, 3, {}, "2.6"},  // rounded
+      {"90\n2147483647\n", GroupKind::Int32, 2147483647, {}, nullptr},
+      {"160\n-9000000000\n", GroupKind::Int64, -9000000000LL, {}, nullptr},
+      {"290\n1\n", GroupKind::Bool, 1, {}, nullptr},
+      {"291\n0\n", GroupKind::Bool, 0, {}, nullptr},
+      {"5\n1A2F\n", GroupKind::Handle, 0x1A2F, {}, "1A2F"},
+      {"330\nffffffffffffffff\n", GroupKind::Handle, -1, {}, nullptr},  // every bit set
+      {"340\nnot hex\n", GroupKind::Handle, 0, {}, "not hex"},  // junk handle: 0, not an error
+      {"105\n\n", GroupKind::Handle, 0, {}, nullptr},
+      {"310\n0102FF\n", GroupKind::Binary, {}, {}, "0102FF"},
+      {"1071\n-3\n", GroupKind::Int32, -3, {}, nullptr},
+      {"1005\nABC\n", GroupKind::String, {}, {}, nullptr},
+      {"999\ncomment\n", GroupKind::String, {}, {}, "comment"},
+  };
+  std::string doc;
+  for (const Case& c : cases) doc += c.groups;
   DxfTokenizer t = DxfTokenizer::fromBytes(doc);
-  std::vector<DxfGroup> gs = ReadAll(t);
+  const std::vector<DxfGroup> gs = ReadAll(t);
   ASSERT_EQ(t.error(), "");
-  ASSERT_EQ(gs.size(), 18u);
-  EXPECT_EQ(gs[0].kind, GroupKind::String);
-  EXPECT_EQ(gs[1].kind, GroupKind::Double);
-  EXPECT_EQ(gs[1].real, -1250.0);
-  EXPECT_EQ(gs[1].integer, -1250);
-  EXPECT_EQ(gs[2].real, 0.5);
-  EXPECT_EQ(gs[3].kind, GroupKind::Int16);
-  EXPECT_EQ(gs[3].integer, -12);
-  EXPECT_EQ(gs[3].real, -12.0);
-  EXPECT_EQ(gs[4].integer, 1);
-  EXPECT_EQ(gs[5].integer, 3);
-  EXPECT_EQ(gs[5].text, "2.6");
-  EXPECT_EQ(gs[6].kind, GroupKind::Int32);
-  EXPECT_EQ(gs[6].integer, 2147483647);
-  EXPECT_EQ(gs[7].kind, GroupKind::Int64);
-  EXPECT_EQ(gs[7].integer, -9000000000LL);
-  EXPECT_EQ(gs[8].kind, GroupKind::Bool);
-  EXPECT_EQ(gs[8].integer, 1);
-  EXPECT_EQ(gs[9].integer, 0);
-  EXPECT_EQ(gs[10].kind, GroupKind::Handle);
-  EXPECT_EQ(gs[10].integer, 0x1A2F);
-  EXPECT_EQ(gs[10].text, "1A2F");
-  EXPECT_EQ(static_cast<std::uint64_t>(gs[11].integer), 0xFFFFFFFFFFFFFFFFull);
-  EXPECT_EQ(gs[12].integer, 0);
-  EXPECT_EQ(gs[12].text, "not hex");
-  EXPECT_EQ(gs[13].kind, GroupKind::Handle);
-  EXPECT_EQ(gs[13].integer, 0);
-  EXPECT_EQ(gs[14].kind, GroupKind::Binary);
-  EXPECT_EQ(gs[14].text, "0102FF");
-  EXPECT_EQ(gs[15].kind, GroupKind::Int32);
-  EXPECT_EQ(gs[15].integer, -3);
-  EXPECT_EQ(gs[16].kind, GroupKind::String);
-  EXPECT_EQ(gs[17].text, "comment");
+  ASSERT_EQ(gs.size(), std::size(cases));
+  for (std::size_t i = 0; i < gs.size(); ++i) {
+    const Case& c = cases[i];
+    SCOPED_TRACE(c.groups);
+    EXPECT_EQ(gs[i].kind, c.kind);
+    if (c.integer) {
+      EXPECT_EQ(gs[i].integer, *c.integer);
+    }
+    if (c.real) {
+      EXPECT_EQ(gs[i].real, *c.real);
+    }
+    if (c.text) {
+      EXPECT_EQ(gs[i].text, c.text);
+    }
+  }
 }
 
 TEST(DxfTokenizerAscii, PushBackReturnsTheSameGroupWithLiveViews) {
