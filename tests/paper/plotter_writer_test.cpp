@@ -459,7 +459,9 @@ TEST(PlotterMedia, MediaOfEachPaperAndMargin) {
     for (std::size_t i = 0; i < media.size(); ++i) EXPECT_EQ(media[i].canonicalName, c.canonical[i]);
     EXPECT_EQ(media[0].localeName, PaperNameOf(*papers[0]));
     EXPECT_EQ(media[0].descriptionName, c.description);
-    if (media.size() > 1) EXPECT_EQ(media[1].localeName, "TV_A3T");
+    if (media.size() > 1) {
+      EXPECT_EQ(media[1].localeName, "TV_A3T");
+    }
     const std::string text = PmpText(papers, o, "p", "d");
     EXPECT_EQ(HasLine(text, "1{"), media.size() > 1);
   }
