@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
 #include "../support/scoped_env.h"
 #include "host/null_editor.h"
 
@@ -189,27 +190,12 @@ TEST_F(FolderFilesTest, MissingRootsAndBlockedTestFilesFail) {
 // ---- computing the folders at load -----------------------------------------------------------------------
 
 // A host with variables and preferences of a test's choosing; records its message boxes.
-class FakeHost final : public host::NullEditor {
+class FakeHost final : public test_support::FakeEditor {
  public:
-  FakeHost() { host::SetEditor(this); }
-  ~FakeHost() override { host::SetEditor(nullptr); }
-
-  std::map<std::string, host::Value> vars;
-  std::map<std::string, std::string> env;
   std::vector<std::pair<std::string, std::string>> boxes;  // caption, text
   std::optional<std::string> dialogAnswer;
   std::string dialogInitial;
 
-  std::optional<host::Value> getVar(std::string_view name) override {
-    auto it = vars.find(std::string(name));
-    if (it == vars.end()) return std::nullopt;
-    return it->second;
-  }
-  std::optional<std::string> getEnv(std::string_view name) override {
-    auto it = env.find(std::string(name));
-    if (it == env.end()) return std::nullopt;
-    return it->second;
-  }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     boxes.emplace_back(std::string(caption), std::string(text));
     return host::MessageAnswer::Ok;

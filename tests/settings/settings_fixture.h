@@ -17,6 +17,7 @@
 #include "settings/folders.h"
 #include "settings/plot_setting.h"
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
 #include "../support/scoped_env.h"
 
 namespace tv::settings::testing {
@@ -24,10 +25,8 @@ namespace tv::settings::testing {
 using test_support::ScopedEnv;
 
 // Records message boxes and answers file dialogs with a prepared path.
-class MessageRecorder final : public host::NullEditor {
+class MessageRecorder final : public test_support::FakeEditor {
  public:
-  MessageRecorder() { host::SetEditor(this); }
-  ~MessageRecorder() override { host::SetEditor(nullptr); }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     messages.emplace_back(text);
     captions.emplace_back(caption);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/null_editor.h"
+#include "../support/fake_editor.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::titleblock {
@@ -83,10 +84,8 @@ TEST(CleanFileName, TextADrawingGarbledBecomesOneMarkAStretch) {
 
 // ---- names of the generic batch ---------------------------------------------------------------------------
 
-class DocumentEditor final : public host::NullEditor {
+class DocumentEditor final : public test_support::FakeEditor {
  public:
-  DocumentEditor() { host::SetEditor(this); }
-  ~DocumentEditor() override { host::SetEditor(nullptr); }
   std::string documentPath() override { return document; }
   std::string document = "/work/plans/一层平面.dxf";
 };

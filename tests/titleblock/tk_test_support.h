@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
 #include "../support/scoped_env.h"
 #include "host/editor.h"
 #include "host/null_editor.h"
@@ -16,10 +17,8 @@
 namespace tv::titleblock::testing {
 
 // Installs itself as the editor for its lifetime; message boxes and dialogs are recorded.
-class DialogEditor final : public host::NullEditor {
+class DialogEditor final : public test_support::FakeEditor {
  public:
-  DialogEditor() { host::SetEditor(this); }
-  ~DialogEditor() override { host::SetEditor(nullptr); }
 
   struct Box {
     std::string text, caption;
