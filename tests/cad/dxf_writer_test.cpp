@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "../support/corpus.h"
+#include "../support/entity_builders.h"
 #include "../support/run_program.h"
 #include "cad/dxf_reader.h"
 
@@ -350,9 +351,7 @@ TEST(DxfWriter, FilesAreReplacedWholeOrNotAtAll) {
   Database db = Database::createDefault();
   constexpr int kLines = 80000;
   for (int i = 0; i < kLines; ++i) {
-    auto line = std::make_unique<Line>();
-    line->end = {i * 1.5, i * 0.25, 0};
-    db.append(*db.modelSpace(), std::move(line));
+    db.append(*db.modelSpace(), test_support::MakeLine({}, {i * 1.5, i * 0.25, 0}));
   }
 
   const fs::path target = dir / "图纸.dxf";

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "../support/entity_builders.h"
 #include "../support/half_em_measurer.h"
 
 namespace tv::cad {
@@ -42,25 +43,10 @@ struct Drawing {
 
   template <class T>
   T& add(BlockRecord& block, std::unique_ptr<T> e) { return db.append(block, std::move(e)); }
-  Line& line(BlockRecord& block, Point3d a, Point3d b) {
-    auto l = std::make_unique<Line>();
-    l->start = a;
-    l->end = b;
-    return add(block, std::move(l));
-  }
-  Circle& circle(BlockRecord& block, Point3d c, double r) {
-    auto e = std::make_unique<Circle>();
-    e->center = c;
-    e->radius = r;
-    return add(block, std::move(e));
-  }
+  Line& line(BlockRecord& block, Point3d a, Point3d b) { return add(block, test_support::MakeLine(a, b)); }
+  Circle& circle(BlockRecord& block, Point3d c, double r) { return add(block, test_support::MakeCircle(c, r)); }
   Insert& insert(BlockRecord& owner, const BlockRecord& block, Point3d at, Vector3d scale = {1, 1, 1}, double rotation = 0) {
-    auto i = std::make_unique<Insert>();
-    i->block = block.id;
-    i->position = at;
-    i->scale = scale;
-    i->rotation = rotation;
-    return add(owner, std::move(i));
+    return add(owner, test_support::MakeInsert(block, at, scale, rotation));
   }
 };
 

@@ -10,6 +10,7 @@
 #include "cad/dxf_reader.h"
 #include "cad/layout_viewport.h"
 #include "../support/corpus.h"
+#include "../support/entity_builders.h"
 #include "../support/half_em_measurer.h"
 #include "../support/test_content.h"
 #include "examples/sample_drawing.h"
@@ -30,40 +31,16 @@ struct Drawing {
 
   template <class T>
   T& add(std::unique_ptr<T> e, BlockRecord* in = nullptr) { return db.append(in ? *in : model, std::move(e)); }
-  Line& line(Point3d a, Point3d b, BlockRecord* in = nullptr) {
-    auto l = std::make_unique<Line>();
-    l->start = a;
-    l->end = b;
-    return add(std::move(l), in);
-  }
+  Line& line(Point3d a, Point3d b, BlockRecord* in = nullptr) { return add(test_support::MakeLine(a, b), in); }
   LwPolyline& lwpolyline(std::vector<Point2d> pts, bool closed, std::vector<double> bulges = {}, BlockRecord* in = nullptr) {
-    auto p = std::make_unique<LwPolyline>();
-    p->points = std::move(pts);
-    p->bulges = std::move(bulges);
-    if (closed) p->polyFlags |= LwPolyline::kClosed;
-    return add(std::move(p), in);
+    return add(test_support::MakeLwPolyline(std::move(pts), closed, std::move(bulges)), in);
   }
-  Circle& circle(Point3d c, double r, BlockRecord* in = nullptr) {
-    auto e = std::make_unique<Circle>();
-    e->center = c;
-    e->radius = r;
-    return add(std::move(e), in);
-  }
+  Circle& circle(Point3d c, double r, BlockRecord* in = nullptr) { return add(test_support::MakeCircle(c, r), in); }
   Text& text(std::string s, Point3d at, double height, double rotation = 0, BlockRecord* in = nullptr) {
-    auto t = std::make_unique<Text>();
-    t->text = std::move(s);
-    t->position = at;
-    t->height = height;
-    t->rotation = rotation;
-    return add(std::move(t), in);
+    return add(test_support::MakeText(std::move(s), at, height, rotation), in);
   }
   Insert& insert(const BlockRecord& block, Point3d at, Vector3d scale = {1, 1, 1}, double rotation = 0, BlockRecord* in = nullptr) {
-    auto i = std::make_unique<Insert>();
-    i->block = block.id;
-    i->position = at;
-    i->scale = scale;
-    i->rotation = rotation;
-    return add(std::move(i), in);
+    return add(test_support::MakeInsert(block, at, scale, rotation), in);
   }
   Hatch& solidSquare(Point2d min, double size, bool solid) {
     auto h = std::make_unique<Hatch>();

@@ -13,6 +13,7 @@
 #include "cad/dxf_reader.h"
 #include "cad/selection_geometry.h"
 #include "../support/corpus.h"
+#include "../support/entity_builders.h"
 #include "../support/half_em_measurer.h"
 #include "../support/test_content.h"
 
@@ -206,33 +207,13 @@ class RandomDrawing {
 
  private:
   const Entity& add(std::unique_ptr<Entity> e, BlockRecord* in = nullptr) { return db.appendEntity(in ? *in : model, std::move(e)); }
-  static std::unique_ptr<Line> line(Point2d a, Point2d b) {
-    auto l = std::make_unique<Line>();
-    l->start = Point3d{a};
-    l->end = Point3d{b};
-    return l;
-  }
-  static std::unique_ptr<Circle> circle(Point2d c, double r) {
-    auto e = std::make_unique<Circle>();
-    e->center = Point3d{c};
-    e->radius = r;
-    return e;
-  }
+  static std::unique_ptr<Line> line(Point2d a, Point2d b) { return test_support::MakeLine(Point3d{a}, Point3d{b}); }
+  static std::unique_ptr<Circle> circle(Point2d c, double r) { return test_support::MakeCircle(Point3d{c}, r); }
   static std::unique_ptr<Text> text(std::string s, Point2d at, double height, double rotation = 0) {
-    auto t = std::make_unique<Text>();
-    t->text = std::move(s);
-    t->position = Point3d{at};
-    t->height = height;
-    t->rotation = rotation;
-    return t;
+    return test_support::MakeText(std::move(s), Point3d{at}, height, rotation);
   }
   static std::unique_ptr<Insert> insertOf(const BlockRecord& block, Point2d at, double scale, double rotation) {
-    auto i = std::make_unique<Insert>();
-    i->block = block.id;
-    i->position = Point3d{at};
-    i->scale = {scale, scale, 1};
-    i->rotation = rotation;
-    return i;
+    return test_support::MakeInsert(block, Point3d{at}, {scale, scale, 1}, rotation);
   }
 
   std::mt19937 rng_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cad/sheet_copy.h"
+#include "../support/entity_builders.h"
 
 namespace tv::cad {
 namespace {
@@ -21,14 +22,8 @@ struct Source {
   ObjectId circle, dimension, line;
 
   Source() {
-    auto c = std::make_unique<Circle>();
-    c->center = {1100, 1200, 0};
-    c->radius = 50;
-    circle = db.append(*db.modelSpace(), std::move(c)).id;
-    auto l = std::make_unique<Line>();
-    l->start = {1000, 1000, 0};
-    l->end = {1200, 1400, 0};
-    line = db.append(*db.modelSpace(), std::move(l)).id;
+    circle = db.append(*db.modelSpace(), test_support::MakeCircle({1100, 1200, 0}, 50)).id;
+    line = db.append(*db.modelSpace(), test_support::MakeLine({1000, 1000, 0}, {1200, 1400, 0})).id;
     BlockRecord& shown = db.addBlock("*D");
     db.append(shown, std::make_unique<Line>());
     auto d = std::make_unique<Dimension>();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/frame_drawings.h"
 #include "../support/multiplying_blocks.h"
 #include "../support/tvplot_test.h"
 
@@ -20,10 +21,7 @@ using namespace test_support;
 constexpr const char* kCutMessage = "图块嵌套过深或图形过多，已略去部分内容";
 
 void Frame(cad::Database& db, double x0, double y0, double width, double height) {
-  auto pl = std::make_unique<cad::LwPolyline>();
-  pl->points = {{x0, y0}, {x0 + width, y0}, {x0 + width, y0 + height}, {x0, y0 + height}};
-  pl->polyFlags = cad::LwPolyline::kClosed;
-  db.append(*db.modelSpace(), std::move(pl));
+  AddFrame(db, *db.modelSpace(), x0, y0, width, height, false);
 }
 
 // An A3 frame at 1:100 holding blocks that double their lines at every level.

@@ -51,21 +51,12 @@ struct Marking {
 cad::Database Drawing(const Marking& m) {
   cad::Database db = cad::Database::createDefault();
   for (double t = -1000; t <= 1000; t += 5) {
-    auto across = std::make_unique<cad::Line>();
-    across->start = {-1000, t, 0};
-    across->end = {1000, t, 0};
-    db.append(*db.modelSpace(), std::move(across));
-    auto up = std::make_unique<cad::Line>();
-    up->start = {t, -1000, 0};
-    up->end = {t, 1000, 0};
-    db.append(*db.modelSpace(), std::move(up));
+    db.append(*db.modelSpace(), test_support::MakeLine({-1000, t, 0}, {1000, t, 0}));
+    db.append(*db.modelSpace(), test_support::MakeLine({t, -1000, 0}, {t, 1000, 0}));
   }
   cad::Layout* layout = db.findLayout("Layout1");
   cad::BlockRecord& paper = *db.blockOf(*layout);
-  auto frame = std::make_unique<cad::LwPolyline>();
-  frame->points = {{0, 0}, {297, 0}, {297, 210}, {0, 210}};
-  frame->polyFlags = cad::LwPolyline::kClosed;
-  db.append(paper, std::move(frame));
+  db.append(paper, test_support::MakeLwPolyline({{0, 0}, {297, 0}, {297, 210}, {0, 210}}, true));
   auto own = MakeViewport({148.5, 105, 0}, 400, 300, {148.5, 105}, 1);
   auto floating = MakeViewport({148.5, 105, 0}, kVpRight - kVpLeft, kVpTop - kVpBottom, {0, 0}, 2);
   if (m.ownNamedSecond) {

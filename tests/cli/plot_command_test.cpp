@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "../support/frame_drawings.h"
+#include "../support/pdf_reading.h"
 #include "../support/tvplot_test.h"
 #include "examples/sample_drawing.h"
 
@@ -18,14 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using namespace test_support;
-
-// Page width and height of a PDF in millimetres.
-std::pair<double, double> PageMm(const fs::path& pdf) {
-  std::smatch m;
-  const std::string bytes = ReadFile(pdf);
-  if (!std::regex_search(bytes, m, std::regex(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])"))) return {0, 0};
-  return {std::stod(m[1]) * 25.4 / 72, std::stod(m[2]) * 25.4 / 72};
-}
 
 // A drawing of `frames` A3 frames at 1:100 side by side, each with a line across.
 cad::Database Frames(int frames, double width = 42000, double height = 29700) {

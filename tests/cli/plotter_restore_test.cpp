@@ -11,6 +11,7 @@
 
 #include "cad/database.h"
 #include "cad/dxf_reader.h"
+#include "tests/support/frame_drawings.h"
 #include "tests/support/tvplot_test.h"
 
 namespace tv::console {
@@ -19,17 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using test_support::RunResult;
-
-void AddFrame(cad::Database& db, cad::BlockRecord& space, double w, double h) {
-  auto pl = std::make_unique<cad::LwPolyline>();
-  pl->points = {{0, 0}, {w, 0}, {w, h}, {0, h}};
-  pl->polyFlags = cad::LwPolyline::kClosed;
-  db.append(space, std::move(pl));
-  auto line = std::make_unique<cad::Line>();
-  line->start = {w * 0.1, h * 0.5, 0};
-  line->end = {w * 0.9, h * 0.5, 0};
-  db.append(space, std::move(line));
-}
 
 // What each layout plots on before the batch: a device of the office, not of this machine.
 std::map<std::string, cad::PlotSettings> OfficeSettings() {
@@ -50,13 +40,13 @@ std::map<std::string, cad::PlotSettings> OfficeSettings() {
 // An A3 frame at 1:100 in model space, an A4 frame on each of two layouts.
 cad::Database Drawing() {
   cad::Database db = cad::Database::createDefault();
-  AddFrame(db, *db.modelSpace(), 42000, 29700);
+  test_support::AddFrame(db, *db.modelSpace(), 0, 0, 42000, 29700);
   if (!db.findLayout("Layout1")) db.addLayout("Layout1");
   db.addLayout("Layout2");
   for (const auto& [name, settings] : OfficeSettings()) {
     cad::Layout* layout = db.findLayout(name);
     layout->plot = settings;
-    if (name != "Model") AddFrame(db, *db.blockOf(*layout), 297, 210);
+    if (name != "Model") test_support::AddFrame(db, *db.blockOf(*layout), 0, 0, 297, 210);
   }
   return db;
 }

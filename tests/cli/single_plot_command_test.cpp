@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "../support/frame_drawings.h"
+#include "../support/pdf_reading.h"
 #include "../support/tvplot_test.h"
 
 namespace tv::cli {
@@ -16,13 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using namespace test_support;
-
-std::pair<double, double> PageMm(const fs::path& pdf) {
-  std::smatch m;
-  const std::string bytes = ReadFile(pdf);
-  if (!std::regex_search(bytes, m, std::regex(R"(/MediaBox \[ *0 0 ([0-9.]+) ([0-9.]+) *\])"))) return {0, 0};
-  return {std::stod(m[1]) * 25.4 / 72, std::stod(m[2]) * 25.4 / 72};
-}
 
 class SinglePlotCommandTest : public TvplotTest {
  protected:

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../support/run_program.h"
+#include "../support/tvplot_test.h"
 #include "../support/xref_drawings.h"
 
 #include "cad/database.h"
@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 namespace kit = samples::kit;
 
 using test_support::AddXrefBlock;
+using test_support::Count;
 using test_support::FilesIn;
 using test_support::Has;
 using test_support::Place;
@@ -31,12 +32,6 @@ using test_support::RunProgram;
 using test_support::RunResult;
 using test_support::TempDir;
 using test_support::WriteDrawing;
-
-std::size_t Count(const std::string& text, const std::string& part) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++n;
-  return n;
-}
 
 kit::FrameStyle StyleOf(cad::Database& db) {
   kit::FrameStyle style;

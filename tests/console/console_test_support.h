@@ -8,33 +8,28 @@
 #include "cad/database.h"
 #include "console/console_editor.h"
 #include "console/session.h"
+#include "../support/entity_builders.h"
 
 namespace tv::console::testing {
 
 inline cad::Layer& Layer(cad::Database& db, const std::string& name) { return db.addLayer(name); }
 
 inline ObjectId AddLine(cad::Database& db, cad::BlockRecord& space, Point3d a, Point3d b, const std::string& layer = "0") {
-  auto line = std::make_unique<cad::Line>();
-  line->start = a;
-  line->end = b;
+  auto line = test_support::MakeLine(a, b);
   line->layer = db.addLayer(layer).id;
   return db.append(space, std::move(line)).id;
 }
 
 inline ObjectId AddRectangle(cad::Database& db, cad::BlockRecord& space, Point2d lo, Point2d hi,
                              const std::string& layer = "0") {
-  auto pl = std::make_unique<cad::LwPolyline>();
-  pl->points = {lo, {hi.x, lo.y}, hi, {lo.x, hi.y}};
-  pl->polyFlags = cad::LwPolyline::kClosed;
+  auto pl = test_support::MakeLwPolyline({lo, {hi.x, lo.y}, hi, {lo.x, hi.y}}, true);
   pl->layer = db.addLayer(layer).id;
   return db.append(space, std::move(pl)).id;
 }
 
 inline ObjectId AddCircle(cad::Database& db, cad::BlockRecord& space, Point3d centre, double radius,
                           const std::string& layer = "0") {
-  auto c = std::make_unique<cad::Circle>();
-  c->center = centre;
-  c->radius = radius;
+  auto c = test_support::MakeCircle(centre, radius);
   c->layer = db.addLayer(layer).id;
   return db.append(space, std::move(c)).id;
 }
@@ -46,9 +41,7 @@ inline ObjectId AddFrameInsert(cad::Database& db, cad::BlockRecord& space, Point
     block = &db.addBlock("FRAME");
     AddRectangle(db, *block, {0, 0}, {10, 10});
   }
-  auto insert = std::make_unique<cad::Insert>();
-  insert->block = block->id;
-  insert->position = at;
+  auto insert = test_support::MakeInsert(*block, at);
   insert->layer = db.addLayer(layer).id;
   return db.append(space, std::move(insert)).id;
 }

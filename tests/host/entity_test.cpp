@@ -165,27 +165,6 @@ TEST_F(HostEntityPolyline, PolyfaceMeshesCountAsThreeDimensionalAndSkipTheirFace
 
 using HostEntityKinds = HostDrawingTest;
 
-TEST_F(HostEntityKinds, EachModelClassMapsToItsRecognitionClass) {
-  auto kindOf = [&](std::unique_ptr<cad::Entity> e) { return OpenEntity(db.appendEntity(model(), std::move(e)).id).kind(); };
-  EXPECT_EQ(kindOf(std::make_unique<cad::Spline>()), EntityClass::Spline);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Text>()), EntityClass::Text);
-  EXPECT_EQ(kindOf(std::make_unique<cad::AttDef>()), EntityClass::Text);
-  EXPECT_EQ(kindOf(std::make_unique<cad::MText>()), EntityClass::MText);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Hatch>()), EntityClass::Hatch);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Dimension>()), EntityClass::Dimension);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Wipeout>()), EntityClass::Wipeout);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Viewport>()), EntityClass::Viewport);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Circle>()), EntityClass::Other);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Ellipse>()), EntityClass::Other);
-  EXPECT_EQ(kindOf(std::make_unique<cad::Solid>()), EntityClass::Other);
-  auto minsert = std::make_unique<cad::Insert>();
-  minsert->columnCount = 3;
-  EXPECT_EQ(kindOf(std::move(minsert)), EntityClass::BlockReference);
-  auto proxy = std::make_unique<cad::ProxyEntity>();
-  proxy->name = "TCH_TEXT";
-  EXPECT_EQ(kindOf(std::move(proxy)), EntityClass::Proxy);
-}
-
 TEST_F(HostEntityKinds, TextContentIsPlainForEveryTextClass) {
   auto text = std::make_unique<cad::Text>();
   text->text = "%%c20 钢筋";

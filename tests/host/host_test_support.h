@@ -13,6 +13,8 @@
 #include "host/custom_entity.h"
 #include "host/editor.h"
 #include "host/null_editor.h"
+#include "../support/entity_builders.h"
+#include "../support/fake_editor.h"
 
 namespace tv::host::testing {
 
@@ -30,10 +32,7 @@ class HostDrawingTest : public ::testing::Test {
     return db.append(block ? *block : model(), std::move(e));
   }
   cad::Line& addLine(Point3d a, Point3d b, cad::BlockRecord* block = nullptr) {
-    auto l = std::make_unique<cad::Line>();
-    l->start = a;
-    l->end = b;
-    return add(std::move(l), block);
+    return add(test_support::MakeLine(a, b), block);
   }
 
   cad::Database db = cad::Database::createDefault();
@@ -41,22 +40,13 @@ class HostDrawingTest : public ::testing::Test {
 
 // Installs itself as the platform editor for its lifetime. Variables are plain values; the document
 // calls are recorded. Everything else behaves as with no editor at all.
-class RecordingEditor final : public NullEditor {
+class RecordingEditor final : public test_support::FakeEditor {
  public:
-  RecordingEditor() { SetEditor(this); }
-  ~RecordingEditor() override { SetEditor(nullptr); }
-
-  std::map<std::string, Value> vars;
   int modifiedCalls = 0;
   bool modifiedFlag = false;
   int regenCalls = 0;
   std::vector<std::pair<Point3d, double>> views;
 
-  std::optional<Value> getVar(std::string_view name) override {
-    auto it = vars.find(std::string(name));
-    if (it == vars.end()) return std::nullopt;
-    return it->second;
-  }
   void setModified(bool modified) override {
     ++modifiedCalls;
     modifiedFlag = modified;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/fake_editor.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
 #include "cad/database.h"
@@ -25,26 +26,11 @@
 namespace tv::host::testing {
 
 // Host preferences and variables are plain values; message boxes are recorded.
-class PlotHostEditor final : public NullEditor {
+class PlotHostEditor final : public test_support::FakeEditor {
  public:
-  PlotHostEditor() { SetEditor(this); }
-  ~PlotHostEditor() override { SetEditor(nullptr); }
-
-  std::map<std::string, std::string> env;
-  std::map<std::string, Value> vars;
   std::vector<std::string> messages;
   std::string document;
 
-  std::optional<std::string> getEnv(std::string_view name) override {
-    auto it = env.find(std::string(name));
-    if (it == env.end()) return std::nullopt;
-    return it->second;
-  }
-  std::optional<Value> getVar(std::string_view name) override {
-    auto it = vars.find(std::string(name));
-    if (it == vars.end()) return std::nullopt;
-    return it->second;
-  }
   MessageAnswer messageBox(std::string_view text, std::string_view, MessageButtons) override {
     messages.emplace_back(text);
     return MessageAnswer::Ok;

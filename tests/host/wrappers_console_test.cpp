@@ -16,10 +16,7 @@ using testing::SquareMarker;
 class HostConsoleWrappers : public ::testing::Test {
  protected:
   cad::Line& line(Point3d a, Point3d b, cad::BlockRecord* block = nullptr) {
-    auto l = std::make_unique<cad::Line>();
-    l->start = a;
-    l->end = b;
-    return db_.append(block ? *block : *db_.modelSpace(), std::move(l));
+    return db_.append(block ? *block : *db_.modelSpace(), test_support::MakeLine(a, b));
   }
   void start() {
     console::SessionOptions options;
@@ -38,10 +35,7 @@ class HostConsoleWrappers : public ::testing::Test {
 TEST_F(HostConsoleWrappers, FencesSelectWhatTheyCrossOnceAndOfTheRequestedType) {
   const ObjectId vertical = line({5, -5, 0}, {5, 5, 0}).id;
   const ObjectId far = line({50, -5, 0}, {50, 5, 0}).id;
-  auto circle = std::make_unique<cad::Circle>();
-  circle->center = {20, 0, 0};
-  circle->radius = 3;
-  const ObjectId round = db_.append(*db_.modelSpace(), std::move(circle)).id;
+  const ObjectId round = db_.append(*db_.modelSpace(), test_support::MakeCircle({20, 0, 0}, 3)).id;
   start();
   // A marker lies on the fence too, but markers are no content.
   const ObjectId marker = AppendToSpace(NewCustomEntity(std::make_unique<SquareMarker>(Point3d{9, -1, 0}, 2)), 1, {});

@@ -12,6 +12,7 @@
 namespace tv::paper {
 namespace {
 
+using testing::Count;
 using testing::Papers;
 using testing::PlotterFolderTest;
 namespace fs = std::filesystem;
@@ -23,12 +24,6 @@ std::vector<std::string> LinesOf(const std::string& text) {
   std::istringstream in(text);
   for (std::string line; std::getline(in, line);) lines.push_back(line);
   return lines;
-}
-
-std::size_t Count(const std::string& text, const std::string& part) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-  return n;
 }
 
 TEST(PlotStyleTableText, HeadStylesAndLineweightTableInOrder) {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <string>
 
 #include "../host/layout_plot_fixture.h"
 #include "host/command_prologue.h"
@@ -177,26 +177,22 @@ TEST_F(LayoutPlotSettingTest, WindowIsFitToPaperAndCentred) {
   EXPECT_TRUE(current.useStandardScale());
 }
 
-TEST_F(LayoutPlotSettingTest, NoMarginDropsTheOuterLineUnlessTheUserWantsIt) {
-  settings::PlotSettingRec rec;
-  rec.margin = 0;
-  auto [min, max] = windowFor(&rec);  // 0.1 mm of paper at 1:100 is 10 units
-  EXPECT_EQ(min, (Point2d{1010, 2010}));
-  EXPECT_EQ(max, (Point2d{42990, 31690}));
-
-  settings::GlobalConfig().plot_outer_line = 1;
-  std::tie(min, max) = windowFor(&rec);
-  EXPECT_EQ(min, (Point2d{990, 1990}));
-  EXPECT_EQ(max, (Point2d{43010, 31710}));
-}
-
-TEST_F(LayoutPlotSettingTest, AnyMarginGrowsTheWindowANegativeOneToo) {
-  settings::PlotSettingRec rec;
-  for (std::int32_t margin : {5, -5}) {
-    rec.margin = margin;
-    auto [min, max] = windowFor(&rec);
-    EXPECT_EQ(min, (Point2d{990, 1990})) << margin;
-    EXPECT_EQ(max, (Point2d{43010, 31710})) << margin;
+// 0.1 mm of paper at 1:100 is 10 units: with no margin the outer line is left out unless the user
+// wants it; any margin, a negative one too, grows the window.
+TEST_F(LayoutPlotSettingTest, TheWindowGrowsOrShrinksByATenthOfAMillimetre) {
+  struct Case {
+    std::int32_t margin, outerLine;
+    Point2d min, max;
+  };
+  for (const Case& c : {Case{0, 0, {1010, 2010}, {42990, 31690}}, Case{0, 1, {990, 1990}, {43010, 31710}},
+                        Case{5, 0, {990, 1990}, {43010, 31710}}, Case{-5, 0, {990, 1990}, {43010, 31710}}}) {
+    SCOPED_TRACE(std::to_string(c.margin) + " " + std::to_string(c.outerLine));
+    settings::PlotSettingRec rec;
+    rec.margin = c.margin;
+    settings::GlobalConfig().plot_outer_line = c.outerLine;
+    const auto [min, max] = windowFor(&rec);
+    EXPECT_EQ(min, c.min);
+    EXPECT_EQ(max, c.max);
   }
 }
 

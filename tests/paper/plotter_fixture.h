@@ -17,11 +17,20 @@
 #include "settings/folders.h"
 #include "settings/plot_setting.h"
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
 #include "../support/scoped_env.h"
 
 namespace tv::paper::testing {
 
 namespace fs = std::filesystem;
+
+// How often `part` occurs in `text`, overlapping occurrences included (closing lines share their
+// line feeds).
+inline std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
 
 // Papers as a job would hold them.
 inline PaperList Papers(std::initializer_list<std::pair<int, int>> sizes) {
@@ -32,27 +41,12 @@ inline PaperList Papers(std::initializer_list<std::pair<int, int>> sizes) {
 }
 
 // Answers the folder preferences and the version; records message boxes and choice forms.
-class PlotterHost final : public host::NullEditor {
+class PlotterHost final : public test_support::FakeEditor {
  public:
-  PlotterHost() { host::SetEditor(this); }
-  ~PlotterHost() override { host::SetEditor(nullptr); }
-
-  std::map<std::string, host::Value> vars;
-  std::map<std::string, std::string> env;
   std::vector<std::pair<std::string, std::string>> boxes;  // caption, text
   std::vector<std::pair<std::string, int>> choices;        // title, preselected item
   std::optional<int> choiceAnswer;
 
-  std::optional<host::Value> getVar(std::string_view name) override {
-    auto it = vars.find(std::string(name));
-    if (it == vars.end()) return std::nullopt;
-    return it->second;
-  }
-  std::optional<std::string> getEnv(std::string_view name) override {
-    auto it = env.find(std::string(name));
-    if (it == env.end()) return std::nullopt;
-    return it->second;
-  }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     boxes.emplace_back(std::string(caption), std::string(text));
     return host::MessageAnswer::Ok;

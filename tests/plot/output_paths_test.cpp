@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/fake_editor.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
 #include "host/null_editor.h"
@@ -22,10 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 using test_support::TempDir;
 
-class DocumentEditor final : public host::NullEditor {
+class DocumentEditor final : public test_support::FakeEditor {
  public:
-  DocumentEditor() { host::SetEditor(this); }
-  ~DocumentEditor() override { host::SetEditor(nullptr); }
   std::string documentPath() override { return document; }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     messages.emplace_back(text);

@@ -14,6 +14,7 @@
 #include "host/wrappers.h"
 #include "recognition/sheet_records.h"
 #include "recognition/working_coordinates.h"
+#include "../support/entity_builders.h"
 
 namespace tv::recognition::test {
 
@@ -67,17 +68,13 @@ class DrawingTest : public ::testing::Test {
   }
 
   ObjectId AddLine(Point3d a, Point3d b, cad::BlockRecord* block = nullptr, ObjectId layer = {}) {
-    auto e = std::make_unique<cad::Line>();
-    e->start = a;
-    e->end = b;
+    auto e = test_support::MakeLine(a, b);
     e->layer = layer;
     return Append(std::move(e), block).id;
   }
 
   ObjectId AddLw(std::vector<Point2d> points, bool closed, cad::BlockRecord* block = nullptr, ObjectId layer = {}) {
-    auto e = std::make_unique<cad::LwPolyline>();
-    e->points = std::move(points);
-    e->polyFlags = closed ? cad::LwPolyline::kClosed : 0;
+    auto e = test_support::MakeLwPolyline(std::move(points), closed);
     e->layer = layer;
     return Append(std::move(e), block).id;
   }
@@ -96,11 +93,7 @@ class DrawingTest : public ::testing::Test {
   }
 
   cad::Text& AddText(std::string text, Point3d at, double height, cad::BlockRecord* block = nullptr) {
-    auto e = std::make_unique<cad::Text>();
-    e->text = std::move(text);
-    e->position = at;
-    e->height = height;
-    return Append(std::move(e), block);
+    return Append(test_support::MakeText(std::move(text), at, height), block);
   }
 
   cad::MText& AddMText(std::string text, Point3d topLeft, double height, double width, cad::BlockRecord* block = nullptr) {
@@ -127,10 +120,7 @@ class DrawingTest : public ::testing::Test {
 
   cad::Insert& AddInsert(const cad::BlockRecord& def, Point3d at, double scale = 1.0, cad::BlockRecord* owner = nullptr,
                          ObjectId layer = {}) {
-    auto e = std::make_unique<cad::Insert>();
-    e->block = def.id;
-    e->position = at;
-    e->scale = {scale, scale, scale};
+    auto e = test_support::MakeInsert(def, at, {scale, scale, scale});
     e->layer = layer;
     return Append(std::move(e), owner);
   }

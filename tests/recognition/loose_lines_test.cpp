@@ -401,20 +401,6 @@ TEST_F(LooseLinesTest, SegmentContentAgreesBetweenTheWholeSplitAndSingleSegments
 
 // ---- the sorted families ---------------------------------------------------------------------------
 
-TEST_F(LooseLinesTest, FirstAtSearchesFallBackToTheBeginning) {
-  const std::vector<Point2d> starts{{1, 40}, {3, 30}, {3, 20}, {7, 10}};
-  EXPECT_EQ(FirstAtX(starts, 0), 0u);
-  EXPECT_EQ(FirstAtX(starts, 2), 1u);
-  EXPECT_EQ(FirstAtX(starts, 3), 1u);
-  EXPECT_EQ(FirstAtX(starts, 7), 3u);
-  EXPECT_EQ(FirstAtX(starts, 7.5), 0u);  // none: from the beginning
-  EXPECT_EQ(FirstAtX({}, 1), 0u);
-  const std::vector<Point2d> byY{{9, 1}, {0, 3}, {5, 3}, {2, 7}};
-  EXPECT_EQ(FirstAtY(byY, 3), 1u);
-  EXPECT_EQ(FirstAtY(byY, 4), 3u);
-  EXPECT_EQ(FirstAtY(byY, 8), 0u);
-}
-
 // The family sort orders as a stable comparison sort by the key: ties (0 and -0, every NaN, equal
 // coordinates) keep their order, infinities and NaN go to the ends.
 TEST(SortSegments, OrdersAsAStableSortByTheKey) {

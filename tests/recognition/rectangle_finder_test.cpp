@@ -71,21 +71,11 @@ TEST_F(RectangleFinderTest, InsertsCountWhateverTheirVisibilityOtherEntitiesOnly
   cad::BlockRecord& def = db().addBlock("B");
   AddLine({0, 0, 0}, {10, 10, 0}, &def);
 
-  auto insertOn = [&](ObjectId layer, bool visible) {
-    auto e = std::make_unique<cad::Insert>();
-    e->block = def.id;
-    return AddHidden(std::move(e), layer, visible);
-  };
+  auto insertOn = [&](ObjectId layer, bool visible) { return AddHidden(test_support::MakeInsert(def, {}), layer, visible); };
   auto polylineOn = [&](ObjectId layer, bool visible) {
-    auto e = std::make_unique<cad::LwPolyline>();
-    e->points = {{0, 0}, {100, 0}, {100, 50}};
-    return AddHidden(std::move(e), layer, visible);
+    return AddHidden(test_support::MakeLwPolyline({{0, 0}, {100, 0}, {100, 50}}, false), layer, visible);
   };
-  auto lineOn = [&](ObjectId layer, bool visible) {
-    auto e = std::make_unique<cad::Line>();
-    e->end = {100, 0, 0};
-    return AddHidden(std::move(e), layer, visible);
-  };
+  auto lineOn = [&](ObjectId layer, bool visible) { return AddHidden(test_support::MakeLine({}, {100, 0, 0}), layer, visible); };
   const ObjectIdArray inserts = {insertOn({}, true), insertOn({}, false), insertOn(off.id, true), insertOn(frozen.id, true)};
   const ObjectId shownPolyline = polylineOn({}, true);
   const ObjectIdArray hiddenPolylines = {polylineOn({}, false), polylineOn(off.id, true), polylineOn(frozen.id, true)};
@@ -94,9 +84,7 @@ TEST_F(RectangleFinderTest, InsertsCountWhateverTheirVisibilityOtherEntitiesOnly
   const ObjectId hiddenLine = lineOn(off.id, true);
   const ObjectId polyline2d = AddPolyline({{0, 0}, {5, 0}, {5, 5}}, false, false);
   const ObjectId polyline3d = AddPolyline({{0, 0}, {5, 0}, {5, 5}}, false, true);
-  auto circle = std::make_unique<cad::Circle>();
-  circle->radius = 50;
-  const ObjectId circleId = Append(std::move(circle)).id;
+  const ObjectId circleId = Append(test_support::MakeCircle({}, 50)).id;
   Open();
 
   ObjectIdArray all = inserts;

@@ -269,21 +269,6 @@ TEST(OrderSheetsTest, SmallSheetBesideABigOneJoinsItsRow) {
   EXPECT_EQ(list.Order(3), (Indexes{4, 1, 2, 3}));
 }
 
-TEST(OrderSheetsTest, OverlapOfExactlyAQuarterKeepsRowsApart) {
-  {
-    SheetList list;
-    list.Add(1, {0, 0, 400, 400});
-    list.Add(2, {500, 300, 900, 700});  // overlaps 100 of 400
-    EXPECT_EQ(list.Order(1), (Indexes{2, 1}));
-  }
-  {
-    SheetList list;
-    list.Add(1, {0, 0, 400, 400});
-    list.Add(2, {500, 299.5, 900, 699.5});  // a little more: one row, read from the left
-    EXPECT_EQ(list.Order(1), (Indexes{1, 2}));
-  }
-}
-
 TEST(OrderSheetsTest, ModeOutsideTheRangeKeepsTheOrder) {
   for (OrderMode mode : {0, 10, -3}) {
     SheetList list;

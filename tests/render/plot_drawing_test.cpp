@@ -51,13 +51,8 @@ TEST_F(PlotDrawing, HiddenLayersInvisibleEntitiesAndMarkersNeverPlot) {
   // Broken coordinates are skipped; the rest of the drawing still plots.
   const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
   AddLine(db, model, {nan, 5}, {95, 45});
-  auto circle = std::make_unique<cad::Circle>();
-  circle->center = {inf, 3, 0};
-  circle->radius = 2;
-  Add(db, model, std::move(circle));
-  auto poly = std::make_unique<cad::LwPolyline>();
-  poly->points = {{1, 1}, {nan, 2}, {3, 3}};
-  Add(db, model, std::move(poly));
+  Add(db, model, test_support::MakeCircle({inf, 3, 0}, 2));
+  Add(db, model, test_support::MakeLwPolyline({{1, 1}, {nan, 2}, {3, 3}}, false));
 
   const auto pic = plot();
   ASSERT_EQ(pic->width(), 200);
@@ -115,14 +110,9 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
   wide->points = {{5, 40}, {45, 40}};
   wide->setConstantWidth(4);
   Add(db, model, std::move(wide));
-  auto arc = std::make_unique<cad::LwPolyline>();
-  arc->points = {{60, 30}, {80, 30}};
-  arc->bulges = {1, 0};  // counter-clockwise half circle: below the chord from left to right
-  Add(db, model, std::move(arc));
-  auto circle = std::make_unique<cad::Circle>();
-  circle->center = {20, 15, 0};
-  circle->radius = 8;
-  Add(db, model, std::move(circle));
+  // A counter-clockwise half circle: below the chord from left to right.
+  Add(db, model, test_support::MakeLwPolyline({{60, 30}, {80, 30}}, false, {1, 0}));
+  Add(db, model, test_support::MakeCircle({20, 15, 0}, 8));
   auto solid = std::make_unique<cad::Solid>();
   solid->corners[0] = {50, 5, 0};
   solid->corners[1] = {60, 5, 0};
@@ -142,10 +132,7 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
 }
 
 TEST_F(PlotDrawing, CurvesKeepTheirShapeUnderEveryTransform) {
-  auto circle = std::make_unique<cad::Circle>();
-  circle->center = {20, 25, 0};
-  circle->radius = 10;
-  cad::Circle& whole = Add(db, model, std::move(circle));
+  cad::Circle& whole = Add(db, model, test_support::MakeCircle({20, 25, 0}, 10));
   auto arc = std::make_unique<cad::Arc>();  // the upper right quarter
   arc->center = {50, 20, 0};
   arc->radius = 10;
@@ -161,9 +148,7 @@ TEST_F(PlotDrawing, CurvesKeepTheirShapeUnderEveryTransform) {
   Add(db, model, std::move(ellipse));
   // A circle of radius 4 stretched twice as wide by its insert, and a quarter arc mirrored by its own.
   cad::BlockRecord& round = db.addBlock("ROUND");
-  auto inner = std::make_unique<cad::Circle>();
-  inner->radius = 4;
-  Add(db, round, std::move(inner));
+  Add(db, round, test_support::MakeCircle({}, 4));
   cad::BlockRecord& quarter = db.addBlock("QUARTER");
   auto q = std::make_unique<cad::Arc>();
   q->radius = 5;
@@ -171,11 +156,7 @@ TEST_F(PlotDrawing, CurvesKeepTheirShapeUnderEveryTransform) {
   q->endAngle = cad::kPi / 2;
   Add(db, quarter, std::move(q));
   const auto insert = [&](const cad::BlockRecord& block, Point3d at, cad::Vector3d scale) {
-    auto ins = std::make_unique<cad::Insert>();
-    ins->block = block.id;
-    ins->position = at;
-    ins->scale = scale;
-    Add(db, model, std::move(ins));
+    Add(db, model, test_support::MakeInsert(block, at, scale));
   };
   insert(round, {50, 42, 0}, {2, 1, 1});
   insert(quarter, {85, 5, 0}, {-1, 1, 1});
@@ -300,14 +281,8 @@ TEST_F(PlotDrawing, ArrayedAndClippedInsertsWithAttributes) {
 
   // A nested insert of the same block, clipped to its left half.
   cad::BlockRecord& outer = db.addBlock("OUTER");
-  auto inner = std::make_unique<cad::Insert>();
-  inner->block = block.id;
-  inner->scale = {2, 2, 2};
-  Add(db, outer, std::move(inner));
-  auto clipped = std::make_unique<cad::Insert>();
-  clipped->block = outer.id;
-  clipped->position = {70, 30, 0};
-  cad::Insert& c = Add(db, model, std::move(clipped));
+  Add(db, outer, test_support::MakeInsert(block, {}, {2, 2, 2}));
+  cad::Insert& c = Add(db, model, test_support::MakeInsert(outer, {70, 30, 0}));
   cad::Dictionary& filters = db.ensureDictionary(db.ensureExtensionDictionary(c), "ACAD_FILTER");
   auto filter = std::make_unique<cad::SpatialFilter>();
   filter->boundary = {{69, 29}, {74, 39}};

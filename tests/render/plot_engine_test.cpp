@@ -67,10 +67,7 @@ class PlotEngine : public ::testing::Test {
   }
   void frame() {
     AddLine(db, model, {0, 0}, {420, 297});
-    auto rect = std::make_unique<cad::LwPolyline>();
-    rect->points = {{10, 10}, {410, 10}, {410, 287}, {10, 287}};
-    rect->polyFlags = cad::LwPolyline::kClosed;
-    Add(db, model, std::move(rect));
+    Add(db, model, test_support::MakeLwPolyline({{10, 10}, {410, 10}, {410, 287}, {10, 287}}, true));
   }
 };
 

@@ -10,6 +10,7 @@
 
 #include "cad/database.h"
 #include "render/plot_engine.h"
+#include "tests/support/entity_builders.h"
 #include "tests/support/run_program.h"
 
 namespace tv::render::test {
@@ -93,10 +94,7 @@ T& Add(cad::Database& db, cad::BlockRecord& block, std::unique_ptr<T> e, cad::Ob
 }
 
 inline cad::Line& AddLine(cad::Database& db, cad::BlockRecord& block, cad::Point3d a, cad::Point3d b, cad::ObjectId layer = {}) {
-  auto l = std::make_unique<cad::Line>();
-  l->start = a;
-  l->end = b;
-  return Add(db, block, std::move(l), layer);
+  return Add(db, block, test_support::MakeLine(a, b), layer);
 }
 
 }  // namespace tv::render::test

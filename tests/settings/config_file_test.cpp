@@ -14,27 +14,8 @@
 namespace tv::settings {
 namespace {
 
+using testing::MakeDistinct;
 using testing::Tokens;
-
-template <class Rec>
-void MakeDistinct(Rec& rec, std::span<const FieldSpec<Rec>> fields, int base) {
-  int i = base;
-  for (const auto& field : fields) {
-    ++i;
-    std::visit(
-        [&](auto member) {
-          auto& v = rec.*member;
-          using T = std::decay_t<decltype(v)>;
-          if constexpr (std::is_same_v<T, std::int32_t>)
-            v = 10 + i;
-          else if constexpr (std::is_same_v<T, double>)
-            v = 0.5 + i;
-          else
-            v = "值 " + std::to_string(i);
-        },
-        field.member);
-  }
-}
 
 // A configuration in which every value differs from its default.
 Config Distinct() {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
 #include "../support/scoped_env.h"
 #include "host/null_editor.h"
 
@@ -85,15 +86,11 @@ class FolderFilesTest : public ::testing::Test {
   TempDir dir_{"tv_folders"};
 };
 
-TEST_F(FolderFilesTest, TwoPathsWithTheFirstMissingKeepOnlyTheSecond) {
-  const std::string second = Make("drv");
-  EXPECT_EQ(ExistingFolders(FolderEntries(Path("missing") + ";" + second, "/l", "/r")), second);
-}
-
 TEST_F(FolderFilesTest, ExistingFoldersKeepTheirOrderAndNoneGivesEmpty) {
   const std::string a = Make("a"), b = Make("b");
   EXPECT_EQ(ExistingFolders({b, Path("x"), a, ""}), b + ";" + a);
   EXPECT_EQ(ExistingFolders({Path("x"), ""}), "");
+  EXPECT_EQ(ExistingFolders(FolderEntries(Path("missing") + ";" + a, "/l", "/r")), a);
   WriteFile(dir_ / "file", "not a folder");
   EXPECT_EQ(ExistingFolders({Path("file")}), "");
 }
@@ -190,48 +187,15 @@ TEST_F(FolderFilesTest, MissingRootsAndBlockedTestFilesFail) {
   EXPECT_FALSE(WritableTempFolder(root));
 }
 
-TEST_F(FolderFilesTest, ReadOnlyTestFileFails) {
-  if (!PermissionsBind(dir_.path())) GTEST_SKIP() << "file permissions don't bind the superuser";
-  const std::string root = Make("docs");
-  fs::create_directories(dir_ / "docs/Tarvex_Temp");
-  WriteFile(dir_ / "docs/Tarvex_Temp/test.txt", "1\n");
-  fs::permissions(dir_ / "docs/Tarvex_Temp/test.txt", fs::perms::owner_read);
-  EXPECT_FALSE(WritableTempFolder(root));
-  EXPECT_EQ(ReadFile(dir_ / "docs/Tarvex_Temp/test.txt"), "1\n");
-}
-
 // ---- computing the folders at load -----------------------------------------------------------------------
 
 // A host with variables and preferences of a test's choosing; records its message boxes.
-class FakeHost final : public host::NullEditor {
+class FakeHost final : public test_support::FakeEditor {
  public:
-  FakeHost() { host::SetEditor(this); }
-  ~FakeHost() override { host::SetEditor(nullptr); }
-
-  std::map<std::string, host::Value> vars;
-  std::map<std::string, std::string> env;
   std::vector<std::pair<std::string, std::string>> boxes;  // caption, text
-  int prepareCalls = 0;
-  int envReadsAtPrepare = -1;
-  int envReads = 0;
   std::optional<std::string> dialogAnswer;
   std::string dialogInitial;
 
-  std::optional<host::Value> getVar(std::string_view name) override {
-    auto it = vars.find(std::string(name));
-    if (it == vars.end()) return std::nullopt;
-    return it->second;
-  }
-  std::optional<std::string> getEnv(std::string_view name) override {
-    ++envReads;
-    auto it = env.find(std::string(name));
-    if (it == env.end()) return std::nullopt;
-    return it->second;
-  }
-  void prepareUserFolders() override {
-    ++prepareCalls;
-    envReadsAtPrepare = envReads;
-  }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     boxes.emplace_back(std::string(caption), std::string(text));
     return host::MessageAnswer::Ok;
@@ -308,13 +272,6 @@ TEST_F(ComputeFoldersTest, DoubledSeparatorsInTheDataRootAreCollapsed) {
   ComputeFolders();
   EXPECT_EQ(DataFolder(), Path("data") + "/Tarvex");
   EXPECT_TRUE(fs::is_directory(DataFolder()));
-}
-
-TEST_F(ComputeFoldersTest, HostMakesItsFoldersBeforeThePreferencesAreRead) {
-  ComputeFolders();
-  EXPECT_EQ(host_.prepareCalls, 1);
-  EXPECT_EQ(host_.envReadsAtPrepare, 0);
-  EXPECT_EQ(host_.envReads, 4);
 }
 
 TEST_F(ComputeFoldersTest, EachPreferenceWithoutAnExistingFolderWarnsInTurn) {

@@ -18,22 +18,7 @@ using testing::Tokens;
 // A record in which every field differs from its default; strings carry blanks and Chinese.
 PlotSettingRec Distinct() {
   PlotSettingRec rec;
-  int i = 0;
-  for (const auto& field : PlotSettingFields()) {
-    ++i;
-    std::visit(
-        [&](auto member) {
-          auto& v = rec.*member;
-          using T = std::decay_t<decltype(v)>;
-          if constexpr (std::is_same_v<T, std::int32_t>)
-            v = 10 + i;  // margin 14 stays within its range
-          else if constexpr (std::is_same_v<T, double>)
-            v = 0.25 + i;
-          else
-            v = "图 " + std::to_string(i) + " x";
-        },
-        field.member);
-  }
+  testing::MakeDistinct(rec, PlotSettingFields());
   return rec;
 }
 

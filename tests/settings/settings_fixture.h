@@ -3,44 +3,30 @@
 // helpers for building the text of configuration files.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
+#include <span>
 #include <sstream>
 #include <string>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 #include "host/null_editor.h"
 #include "settings/config.h"
+#include "settings/field_table.h"
 #include "settings/folders.h"
 #include "settings/plot_setting.h"
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
+#include "../support/scoped_env.h"
 
 namespace tv::settings::testing {
 
-// Sets an environment variable for its lifetime and puts the old value back after.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const std::string& value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    setenv(name, value.c_str(), 1);
-  }
-  ~ScopedEnv() {
-    if (old_) setenv(name_, old_->c_str(), 1);
-    else unsetenv(name_);
-  }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
+using test_support::ScopedEnv;
 
 // Records message boxes and answers file dialogs with a prepared path.
-class MessageRecorder final : public host::NullEditor {
+class MessageRecorder final : public test_support::FakeEditor {
  public:
-  MessageRecorder() { host::SetEditor(this); }
-  ~MessageRecorder() override { host::SetEditor(nullptr); }
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     messages.emplace_back(text);
     captions.emplace_back(caption);
@@ -82,6 +68,28 @@ class SettingsTest : public ::testing::Test {
   std::filesystem::path data_, install_;
   ScopedEnv dataEnv_, installEnv_;
 };
+
+// Every field of `rec` set to a value of its own, none its default: numbers counted on from `base`
+// (the margin, 14, stays within its range), strings with blanks and Chinese.
+template <class Rec>
+void MakeDistinct(Rec& rec, std::span<const FieldSpec<Rec>> fields, int base = 0) {
+  int i = base;
+  for (const auto& field : fields) {
+    ++i;
+    std::visit(
+        [&](auto member) {
+          auto& v = rec.*member;
+          using T = std::decay_t<decltype(v)>;
+          if constexpr (std::is_same_v<T, std::int32_t>)
+            v = 10 + i;
+          else if constexpr (std::is_same_v<T, double>)
+            v = 0.25 + i;
+          else
+            v = "图 " + std::to_string(i) + " x";
+        },
+        field.member);
+  }
+}
 
 // The whitespace-separated tokens of a text, as a file reader sees them.
 inline std::vector<std::string> Tokens(const std::string& text) {

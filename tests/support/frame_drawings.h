@@ -5,23 +5,28 @@
 #include <vector>
 
 #include "cad/database.h"
+#include "entity_builders.h"
 
 namespace tv::test_support {
 
-// Closed polyline frames of the given sizes (drawing units) in one row, 5000 apart, each with a
-// line across its middle so that none is blank.
+// A closed polyline frame in `space` from (x0, y0), `width` by `height`; with `across`, a line
+// across its middle so that it is not blank.
+inline cad::LwPolyline& AddFrame(cad::Database& db, cad::BlockRecord& space, double x0, double y0, double width,
+                                 double height, bool across = true) {
+  cad::LwPolyline& frame = db.append(
+      space, MakeLwPolyline({{x0, y0}, {x0 + width, y0}, {x0 + width, y0 + height}, {x0, y0 + height}}, true));
+  if (across)
+    db.append(space, MakeLine({x0 + width * 0.1, y0 + height * 0.5, 0}, {x0 + width * 0.9, y0 + height * 0.5, 0}));
+  return frame;
+}
+
+// Frames of the given sizes (drawing units) in one row of model space, 5000 apart, each with a
+// line across.
 inline cad::Database FramesInARow(const std::vector<std::pair<double, double>>& sizes) {
   cad::Database db = cad::Database::createDefault();
   double x = 0;
   for (const auto& [width, height] : sizes) {
-    auto pl = std::make_unique<cad::LwPolyline>();
-    pl->points = {{x, 0}, {x + width, 0}, {x + width, height}, {x, height}};
-    pl->polyFlags = cad::LwPolyline::kClosed;
-    db.append(*db.modelSpace(), std::move(pl));
-    auto line = std::make_unique<cad::Line>();
-    line->start = {x + width * 0.1, height * 0.5, 0};
-    line->end = {x + width * 0.9, height * 0.5, 0};
-    db.append(*db.modelSpace(), std::move(line));
+    AddFrame(db, *db.modelSpace(), x, 0, width, height);
     x += width + 5000;
   }
   return db;

@@ -5,25 +5,19 @@
 #include <string>
 
 #include "cad/database.h"
+#include "entity_builders.h"
 
 namespace tv::test_support {
 
 inline cad::Insert& InsertOf(cad::Database& db, cad::BlockRecord& into, const cad::BlockRecord& block, cad::Point3d at,
                              double scale = 1, double rotation = 0) {
-  auto ins = std::make_unique<cad::Insert>();
-  ins->block = block.id;
-  ins->position = at;
-  ins->scale = {scale, scale, scale};
-  ins->rotation = rotation;
-  return db.append(into, std::move(ins));
+  return db.append(into, MakeInsert(block, at, {scale, scale, scale}, rotation));
 }
 
 // A new block `name` holding one line from the origin to `end`.
 inline cad::BlockRecord& LineBlock(cad::Database& db, const std::string& name, cad::Point3d end) {
   cad::BlockRecord& block = db.addBlock(name);
-  auto line = std::make_unique<cad::Line>();
-  line->end = end;
-  db.append(block, std::move(line));
+  db.append(block, MakeLine({}, end));
   return block;
 }
 

@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tv::test_support {
@@ -63,6 +64,13 @@ inline PdfFacts ReadPdfFacts(const std::string& path) {
     facts.read = false;
   }
   return facts;
+}
+
+// Width and height in millimetres of the first page; zeros when the file is no readable PDF.
+inline std::pair<double, double> PageMm(const std::string& path) {
+  const PdfFacts facts = ReadPdfFacts(path);
+  if (facts.pages.empty()) return {0, 0};
+  return {facts.pages[0].widthMm, facts.pages[0].heightMm};
 }
 
 }  // namespace tv::test_support

@@ -7,6 +7,7 @@
 
 #include "cad/database.h"
 #include "cad/dxf_writer.h"
+#include "entity_builders.h"
 
 namespace tv::test_support {
 
@@ -22,11 +23,7 @@ inline cad::BlockRecord& AddXrefBlock(cad::Database& db, const std::string& name
 // An insert of `block` into `space` (model space when none is given) at `at`, scaled alike on both axes.
 inline cad::Insert& Place(cad::Database& db, const cad::BlockRecord& block, cad::Point3d at, double scale = 1,
                           cad::BlockRecord* space = nullptr) {
-  auto insert = std::make_unique<cad::Insert>();
-  insert->block = block.id;
-  insert->position = at;
-  insert->scale = {scale, scale, scale};
-  return db.append(space ? *space : *db.modelSpace(), std::move(insert));
+  return db.append(space ? *space : *db.modelSpace(), MakeInsert(block, at, {scale, scale, scale}));
 }
 
 // A drawing with one xref placed at the origin.

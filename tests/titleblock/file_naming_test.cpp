@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/null_editor.h"
+#include "../support/fake_editor.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::titleblock {
@@ -26,30 +27,27 @@ TEST(SerialText, PadsToTheDigitsAndNeverCuts) {
 
 // ---- cleaning ---------------------------------------------------------------------------------------------
 
-TEST(CleanFileName, RemovesWhatWindowsForbidsAndKeepsTheLookOfASlash) {
-  EXPECT_EQ(CleanFileName("a<b>c\\d|e", true), "abcde");
-  EXPECT_EQ(CleanFileName("1/2", true), "1\u22152");
-  EXPECT_EQ(CleanFileName("a*b\"c?d:e", true), "abcde");
-  EXPECT_EQ(CleanFileName("a:b", true), "ab");
-  EXPECT_EQ(CleanFileName("a/b", true), "a\u2215b");
-  EXPECT_EQ(CleanFileName("建施03_一层平面图[++}二层", true), "建施03_一层平面图[++}二层");
-  EXPECT_EQ(CleanFileName("", true), "");
-}
-
-TEST(CleanFileName, ControlCharactersGoLineBreaksOnlyWhenStrict) {
-  const std::string text = std::string("a\tb\x01") + "c\nd\re" + std::string(1, '\0') + "f\x1f" + "g\x7f";
-  EXPECT_EQ(CleanFileName(text, true), "abcdefg");
-  EXPECT_EQ(CleanFileName(text, false), "abc\nd\refg");
-}
-
-TEST(CleanFileName, NothingLeavesItsFolder) {
-  EXPECT_EQ(CleanFileName("../x", true), "..\u2215x");
-  EXPECT_EQ(CleanFileName("..\\..\\x", true), "....x");
-  EXPECT_EQ(CleanFileName("..", true), "_..");
-  EXPECT_EQ(CleanFileName(".", true), "_.");
-  EXPECT_EQ(CleanFileName("./", true), ".\u2215");
-  EXPECT_EQ(CleanFileName("/etc/passwd", true), "\u2215etc\u2215passwd");
-  EXPECT_EQ(CleanFileName("a.b", true), "a.b");
+// What Windows forbids goes, a slash keeps its look, control characters go (line breaks only when
+// strict), nothing leaves its folder and device names get a mark in front.
+TEST(CleanFileName, NamesTheFileSystemTakesInsideTheirFolder) {
+  const std::string controls = std::string("a\tb\x01") + "c\nd\re" + std::string(1, '\0') + "f\x1f" + "g\x7f";
+  struct Case {
+    std::string text;
+    bool strict;
+    std::string clean;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"a<b>c\\d|e", true, "abcde"}, {"a*b\"c?d:e", true, "abcde"}, {"1/2", true, "1\u22152"},
+           {"建施03_一层平面图[++}二层", true, "建施03_一层平面图[++}二层"}, {"", true, ""},
+           {controls, true, "abcdefg"}, {controls, false, "abc\nd\refg"},
+           {"../x", true, "..\u2215x"}, {"..\\..\\x", true, "....x"}, {"..", true, "_.."}, {".", true, "_."},
+           {"./", true, ".\u2215"}, {"/etc/passwd", true, "\u2215etc\u2215passwd"}, {"a.b", true, "a.b"},
+           {"CON", true, "_CON"}, {"con", true, "_con"}, {"Nul.txt", true, "_Nul.txt"}, {"CON .pdf", true, "_CON .pdf"},
+           {"COM1", true, "_COM1"}, {"lpt9", true, "_lpt9"}, {"AUX", true, "_AUX"}, {"PRN", true, "_PRN"},
+           {"C:ON", true, "_CON"},  // what cleaning leaves counts
+           // Names that merely begin like one are fine.
+           {"CONTENT", true, "CONTENT"}, {"COM", true, "COM"}, {"COM10", true, "COM10"}, {"A-CON", true, "A-CON"}})
+    EXPECT_EQ(CleanFileName(c.text, c.strict), c.clean) << c.text;
 
   const std::vector<std::string> hostile{"../../x", "a/../../b", "\\\\server\\share", "C:\\Windows", "..", "...",
                                          "a\0b", "/", "x/\n/y"};
@@ -61,23 +59,6 @@ TEST(CleanFileName, NothingLeavesItsFolder) {
     EXPECT_NE(clean, "..");
     for (char c : clean) EXPECT_GE(static_cast<unsigned char>(c), 32) << name;
   }
-}
-
-TEST(CleanFileName, DeviceNamesGetAMarkInFront) {
-  EXPECT_EQ(CleanFileName("CON", true), "_CON");
-  EXPECT_EQ(CleanFileName("con", true), "_con");
-  EXPECT_EQ(CleanFileName("Nul.txt", true), "_Nul.txt");
-  EXPECT_EQ(CleanFileName("CON .pdf", true), "_CON .pdf");
-  EXPECT_EQ(CleanFileName("COM1", true), "_COM1");
-  EXPECT_EQ(CleanFileName("lpt9", true), "_lpt9");
-  EXPECT_EQ(CleanFileName("AUX", true), "_AUX");
-  EXPECT_EQ(CleanFileName("PRN", true), "_PRN");
-  EXPECT_EQ(CleanFileName("C:ON", true), "_CON");  // what cleaning leaves counts
-  // Names that merely begin like one are fine.
-  EXPECT_EQ(CleanFileName("CONTENT", true), "CONTENT");
-  EXPECT_EQ(CleanFileName("COM", true), "COM");
-  EXPECT_EQ(CleanFileName("COM10", true), "COM10");
-  EXPECT_EQ(CleanFileName("A-CON", true), "A-CON");
 }
 
 TEST(CleanFileName, TextADrawingGarbledBecomesOneMarkAStretch) {
@@ -103,10 +84,8 @@ TEST(CleanFileName, TextADrawingGarbledBecomesOneMarkAStretch) {
 
 // ---- names of the generic batch ---------------------------------------------------------------------------
 
-class DocumentEditor final : public host::NullEditor {
+class DocumentEditor final : public test_support::FakeEditor {
  public:
-  DocumentEditor() { host::SetEditor(this); }
-  ~DocumentEditor() override { host::SetEditor(nullptr); }
   std::string documentPath() override { return document; }
   std::string document = "/work/plans/一层平面.dxf";
 };

@@ -3,12 +3,13 @@
 // dialogs from the test, and a data folder of the test's own.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "../support/run_program.h"
+#include "../support/fake_editor.h"
+#include "../support/scoped_env.h"
 #include "host/editor.h"
 #include "host/null_editor.h"
 #include "settings/folders.h"
@@ -16,10 +17,8 @@
 namespace tv::titleblock::testing {
 
 // Installs itself as the editor for its lifetime; message boxes and dialogs are recorded.
-class DialogEditor final : public host::NullEditor {
+class DialogEditor final : public test_support::FakeEditor {
  public:
-  DialogEditor() { host::SetEditor(this); }
-  ~DialogEditor() override { host::SetEditor(nullptr); }
 
   struct Box {
     std::string text, caption;
@@ -47,25 +46,19 @@ class DialogEditor final : public host::NullEditor {
 };
 
 // Points the data folder at a temporary folder for the length of a test.
+// The folders are computed again by whoever loads the module next; computing them on the way out
+// would create the user's real data folder.
 class DataFolderTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_FALSE(dir_.path().empty());
-    if (const char* old = std::getenv("XDG_DATA_HOME")) saved_ = old;
-    setenv("XDG_DATA_HOME", (dir_.path() / "data").c_str(), 1);
     settings::ComputeFolders();
-  }
-  void TearDown() override {
-    if (saved_) setenv("XDG_DATA_HOME", saved_->c_str(), 1);
-    else unsetenv("XDG_DATA_HOME");
-    // The folders are computed again by whoever loads the module next; computing them here would
-    // create the user's real data folder.
   }
 
   std::string file(const std::string& name) const { return (dir_ / name).string(); }
 
   test_support::TempDir dir_{"tv_tk"};
-  std::optional<std::string> saved_;
+  test_support::ScopedEnv data_{"XDG_DATA_HOME", (dir_.path() / "data").string()};
 };
 
 }  // namespace tv::titleblock::testing
