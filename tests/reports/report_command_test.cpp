@@ -157,6 +157,8 @@ TEST_F(ReportCommandTest, RefusalsAreSaidPlainlyAndLeaveNoFile) {
       {{"report", "list", drawing_, "--base", "A1"}, 1, "--base"},
       {{"report", "papers", drawing_, "--base", "B5"}, 1, "B5"},
       {{"report", "index"}, 1, "缺少图纸文件"},
+      {{"plot", drawing_, "--report", "list,bill"}, 1, "bill"},
+      {{"titleblock", drawing_, "--tk", tk_, "--report", "list"}, 1, "--plot"},
   };
   for (const Case& c : cases) {
     const RunResult r = Run(c.args);
@@ -164,6 +166,18 @@ TEST_F(ReportCommandTest, RefusalsAreSaidPlainlyAndLeaveNoFile) {
     EXPECT_TRUE(Has(r.err, c.says)) << r.err;
   }
   EXPECT_EQ(FilesIn(dir_.path()).size(), 2u);  // the drawing and the library only
+}
+
+TEST_F(ReportCommandTest, APlotRunWritesItsReportsBesideTheFiles) {
+  const RunResult r = Run({"titleblock", drawing_, "--tk", tk_, "--plot", "--out", out_.string(), "--report", "index,papers"});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  const std::vector<std::string> files = FilesIn(out_);
+  EXPECT_EQ(files.size(), 6u);
+  for (const char* name : {"图纸目录.xlsx", "图纸统计.xlsx"}) {
+    EXPECT_TRUE(Has(r.out, (out_ / name).string())) << r.out;
+    EXPECT_TRUE(XlsxReader((out_ / name).string()).ok()) << name;
+  }
+  EXPECT_EQ(XlsxReader((out_ / "图纸目录.xlsx").string()).cell("B6")->value, "建施-04");
 }
 
 // Without a library the generic list is what there is: files, papers and scales.
