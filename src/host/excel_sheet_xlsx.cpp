@@ -1,10 +1,12 @@
 // The report workbook on libxlsxwriter. Excel formats ranges step by step, while an .xlsx writer
 // takes each cell once with its whole format: the verbs build a model of the sheet's cells, and
 // ShowExcel writes it out at the end.
+#include <fcntl.h>
 #include <unistd.h>
 #include <xlsxwriter.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -329,14 +331,20 @@ void ExcelSheet::SetPageSetup(bool landscape, std::int32_t headRows) {
 void ExcelSheet::ActivateFirstSheet() {}
 
 bool ExcelSheet::SaveAndClose(const std::string& path) {
-  // Written under a name of its own and linked to the name asked for, which fails rather than
-  // replace a file: a failure leaves nothing half-written behind.
+  // Written under a name of its own and moved to the name asked for by a rename that fails rather
+  // than replace a file (a hard link where the file system has no such rename): a failure leaves
+  // nothing half-written behind.
   const std::string temp = path + ".tmp-" + std::to_string(::getpid());
-  const bool written = book_->write(temp);
-  const bool linked = written && ::link(temp.c_str(), path.c_str()) == 0;
+  if (!book_->write(temp)) {
+    std::error_code ec;
+    fs::remove(temp, ec);
+    return false;
+  }
+  bool placed = ::renameat2(AT_FDCWD, temp.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0;
+  if (!placed && (errno == EINVAL || errno == ENOSYS)) placed = ::link(temp.c_str(), path.c_str()) == 0;
   std::error_code ec;
-  fs::remove(temp, ec);
-  return linked;
+  fs::remove(temp, ec);  // gone already after a rename
+  return placed;
 }
 
 bool ExcelSheet::ShowExcel() {

@@ -109,11 +109,23 @@ bool WriteIndex(const std::vector<ReportRow>& rows, const titleblock::TK_Library
   return sheet.ShowExcel();
 }
 
+namespace {
+
+// The list's buttons write where the list's files would go.
+void UseOutputFolderOf(const plot::Dlg_BPlot2& form) {
+  std::string custom = form.setting.custom_path;
+  ReportFolder() = plot::OutputFolder(form.setting.path_mode, form.setting.format, custom);
+}
+
+}  // namespace
+
 bool MakeIndexFromList(const plot::Dlg_BPlot2& form) {
+  UseOutputFolderOf(form);
   return WriteIndex(RowsOfTitleList(form), titleblock::GlobalTkLibrary());
 }
 
 bool MakeFileListFromList(const plot::Dlg_BPlot2& form) {
+  UseOutputFolderOf(form);
   return WriteFileList(RowsOfTitleList(form), titleblock::GlobalTkLibrary());
 }
 

@@ -21,7 +21,8 @@ bool WriteFileList(const std::vector<ReportRow>& rows, const titleblock::TK_Libr
 bool WriteIndex(const std::vector<ReportRow>& rows, const titleblock::TK_Library& library);
 
 // What the title-block review list's index button runs: the index of the list's rows as they
-// stand, with the global library, saved into the report folder (see ReportFolder).
+// stand, with the global library, saved into the output folder of the list's settings (path
+// mode, format, custom folder). False when nothing was written; the user has been told why.
 bool MakeIndexFromList(const plot::Dlg_BPlot2& form);
 // The same for its file-list button.
 bool MakeFileListFromList(const plot::Dlg_BPlot2& form);
