@@ -177,7 +177,13 @@ TEST_F(ReportCommandTest, APlotRunWritesItsReportsBesideTheFiles) {
     EXPECT_TRUE(Has(r.out, (out_ / name).string())) << r.out;
     EXPECT_TRUE(XlsxReader((out_ / name).string()).ok()) << name;
   }
-  EXPECT_EQ(XlsxReader((out_ / "图纸目录.xlsx").string()).cell("B6")->value, "建施-04");
+  const XlsxReader index((out_ / "图纸目录.xlsx").string());
+  EXPECT_EQ(index.cell("B6")->value, "建施-04");
+  // Only the first seven of the nine columns are fitted; the last two keep their width of 10.
+  for (const char* column : {"8", "9"})
+    EXPECT_TRUE(Has(index.sheetXml(), std::string("<col min=\"") + column + "\" max=\"" + column + "\" width=\"10.7"))
+        << index.sheetXml();
+  EXPECT_FALSE(Has(index.sheetXml(), "<col min=\"4\" max=\"4\" width=\"10.7"));
 }
 
 // Without a library the generic list is what there is: files, papers and scales.
