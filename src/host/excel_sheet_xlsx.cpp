@@ -148,7 +148,49 @@ struct ExcelSheet::Book {
   }
 
   bool write(const std::string& path) const;
+  double valueOf(std::int32_t r, std::int32_t c, int depth) const;
+  double evaluate(const std::string& formula, int depth) const;
 };
+
+// The formulas the reports write ("=C4*D4", "=SUM(E4:E9)") worked out, so that a reader that
+// shows stored results without recalculating shows the right figures; anything else counts 0.
+double ExcelSheet::Book::valueOf(std::int32_t r, std::int32_t c, int depth) const {
+  const auto it = cells.find({r, c});
+  if (it == cells.end() || depth > 16) return 0.0;
+  if (const auto* d = std::get_if<double>(&it->second.value)) return *d;
+  if (const auto* f = std::get_if<Formula>(&it->second.value)) return evaluate(f->text, depth + 1);
+  return 0.0;
+}
+
+double ExcelSheet::Book::evaluate(const std::string& formula, int depth) const {
+  // A cell name at `at`: letters then digits; false when there is none.
+  const auto cellAt = [](const std::string& text, std::size_t& at, std::int32_t& row, std::int32_t& col) {
+    col = 0;
+    const std::size_t start = at;
+    while (at < text.size() && text[at] >= 'A' && text[at] <= 'Z') col = col * 26 + (text[at++] - 'A' + 1);
+    if (at == start || at - start > 2) return false;
+    row = 0;
+    const std::size_t digits = at;
+    while (at < text.size() && text[at] >= '0' && text[at] <= '9') row = row * 10 + (text[at++] - '0');
+    if (at == digits) return false;
+    --row;
+    --col;
+    return true;
+  };
+  std::size_t at = formula.rfind('=', 0) == 0 ? 1 : 0;
+  std::int32_t r1 = 0, c1 = 0, r2 = 0, c2 = 0;
+  if (formula.compare(at, 4, "SUM(") == 0) {
+    at += 4;
+    if (!cellAt(formula, at, r1, c1) || formula[at++] != ':' || !cellAt(formula, at, r2, c2)) return 0.0;
+    double sum = 0;
+    for (std::int32_t r = r1; r <= r2; ++r)
+      for (std::int32_t c = c1; c <= c2; ++c) sum += valueOf(r, c, depth);
+    return sum;
+  }
+  if (!cellAt(formula, at, r1, c1) || at >= formula.size() || formula[at++] != '*' || !cellAt(formula, at, r2, c2))
+    return 0.0;
+  return valueOf(r1, c1, depth) * valueOf(r2, c2, depth);
+}
 
 bool ExcelSheet::Book::write(const std::string& path) const {
   lxw_workbook* workbook = workbook_new(path.c_str());
@@ -195,7 +237,7 @@ bool ExcelSheet::Book::write(const std::string& path) const {
     if (hiddenByMerge(r, c)) worksheet_write_blank(sheet, r, c, f);
     else if (const auto* s = std::get_if<std::string>(&cell.value)) worksheet_write_string(sheet, r, c, s->c_str(), f);
     else if (const auto* d = std::get_if<double>(&cell.value)) worksheet_write_number(sheet, r, c, *d, f);
-    else if (const auto* fm = std::get_if<Formula>(&cell.value)) worksheet_write_formula(sheet, r, c, fm->text.c_str(), f);
+    else if (const auto* fm = std::get_if<Formula>(&cell.value)) worksheet_write_formula_num(sheet, r, c, fm->text.c_str(), f, evaluate(fm->text, 0));
     else worksheet_write_blank(sheet, r, c, f);
   }
   if (pageSetup) {

@@ -110,17 +110,17 @@ TEST_F(ReportCommandTest, EachReportIsAWorkbookWithItsCellsFormulasAndMerges) {
         {"D5", "0.5", nullptr, "0.0"},
         {"E5", nullptr, "C5*D5", "0"},
         {"A6", "汇 总 ", nullptr, nullptr},
-        {"C6", nullptr, "SUM(C4:C5)", "0"},
-        {"E6", nullptr, "SUM(E4:E5)", "0.0"},
-        {"G6", nullptr, "SUM(G4:G5)", "0.00"}}},
+        {"C6", "4", "SUM(C4:C5)", "0"},
+        {"E6", "1.5", "SUM(E4:E5)", "0.0"},
+        {"G6", "7.5", "SUM(G4:G5)", "0.00"}}},
       // By unit price: sorted by the paper's text.
       {"papers", {}, "图纸统计(2).xlsx", {"A1:E1"},
        {{"B3", "A1", nullptr, nullptr},
         {"C3", "2", nullptr, "0"},
         {"D3", "5", nullptr, "0.00"},
-        {"E3", nullptr, "C3*D3", "0.00"},
+        {"E3", "10", "C3*D3", "0.00"},
         {"B4", "A2", nullptr, nullptr},
-        {"E5", nullptr, "SUM(E3:E4)", "0.00"}}},
+        {"E5", "20", "SUM(E3:E4)", "0.00"}}},
   };
   for (const Case& c : cases) {
     const RunResult r = Report(c.kind, c.more);

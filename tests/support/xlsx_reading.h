@@ -54,7 +54,7 @@ class XlsxReader {
     static const std::map<int, std::string> kBuiltIn{{0, ""}, {1, "0"}, {2, "0.00"}, {49, "@"}};
     c.format = formats_.count(id) ? formats_.at(id) : kBuiltIn.count(id) ? kBuiltIn.at(id) : std::to_string(id);
     if (xml.find("<f>") != std::string::npos) c.formula = Unescape(Between(xml, xml.find("<f"), "</f>"));
-    const std::string v = xml.find("<v>") != std::string::npos ? Between(xml, xml.find("<v"), "</v>") : "";
+    const std::string v = xml.find("<v") != std::string::npos ? Between(xml, xml.find("<v"), "</v>") : "";
     c.value = Attribute(xml, 0, "t") == "s" && !v.empty() ? strings_.at(std::stoul(v)) : v;
     return c;
   }
