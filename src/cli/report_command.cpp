@@ -8,17 +8,20 @@
 #include <vector>
 
 #include "cli/command_line.h"
+#include "cli/option_values.h"
 #include "cli/session_launch.h"
 #include "cli/tk_file_check.h"
 #include "console/console_editor.h"
 #include "console/session.h"
 #include "console/text_table.h"
+#include "host/editor.h"
 #include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "plot/generic_review.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
+#include "reports/drawn_index.h"
 #include "reports/excel_sheet.h"
 #include "reports/file_list.h"
 #include "reports/paper_statistics.h"
@@ -38,6 +41,16 @@ namespace fs = std::filesystem;
 constexpr int kExitNoSheets = 4;
 constexpr int kExitNotWritten = 5;
 constexpr const char* kProgram = "tvplot report: ";
+
+// "X,Y" in the drawing's user coordinates.
+std::optional<Point3d> ParsePoint(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos) return std::nullopt;
+  auto x = ParseNumber(std::string_view(text).substr(0, comma));
+  auto y = ParseNumber(std::string_view(text).substr(comma + 1));
+  if (!x || !y) return std::nullopt;
+  return Point3d{*x, *y, 0.0};
+}
 
 std::optional<reports::BaseSize> BaseOf(const std::string& name) {
   static constexpr std::pair<std::string_view, reports::BaseSize> kBases[] = {
@@ -83,15 +96,36 @@ void DefineReport(CLI::App& app) {
   Describe(app,
            "用法：tvplot report list|index|papers 图纸.dxf [--tk 图框信息.tk] [--out 文件夹] [--base A4|A3|A2|A1|A0]\n"
            "                   [--range 范围]\n"
+           "       tvplot report index 图纸.dxf --draw-at X,Y --save-as 新图纸.dxf [--tk 图框信息.tk] [--range 范围]\n"
            "  把审阅列表写成 Excel 表格（.xlsx）：list 文件清单，index 图纸目录，papers 纸张统计\n"
            "  （给出 --base 时折合成该幅面，否则按单价统计）。图框信息库定义了图框时按图框型列表，\n"
-           "  否则按通用型列表。已有的同名表格不会被覆盖，新表格名后加 (2)、(3) …\n",
+           "  否则按通用型列表。已有的同名表格不会被覆盖，新表格名后加 (2)、(3) …\n"
+           "  --draw-at 把目录以文字和直线绘入图纸（左上角在该点），另存为 --save-as 的文件。\n",
            "  输出文件夹默认取图纸的打印设置；图纸文件本身不会被改写。\n"
            "  退出码：0 完成，1 用法错误，2 图纸或图框信息文件无法读取，4 未找到图框，5 表格未能写入\n");
   AddValue(app, "--tk", "文件", "使用该图框信息文件（默认用户的图框信息库）");
   AddValue(app, "--out", "文件夹", "表格写入该文件夹（不存在时创建）");
   AddValue(app, "--base", "A1", "纸张统计折合成的幅面：A4、A3、A2、A1 或 A0");
   AddValue(app, "--range", "R", "model、layouts、all（默认）或 current");
+  AddValue(app, "--draw-at", "X,Y", "目录绘入图纸，表格左上角的点（只用于 index）");
+  AddValue(app, "--save-as", "文件", "绘入目录后的图纸另存为该文件（不覆盖原图纸）");
+}
+
+// The index drawn at `at` and the drawing saved as `target`; the exit code.
+int DrawIndexAndSave(Session& session, std::vector<reports::ReportRow> rows, Point3d at, const std::string& target,
+                     CliStreams& io) {
+  const titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
+  if (library.index_columns.empty()) {
+    io.err << kProgram << OneLine(std::string(reports::kEmptyIndexMessage)) << '\n';
+    return kExitNotWritten;
+  }
+  // The lists' sheet markers go before the drawing is saved.
+  plot::DestroyTitleReview();
+  plot::DestroyGenericReview();
+  reports::DrawIndex(rows, library, host::Trans(at, 1, 0));
+  if (!SaveDrawingAs(session.database(), target, io)) return kExitNotWritten;
+  io.out << target << '\n';
+  return kExitOk;
 }
 
 int RunReport(const ParsedArgs& args, CliStreams& io) {
@@ -108,6 +142,18 @@ int RunReport(const ParsedArgs& args, CliStreams& io) {
     if (!base) return args.usage(io, "幅面 " + Printable(*v) + " 无效，应为 A4、A3、A2、A1 或 A0");
   }
   if (auto v = args.value("--out"); v && v->empty()) return args.usage(io, "输出文件夹不能为空");
+  std::optional<Point3d> drawAt;
+  std::optional<std::string> saveAs = args.value("--save-as");
+  if (auto v = args.value("--draw-at")) {
+    if (kind != "index") return args.usage(io, "--draw-at 只用于 index");
+    drawAt = ParsePoint(*v);
+    if (!drawAt) return args.usage(io, "插入点 " + Printable(*v) + " 无效，应为 X,Y");
+    std::error_code ec;
+    if (!saveAs || saveAs->empty() || *saveAs == args.positional[1] || fs::equivalent(*saveAs, args.positional[1], ec))
+      return args.usage(io, "--draw-at 须与 --save-as 另一个文件同用，不覆盖原图纸");
+  } else if (saveAs) {
+    return args.usage(io, "--save-as 只用于 --draw-at");
+  }
   const std::string range = args.value("--range").value_or("all");
 
   const std::string& path = args.positional[1];
@@ -141,7 +187,9 @@ int RunReport(const ParsedArgs& args, CliStreams& io) {
 
   int exitCode = kExitOk;
   if (std::optional<ListRows> list = RecogniseRows(session.editor(), range)) {
-    if (!WriteKind(kind, base, *list)) {
+    if (drawAt) {
+      exitCode = DrawIndexAndSave(session, std::move(list->rows), *drawAt, *saveAs, io);
+    } else if (!WriteKind(kind, base, *list)) {
       exitCode = kExitNotWritten;
       for (const std::string& m : session.editor().messages()) io.err << kProgram << OneLine(m) << '\n';
       io.err << kProgram << "报表未写入 " << folder << '\n';

@@ -8,6 +8,7 @@
 
 #include "../support/tvplot_test.h"
 #include "../support/xlsx_reading.h"
+#include "cad/dxf_reader.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
 #include "paper/paper.h"
@@ -158,6 +159,7 @@ TEST_F(ReportCommandTest, RefusalsAreSaidPlainlyAndLeaveNoFile) {
       {{"report", "papers", drawing_, "--base", "B5"}, 1, "B5"},
       {{"report", "index"}, 1, "缺少图纸文件"},
       {{"plot", drawing_, "--report", "list,bill"}, 1, "bill"},
+      {{"report", "index", drawing_, "--draw-at", "0,0", "--save-as", drawing_}, 1, "不覆盖原图纸"},
       {{"titleblock", drawing_, "--tk", tk_, "--report", "list"}, 1, "--plot"},
   };
   for (const Case& c : cases) {
@@ -195,6 +197,50 @@ TEST_F(ReportCommandTest, TheGenericListGivesAFileListWithoutFields) {
   ASSERT_TRUE(book.ok());
   ExpectCells(book, {{"A3", "1", nullptr, "00"}, {"D3", nullptr, nullptr, "@"}});
   EXPECT_FALSE(book.cell("C3")->value.empty());
+}
+
+// The index drawn into the drawing survives the save: one line per row and per extra title
+// piece, the other cells on the row's first line, the frame on Defpoints.
+TEST_F(ReportCommandTest, TheIndexDrawnIntoTheDrawingSurvivesTheSave) {
+  titleblock::TK_Library library = samples::BuildTitleBlockLibrary();
+  library.index_columns = {0, 1, 3};
+  library.index_col_widths = {900, 2300, 9850};
+  library.index_row_height = 1000;
+  library.index_style.layer = "目录";
+  library.index_style.style_name = "目录字体";
+  ASSERT_TRUE(titleblock::SaveTkFileTo(library, tk_, false));
+  const std::string saved = Path("drawn.dxf").string();
+  const RunResult r = Run({"report", "index", drawing_, "--tk", tk_, "--draw-at", "0,-5000", "--save-as", saved});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  const cad::DxfReadResult read = cad::ReadDxf(saved);
+  ASSERT_TRUE(read.ok()) << read.error;
+  const cad::Database& db = *read.db;
+  const cad::Layer* layer = db.findLayer("目录");
+  const cad::Layer* defpoints = db.findLayer("Defpoints");
+  ASSERT_TRUE(layer && defpoints && db.findTextStyle("目录字体"));
+  EXPECT_EQ(layer->colorIndex, 1);
+  std::size_t frameLines = 0;
+  std::vector<std::pair<std::string, Point3d>> texts;
+  db.forEachEntity(*db.modelSpace(), [&](const cad::Entity& e) {
+    if (e.layer == defpoints->id && e.dxfName() == "LINE") ++frameLines;
+    if (e.layer == layer->id && e.dxfName() == "TEXT") {
+      const auto& t = static_cast<const cad::Text&>(e);
+      texts.emplace_back(t.text, t.alignPoint());
+    }
+  });
+  // Four rows, one with two titles: five lines, six horizontal and four vertical frame lines.
+  EXPECT_EQ(frameLines, 10u);
+  EXPECT_EQ(texts.size(), 13u);
+  const auto at = [&](const std::string& text) {
+    for (const auto& [t, p] : texts)
+      if (t == text) return p;
+    return Point3d{-1, -1, -1};
+  };
+  EXPECT_NEAR(at("（局部）").y, -5000 - 3.5 * 1000, 1e-6);
+  EXPECT_NEAR(at("（局部）").x, 900 + 2300 + 1000.0 / 3, 1e-6);
+  EXPECT_NEAR(at("03").y, -5000 - 2.5 * 1000, 1e-6);
+  EXPECT_NEAR(at("04").y, -5000 - 4.5 * 1000, 1e-6);
+  EXPECT_NEAR(at("04").x, 450, 1e-6);
 }
 
 TEST(ReportFiguresTest, ColumnLettersFactorsAndFormats) {
