@@ -238,6 +238,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
   if (batch.merge) options.merge = batch.merge;
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
+  if (options.window && !options.reports.empty()) return args.usage(io, "--window 与 --report 只能选一个");
 
   const std::string& path = batch.drawing.empty() ? words.positional.front() : batch.drawing;
   auto db = LoadDrawing(path, io);
@@ -331,7 +332,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   editor.answers().pushFront(answers);
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
   const int listed = options.window ? 1 : editor.lastListRows();
-  const bool reportsWritten = options.reports.empty() || options.window || listed <= 0 ||
+  const bool reportsWritten = options.reports.empty() || listed <= 0 ||
                               WriteRunReports(options.reports, batch.command == "TV_BatchPlot_4", folder, options.range, editor, io);
   restore();
 
