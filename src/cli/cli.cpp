@@ -16,6 +16,7 @@
 #include "cli/info_command.h"
 #include "cli/paper_command.h"
 #include "cli/plot_command.h"
+#include "cli/report_command.h"
 #include "cli/run_command.h"
 #include "cli/sheets_command.h"
 #include "cli/subcommand.h"
@@ -41,6 +42,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &SheetsSubcommand,
     &PlotSubcommand,
     &TitleBlockSubcommand,
+    &ReportSubcommand,
     &TkSubcommand,
     &ConfigSubcommand,
 };

@@ -16,6 +16,7 @@
 #include "cli/command_line.h"
 #include "cli/drawing_list.h"
 #include "cli/option_values.h"
+#include "cli/report_command.h"
 #include "cli/session_launch.h"
 #include "cli/window_option.h"
 #include "console/console_editor.h"
@@ -55,6 +56,7 @@ struct Options : SheetOptions {
   std::optional<std::int32_t> margin;
   std::optional<std::string> merge;  // one PDF of all sheets, absolute
   std::optional<PlotWindow> window;  // one rectangle by the single plot
+  std::vector<std::string> reports;  // workbooks written beside the files: list, index, papers
   bool no = false;
   bool timings = false;
   bool verbose = false;
@@ -101,6 +103,8 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
     if (target.extension() != ".pdf" && target.extension() != ".PDF") target += ".pdf";
     options.merge = target.string();
   }
+  if (auto v = args.value("--report"))
+    if (auto error = ReadReportKinds(*v, options.reports)) return error;
   if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
   options.no = args.has("--no");
   options.timings = args.has("--timings");
@@ -196,6 +200,7 @@ void DefinePlotOutputOptions(CLI::App& app) {
   AddFlag(app, "--yes", "对打印过程中的是/否提问一律回答“是”（默认）");
   AddFlag(app, "--no", "对打印过程中的是/否提问一律回答“否”");
   AddFlag(app, "--verbose", "显示命令行的全部过程");
+  AddValue(app, "--report", "list,index,papers", "打印后在输出文件夹写入表格：文件清单、图纸目录、纸张统计");
 }
 
 // A merge's numbered files are gone once it ends: the summary names the sheets that didn't plot
@@ -243,6 +248,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
   if (batch.merge) options.merge = batch.merge;
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
+  if (options.window && !options.reports.empty()) return args.usage(io, "--window 与 --report 只能选一个");
 
   const std::string& path = batch.drawing.empty() ? words.positional.front() : batch.drawing;
   auto db = LoadDrawing(path, io);
@@ -341,6 +347,8 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
   plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
+  const bool reportsWritten = options.reports.empty() || listed <= 0 ||
+                              WriteRunReports(options.reports, batch.command == "TV_BatchPlot_4", folder, options.range, editor, io);
   restore();
 
   if (options.verbose || options.timings) io.err << transcript.str() << '\n';
@@ -369,7 +377,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   io.out << "共 " << listed << " 张图纸，已输出 " << written << " 个文件到 " << folder << "，用时 " << Seconds(seconds)
          << " 秒\n";
   io.out.flush();
-  if (written == static_cast<std::size_t>(listed)) return kExitOk;
+  if (written == static_cast<std::size_t>(listed)) return reportsWritten ? kExitOk : kExitNotAllWritten;
   if (editor.plots().empty())
     for (const std::string& m : editor.messages()) io.err << program << ": " << OneLine(m) << '\n';
   return kExitNotAllWritten;

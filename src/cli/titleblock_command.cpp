@@ -182,7 +182,7 @@ int RunTitleBlock(const ParsedArgs& args, CliStreams& io) {
   for (std::string fixed : {"--scale", "--order"})
     if (args.has(fixed)) return args.usage(io, "图框型批打印的比例、顺序由图框定义确定，不接受 " + fixed);
   if (!args.has("--plot")) {
-    for (std::string plotOnly : {"--format", "--out", "--path-mode", "--style", "--margin", "--merge", "--yes", "--no", "--verbose"})
+    for (std::string plotOnly : {"--format", "--out", "--path-mode", "--style", "--margin", "--merge", "--yes", "--no", "--verbose", "--report"})
       if (args.has(plotOnly)) return args.usage(io, "选项 " + plotOnly + " 只用于 --plot");
     return ListTitleBlocks(args, io);
   }
