@@ -261,8 +261,14 @@ bool ReviewUntilRun(std::string_view title, const std::vector<std::string>& colu
     editor.showList(title, columns, cells());
     if (first) host::StageTimer(stageTick, "显示对话框");
     std::string answer;
-    const int rc = editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) _ Plot Close", answer);
+    const int rc =
+        editor.getKeyword("\n批打印至文件 [打印(P)/关闭(C)] <打印>: ", "打印(P) 关闭(C) ERASE _ Plot Close Erase", answer);
     if (rc == host::RTCAN || (rc == host::RTNORM && answer == "Close")) return false;
+    // The list stays open while the user erases in the drawing; an erased marker takes its row.
+    if (rc == host::RTNORM && answer == "Erase") {
+      editor.command({"ERASE"});
+      continue;
+    }
     if (run()) return true;
   }
 }

@@ -11,6 +11,7 @@
 #include "plot/plotter_lock.h"
 #include "plot/pdf_merge.h"
 #include "plot/sheet_loop.h"
+#include "plot/stored_choices.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
 
@@ -72,6 +73,7 @@ bool RunTitleBatch(Dlg_BPlot2& form) {
   if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp2\n")) return false;
 
   Job().ActiveTitleSheetJob = &form;
+  StoreChoices(form);
   for (const auto& sheet : form.job.sheets) recognition::EraseMarker(sheet->rec_id);
   form.plot_started = true;
   return true;
