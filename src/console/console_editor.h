@@ -197,6 +197,7 @@ class ConsoleEditor final : public host::Editor {
   std::vector<std::string> notices_;
   int lastListRows_ = -1;
   std::vector<std::string> previews_;
+  bool selectMarkers_ = false;  // windows of the running selection take the system's markers too
   std::unique_ptr<ProgressLine> progress_;
   int progressRange_ = 0;
   std::vector<pid_t> viewers_;  // xdg-open processes started and not yet reaped

@@ -15,11 +15,12 @@ int ConsoleEditor::eraseCommand(const std::vector<std::string>& args) {
     answers_.pushFront({first});
   }
   ObjectIdArray chosen;
-  while (true) {
-    const int rc = select("_:$", {"\n选择对象: "}, {}, {}, chosen);
-    if (rc == host::RTCAN) return host::RTCAN;
-    if (rc != host::RTNORM) break;
-  }
+  // A user erasing on screen may pick the system's markers as well as the drawing's content.
+  selectMarkers_ = true;
+  int rc = host::RTNORM;
+  while (rc == host::RTNORM) rc = select("_:$", {"\n选择对象: "}, {}, {}, chosen);
+  selectMarkers_ = false;
+  if (rc == host::RTCAN) return host::RTCAN;
   int erased = 0, locked = 0;
   for (ObjectId id : chosen) {
     const cad::Entity* e = db_.entity(id);

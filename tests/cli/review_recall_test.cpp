@@ -122,7 +122,8 @@ TEST_F(ReviewRecallTest, PreviewWritesTheRowsPageFittedToTheScreen) {
   EXPECT_NEAR(be32(16), 900.0 * 420 / 297, 2.0);
 
   // A paper above the ceiling is not previewed.
-  const RunResult huge = Run({"sheets", drawing, "--scale", "1", "--preview", "1"}, {}, home_.string());
+  const std::string long_ = Write("long.dxf", FramesInARow({{60000, 10000}}));
+  const RunResult huge = Run({"sheets", long_, "--scale", "1", "--preview", "1"}, {}, home_.string());
   EXPECT_EQ(huge.exitCode, 5);
   EXPECT_TRUE(Has(huge.err, "纸张尺寸过大，已超过 5080 mm")) << huge.err;
   EXPECT_TRUE(Has(huge.err, "打印预览退出 !")) << huge.err;
