@@ -11,8 +11,11 @@
 
 #include "../support/frame_drawings.h"
 #include "../support/tvplot_test.h"
+#include "examples/sample_drawing.h"
+#include "examples/sample_library.h"
 #include "host/xrecords.h"
 #include "host/xrecords_internal.h"
+#include "titleblock/tk_library.h"
 
 namespace tv::cli {
 namespace {
@@ -89,6 +92,28 @@ TEST_F(ReviewRecallTest, PaperAndScaleChosenForASheetComeBackInTheNextList) {
     EXPECT_EQ(again[i]["paperName"], first[i]["paperName"]) << i;
     EXPECT_EQ(again[i]["scaleText"], first[i]["scaleText"]) << i;
   }
+}
+
+TEST_F(ReviewRecallTest, TitleBlockListTakesTheStoredPaperToo) {
+  const std::string tk = Path("titleblocks.tk").string();
+  ASSERT_TRUE(titleblock::SaveTkFileTo(samples::BuildTitleBlockLibrary(), tk, false));
+  const nlohmann::json plain = Sheets(Run({"titleblock", Write("plain.dxf", samples::BuildTitleBlockDrawing()), "--tk", tk, "--json"}));
+  ASSERT_FALSE(plain.empty());
+  const nlohmann::json& first = plain[0];
+  EXPECT_TRUE(first.contains("size") && first.contains("note") && first.contains("file_name")) << first;
+  const std::string other = first["paperName"] == "TV_A0" ? "TV_A4" : "TV_A0";
+
+  cad::Database db = samples::BuildTitleBlockDrawing();
+  std::vector<host::XrecordItem> items{{90, std::int32_t{1}}, {90, std::int32_t{20240329}}};
+  for (const char* key : {"minX", "minY", "maxX", "maxY"}) items.push_back({40, first[key].get<double>()});
+  items.push_back({40, 0.0});
+  items.push_back({1, other});
+  ASSERT_TRUE(host::WriteNamedXrecordInto(db, "SC_INFOR", items));
+  const nlohmann::json stored = Sheets(Run({"titleblock", Write("stored.dxf", db), "--tk", tk, "--json"}));
+  ASSERT_EQ(stored.size(), plain.size());
+  EXPECT_EQ(stored[0]["paperName"], other);
+  EXPECT_NE(stored[0]["scale"], first["scale"]);
+  for (std::size_t i = 1; i < stored.size(); ++i) EXPECT_EQ(stored[i]["paperName"], plain[i]["paperName"]) << i;
 }
 
 TEST_F(ReviewRecallTest, MarkerErasedWhileTheListIsOpenTakesItsRowOutOfTheRun) {
