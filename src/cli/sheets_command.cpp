@@ -1,5 +1,6 @@
 #include "cli/sheets_command.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -18,6 +19,8 @@
 #include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "plot/generic_review.h"
+#include "plot/plot_job.h"
+#include "plot/row_preview.h"
 #include "settings/config.h"
 #include "settings/plot_setting.h"
 
@@ -30,6 +33,8 @@ using console::Session;
 namespace {
 
 constexpr int kExitNoSheets = 4;
+constexpr int kExitNoPreview = 5;
+constexpr std::string_view kFileNameColumn = "  文 件 名  ";
 
 struct Options : SheetOptions {
   // Unset: as the user's configuration and the drawing's plot settings say.
@@ -39,6 +44,7 @@ struct Options : SheetOptions {
   std::optional<bool> skipBlank;
   bool json = false;
   bool timings = false;
+  std::optional<std::size_t> preview;  // row from 1
 };
 
 std::optional<bool> ParseSwitch(std::string_view text) {
@@ -67,6 +73,11 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
       *target = *on;
     }
   }
+  if (auto v = args.value("--preview")) {
+    const auto n = ParseNumber(*v);
+    if (!n || *n < 1 || *n != std::floor(*n) || *n > 1e9) return "--preview 应为图纸的序号（从 1 起）";
+    options.preview = static_cast<std::size_t>(*n);
+  }
   options.json = args.has("--json");
   options.timings = args.has("--timings");
   return std::nullopt;
@@ -90,11 +101,15 @@ void ApplySettings(const Options& options) {
 void WriteText(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
   TextTable table;
   std::vector<std::string> columns = plot::BPlot1Columns();
+  // The file each sheet would be plotted to, unless the list shows it already.
+  const bool addName = std::find(columns.begin(), columns.end(), kFileNameColumn) == columns.end();
+  if (addName) columns.insert(columns.begin() + 1, std::string(kFileNameColumn));
   columns.insert(columns.begin() + 1, "空 间");
   table.addRow(columns);
   const auto cells = plot::BPlot1Cells(form);
   for (std::size_t i = 0; i < cells.size(); ++i) {
     std::vector<std::string> row = cells[i];
+    if (addName) row.insert(row.begin() + 1, Printable(form.rows[i].sheet->fileName));
     const auto it = layouts.find(form.rows[i].sheet->spaceId);
     row.insert(row.begin() + 1, Printable(it == layouts.end() ? std::string() : it->second));
     table.addRow(std::move(row));
@@ -103,7 +118,8 @@ void WriteText(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::strin
   table.print(out);
 }
 
-void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
+void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::string>& layouts,
+               const std::optional<std::string>& preview, std::ostream& out) {
   Json json;
   json["count"] = form.rows.size();
   json["scale"] = form.scale;
@@ -114,6 +130,7 @@ void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::strin
     const auto it = layouts.find(s.spaceId);
     Json sheet;
     sheet["number"] = i + 1;
+    sheet["fileName"] = s.fileName;
     sheet["kind"] = static_cast<std::int64_t>(s.kind);
     sheet["layout"] = it == layouts.end() ? std::string() : it->second;
     sheet["minX"] = s.minX;
@@ -131,17 +148,38 @@ void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::strin
     sheet["note"] = row.note;
     json["sheets"].push_back(std::move(sheet));
   }
+  if (preview) json["preview"] = *preview;
   PrintJson(out, json);
+}
+
+// The preview image of row `number`, written as the list's preview writes it; nullopt, with the
+// reason on the error stream, when there is none.
+std::optional<std::string> PreviewOf(plot::Dlg_BPlot1& form, std::size_t number, Session& session, CliStreams& io) {
+  if (number > form.rows.size()) {
+    io.err << "tvplot sheets: 没有第 " << number << " 张图纸（共 " << form.rows.size() << " 张）\n";
+    return std::nullopt;
+  }
+  const std::size_t before = session.editor().previews().size();
+  const std::size_t told = session.editor().messages().size();
+  if (plot::PreviewRow(form, number - 1) && session.editor().previews().size() > before)
+    return session.editor().previews().back();
+  const auto& messages = session.editor().messages();
+  io.err << "tvplot sheets: "
+         << (messages.size() > told ? console::OneLine(messages.back()) : std::string("无法预览第 ") + std::to_string(number) + " 张图纸")
+         << '\n';
+  return std::nullopt;
 }
 
 void DefineSheets(CLI::App& app) {
   Describe(app,
            "用法：tvplot sheets 图纸.dxf [--range 范围] [--order 1-9] [--filter 百分比] [--scale 比例] [--json]\n"
-           "                    [--loose-lines on|off] [--blocks all|rect|none] [--skip-blank on|off] [--timings]\n"
-           "  识别图纸中的图框，按批打印的审阅列表显示：序号、纸张、比例、图面尺寸、备注。\n",
+           "                    [--loose-lines on|off] [--blocks all|rect|none] [--skip-blank on|off] [--preview N]\n"
+           "                    [--timings]\n"
+           "  识别图纸中的图框，按批打印的审阅列表显示：序号、文件名、纸张、比例、图面尺寸、备注。\n"
+           "  图纸中记住的各图纸的纸张、比例（上次批打印时的选择）照样显示。\n",
            "  未给出的 --order、--filter、--loose-lines、--blocks、--skip-blank 取图纸的打印设置和用户配置\n"
            "  （tvplot config show），选项只用于本次，不改变配置。\n"
-           "  退出码：0 完成，1 用法错误，2 图纸无法读取，4 未找到图框\n");
+           "  退出码：0 完成，1 用法错误，2 图纸无法读取，4 未找到图框，5 无法预览\n");
   AddValue(app, "--range", "R", "model 模型空间，layouts 所有布局，all 布局+模型（默认），current 当前空间");
   AddValue(app, "--order", "N", "打印顺序 1 到 9：1 从上到下每行从左到右 … 9 按图形在图纸中的先后");
   AddValue(app, "--filter", "P", "排除面积小于最大图框面积 P% 的图框，0 到 30");
@@ -149,6 +187,7 @@ void DefineSheets(CLI::App& app) {
   AddValue(app, "--loose-lines", "on|off", "零散直线组成的矩形也作为图框");
   AddValue(app, "--blocks", "B", "all 所有图块、外部参照；rect 仅最外框为矩形的图块；none 不以图块为图框");
   AddValue(app, "--skip-blank", "on|off", "排除空白的矩形");
+  AddValue(app, "--preview", "N", "另将第 N 张图纸按打印设置预览为 PNG 图像（写入临时文件夹），显示其路径");
   AddFlag(app, "--json", "以一个 JSON 对象输出");
   AddFlag(app, "--timings", "显示各阶段耗时");
 }
@@ -168,6 +207,8 @@ int RunSheets(const ParsedArgs& args, CliStreams& io) {
   host::OnLoad();
   const settings::Config userConfig = settings::GlobalConfig();
   const settings::PlotSettingRec drawingSetting = settings::CurrentPlotSetting();
+  // A preview plots through the private plotter, which the batch's prologue sets up.
+  if (options.preview) plot::EnterPlotCommand();
   ApplySettings(options);
   host::ShowTimings = options.timings;
   session.editor().answers().pushFront(RangeAnswers(options.range, host::IsPaperSpace()));
@@ -175,8 +216,14 @@ int RunSheets(const ParsedArgs& args, CliStreams& io) {
   int exitCode = kExitOk;
   if (plot::Dlg_BPlot1* form = plot::RecogniseGenericBatch(false, options.scale)) {
     const auto layouts = LayoutNamesByBlock();
-    if (options.json) WriteJson(*form, layouts, io.out);
+    std::optional<std::string> preview;
+    if (options.preview) {
+      preview = PreviewOf(*form, *options.preview, session, io);
+      if (!preview) exitCode = kExitNoPreview;
+    }
+    if (options.json) WriteJson(*form, layouts, preview, io.out);
     else WriteText(*form, layouts, io.out);
+    if (preview && !options.json) io.out << "打印预览：" << *preview << '\n';
     host::StageTimer(form->stageTick, "显示对话框");
   } else {
     io.err << "tvplot sheets: 未找到图框\n";
@@ -184,6 +231,7 @@ int RunSheets(const ParsedArgs& args, CliStreams& io) {
   }
   if (options.timings) io.err << transcript.str() << '\n';
   host::ShowTimings = false;
+  if (options.preview) plot::EndFileRun();
   settings::GlobalConfig() = userConfig;
   settings::CurrentPlotSetting() = drawingSetting;
   host::OnUnload();

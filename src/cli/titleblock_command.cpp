@@ -1,6 +1,7 @@
 #include "cli/titleblock_command.h"
 
 #include <algorithm>
+#include <cmath>
 #include <array>
 #include <filesystem>
 #include <map>
@@ -23,6 +24,8 @@
 #include "host/wrappers.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/row_preview.h"
+#include "plot/generic_review.h"
 #include "plot/title_review.h"
 #include "titleblock/title_sheets.h"
 #include "titleblock/tk_library.h"
@@ -37,6 +40,7 @@ using console::Session;
 namespace {
 
 constexpr int kExitNoSheets = 4;
+constexpr int kExitNoPreview = 5;
 constexpr std::string_view kLibraryHint = "（可用 --tk 指定图框信息文件，或用 tvplot tk import 导入）";
 constexpr std::array<const char*, 6> kFieldKeys{"drawingNo", "revision", "title", "date", "info1", "info2"};
 
@@ -60,20 +64,21 @@ std::string LayoutOf(const titleblock::Plot_Drawing2& s, const std::map<ObjectId
 
 void WriteText(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
   TextTable table;
-  table.addRow({"序 号", "空 间", "图 块", "  文 件 名  ", "纸 张", "打印比例", "图 号", "版 次", "图 名", "日 期"});
+  table.addRow({"序 号", "空 间", "图 块", "  文 件 名  ", "纸 张", "打印比例", "图 号", "版 次", "图 名", "日 期", "备 注"});
   const auto cells = plot::BPlot2Cells(form);
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const titleblock::Plot_Drawing2& s = *form.rows[i].sheet;
     const std::string title = plot::WithTitleSeparator(s.field_text[2], titleblock::GlobalTkLibrary().TitleSeparator);
     table.addRow({cells[i][0], Printable(LayoutOf(s, layouts)), Printable(s.definition ? s.definition->block_name : ""),
                   Printable(cells[i][2]), cells[i][4], cells[i][5], Printable(cells[i][6]), Printable(cells[i][7]),
-                  Printable(title), Printable(cells[i][8])});
+                  Printable(title), Printable(cells[i][8]), cells[i][9]});
   }
   out << plot::kBPlot2Title << "（图框型）：" << form.rows.size() << " 张\n";
   table.print(out);
 }
 
-void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::string>& layouts, std::ostream& out) {
+void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::string>& layouts,
+               const std::optional<std::string>& preview, std::ostream& out) {
   const std::string& separator = titleblock::GlobalTkLibrary().TitleSeparator;
   Json json;
   json["count"] = form.rows.size();
@@ -94,6 +99,7 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
     sheet["width"] = s.width;
     sheet["height"] = s.height;
     sheet["portrait"] = s.portrait;
+    sheet["size"] = plot::SheetSizeText(s.width, s.height);
     sheet["paperName"] = row.paperName;
     sheet["paper"] = row.paperText;
     sheet["scale"] = s.scale;
@@ -111,7 +117,24 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
     sheet["note"] = row.note;
     json["sheets"].push_back(std::move(sheet));
   }
+  if (preview) json["preview"] = *preview;
   PrintJson(out, json);
+}
+
+// The preview image of row `number`; nullopt, with the reason on the error stream, when there is none.
+std::optional<std::string> PreviewOf(plot::Dlg_BPlot2& form, std::size_t number, Session& session, CliStreams& io) {
+  if (number > form.rows.size()) {
+    io.err << "tvplot titleblock: 没有第 " << number << " 张图纸（共 " << form.rows.size() << " 张）\n";
+    return std::nullopt;
+  }
+  const std::size_t before = session.editor().previews().size();
+  const std::size_t told = session.editor().messages().size();
+  if (plot::PreviewRow(form, number - 1) && session.editor().previews().size() > before)
+    return session.editor().previews().back();
+  const auto& messages = session.editor().messages();
+  io.err << "tvplot titleblock: "
+         << (messages.size() > told ? OneLine(messages.back()) : "无法预览第 " + std::to_string(number) + " 张图纸") << '\n';
+  return std::nullopt;
 }
 
 int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
@@ -120,6 +143,12 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
   if (auto error = ReadSheetOptions(args, range)) return args.usage(io, *error);
   const bool json = args.has("--json");
   const bool timings = args.has("--timings");
+  std::optional<std::size_t> previewRow;
+  if (auto v = args.value("--preview")) {
+    const auto n = ParseNumber(*v);
+    if (!n || *n < 1 || *n != std::floor(*n) || *n > 1e9) return args.usage(io, "--preview 应为图纸的序号（从 1 起）");
+    previewRow = static_cast<std::size_t>(*n);
+  }
 
   const std::string& path = args.positional.front();
   auto db = LoadDrawing(path, io);
@@ -134,14 +163,22 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
     host::OnUnload();
     return refusal->exitCode;
   }
+  // A preview plots through the private plotter, which the batch's prologue sets up.
+  if (previewRow) plot::EnterPlotCommand();
   host::ShowTimings = timings;
   session.editor().answers().pushFront(RangeAnswers(range.range, host::IsPaperSpace()));
 
   int exitCode = kExitOk;
   if (plot::Dlg_BPlot2* form = plot::RecogniseTitleBatch()) {
     const auto layouts = LayoutNamesByBlock();
-    if (json) WriteJson(*form, layouts, io.out);
+    std::optional<std::string> preview;
+    if (previewRow) {
+      preview = PreviewOf(*form, *previewRow, session, io);
+      if (!preview) exitCode = kExitNoPreview;
+    }
+    if (json) WriteJson(*form, layouts, preview, io.out);
     else WriteText(*form, layouts, io.out);
+    if (preview && !json) io.out << "打印预览：" << *preview << '\n';
     host::StageTimer(form->stageTick, "显示对话框");
   } else {
     io.err << "tvplot titleblock: 未找到图框\n";
@@ -149,6 +186,7 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
   }
   if (timings) io.err << transcript.str() << '\n';
   host::ShowTimings = false;
+  if (previewRow) plot::EndFileRun();
   host::OnUnload();
   io.out.flush();
   return exitCode;
@@ -156,17 +194,18 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
 
 void DefineTitleBlock(CLI::App& app) {
   Describe(app,
-           "用法：tvplot titleblock 图纸.dxf [--tk 图框信息.tk] [--range 范围] [--json] [--timings]\n"
+           "用法：tvplot titleblock 图纸.dxf [--tk 图框信息.tk] [--range 范围] [--preview N] [--json] [--timings]\n"
            "      tvplot titleblock 图纸.dxf [--tk 图框信息.tk] --plot [tvplot plot 的选项]\n"
            "  按图框信息库中定义的图框（图块）识别图纸，每个图框插入为一张图纸，从图框读取\n"
            "  图号、版次、图名、日期、信息1、信息2，按图框的命名规则得到文件名。\n",
            "  图纸文件本身不会被改写。\n"
            "  退出码：0 完成，1 用法错误，2 图纸或图框信息文件无法读取，4 未找到图框或图框信息库为空，\n"
-           "          5 有图纸未能输出\n");
+           "          5 有图纸未能输出，或无法预览\n");
   AddValue(app, "--tk", "文件", "使用该图框信息文件（默认用户的图框信息库，见 tvplot tk list）");
   AddValue(app, "--range", "R", "model 模型空间，layouts 所有布局，all 布局+模型（默认），current 当前空间");
   AddFlag(app, "--json", "以一个 JSON 对象输出：每张图纸的图块名、空间、范围、纸张、比例、\n"
                "六项图框信息、四个印章位置和文件名");
+  AddValue(app, "--preview", "N", "另将第 N 张图纸按打印设置预览为 PNG 图像（写入临时文件夹），显示其路径");
   AddFlag(app, "--timings", "显示各阶段耗时");
   AddFlag(app, "--plot", "逐张输出为文件，选项同 tvplot plot（--format、--out、--style …，\n"
                "--scale、--order 除外），\n"
@@ -186,7 +225,8 @@ int RunTitleBlock(const ParsedArgs& args, CliStreams& io) {
       if (args.has(plotOnly)) return args.usage(io, "选项 " + plotOnly + " 只用于 --plot");
     return ListTitleBlocks(args, io);
   }
-  if (args.has("--json")) return args.usage(io, "选项 --json 不用于 --plot");
+  for (std::string listOnly : {"--json", "--preview"})
+    if (args.has(listOnly)) return args.usage(io, "选项 " + listOnly + " 不用于 --plot");
   const std::optional<std::string> tkPath = args.value("--tk");
   return RunFileBatch(args, io, {"tvplot titleblock", "TV_BatchPlot_4", [tkPath] { return PrepareLibrary(tkPath); }});
 }

@@ -122,6 +122,7 @@ ConsoleEditor::ConsoleEditor(cad::Database& db, std::string path, const SessionO
   for (auto& [name, value] : HostFolderPreferences(hostFolders_)) env_[name] = value;
   addHostCommand("-PLOTSTAMP", [this](const std::vector<std::string>& args) { return plotStampCommand(args); });
   addHostCommand("-PLOT", [this](const std::vector<std::string>& args) { return plotCommand(args); });
+  addHostCommand("ERASE", [this](const std::vector<std::string>& args) { return eraseCommand(args); });
   addHostCommand("CLOSE", [this](const std::vector<std::string>&) {
     requestClose();
     return RTNORM;

@@ -25,9 +25,18 @@
 #include "render/space_index.h"
 #include "host/editor.h"
 
+namespace tv::render {
+struct PlotterConfig;
+struct PlotterMedium;
+struct PlotRequest;
+}  // namespace tv::render
+
 namespace tv::console {
 
 class EntityFilter;
+
+// A medium of the device by its canonical name, else by the name users see; null when absent.
+const render::PlotterMedium* FindPlotMedium(const render::PlotterConfig& config, std::string_view name);
 
 class ConsoleEditor final : public host::Editor {
  public:
@@ -81,6 +90,8 @@ class ConsoleEditor final : public host::Editor {
   void progressBegin(std::string_view text, int range) override;
   void progressSet(int position) override;
   void progressEnd() override;
+  // Renders the page as a PNG fitted to the screen into `scratchFolder` ("preview-N.png").
+  bool plotPreview(std::string_view scratchFolder, int index, bool more) override;
 
   // ---- the console's own -------------------------------------------------------------------------
   // A command the host itself offers (like "-plotstamp"): it gets the whole argument list, its
@@ -136,6 +147,8 @@ class ConsoleEditor final : public host::Editor {
   const std::vector<std::string>& messages() const { return messages_; }
   // Those of them that only told something (an OK button), without the questions answered.
   const std::vector<std::string>& notices() const { return notices_; }
+  // The images the previews wrote, oldest first.
+  const std::vector<std::string>& previews() const { return previews_; }
   // Rows of the last review list shown; -1 before any.
   int lastListRows() const { return lastListRows_; }
 
@@ -147,6 +160,11 @@ class ConsoleEditor final : public host::Editor {
                           bool filterValid);
   int plotStampCommand(const std::vector<std::string>& args);
   int plotCommand(const std::vector<std::string>& args);
+  int eraseCommand(const std::vector<std::string>& args);
+  // What a plot of `layout` with `plot` on `device` and `medium` asks the plot engine, but for the
+  // format, the resolution and the output path.
+  void fillPlotRequest(const cad::Layout& layout, const cad::PlotSettings& plot, const render::PlotterConfig& device,
+                       const render::PlotterMedium& medium, bool turned, render::PlotRequest& request);
   void reapViewers();
 
   cad::Database& db_;
@@ -179,6 +197,8 @@ class ConsoleEditor final : public host::Editor {
   std::vector<std::string> messages_;
   std::vector<std::string> notices_;
   int lastListRows_ = -1;
+  std::vector<std::string> previews_;
+  bool selectMarkers_ = false;  // windows of the running selection take the system's markers too
   std::unique_ptr<ProgressLine> progress_;
   int progressRange_ = 0;
   std::vector<pid_t> viewers_;  // xdg-open processes started and not yet reaped

@@ -69,7 +69,9 @@ std::optional<render::PlotFormat> FormatOf(int code) {
 // Devices of codes 0 to 3 write files only; the others could drive a plotter and ask first.
 bool FileOnly(int code) { return code >= 0 && code <= 3; }
 
-const render::PlotterMedium* FindMedium(const render::PlotterConfig& config, std::string_view name) {
+}  // namespace
+
+const render::PlotterMedium* FindPlotMedium(const render::PlotterConfig& config, std::string_view name) {
   for (const render::PlotterMedium& m : config.media)
     if (m.name == name) return &m;
   for (const render::PlotterMedium& m : config.media)
@@ -77,7 +79,61 @@ const render::PlotterMedium* FindMedium(const render::PlotterConfig& config, std
   return nullptr;
 }
 
-}  // namespace
+void ConsoleEditor::fillPlotRequest(const cad::Layout& layout, const cad::PlotSettings& plot,
+                                    const render::PlotterConfig& device, const render::PlotterMedium& medium, bool turned,
+                                    render::PlotRequest& request) {
+  request.spaceBlock = layout.isModel() ? cad::ObjectId{} : layout.blockRecord;
+  if (plot.plotType == host::kPlotWindow) {
+    // The window is stored relative to the view target, in display coordinates. The batch turns
+    // the view to the plan of the current UCS, so in model space these are UCS coordinates; the
+    // engine's view coordinates are world ones turned by the UCS angle, which shifts the window by
+    // the UCS origin turned back.
+    const Point3d target = host::AsPoint(getVar("TARGET")).value_or(Point3d{});
+    Point2d shift{target.x, target.y};
+    if (layout.isModel()) {
+      const Matrix3d ucs = currentUcs();
+      const Point3d origin = ucs.transform(Point3d{0, 0, 0});
+      const Point3d xEnd = ucs.transform(Point3d{1, 0, 0});
+      const double angle = std::atan2(xEnd.y - origin.y, xEnd.x - origin.x);
+      if (std::isfinite(angle) && angle != 0.0) {
+        request.viewTwist = angle;
+        const Point3d back = Matrix3d::rotation(-angle).transform(Point3d{origin.x, origin.y, 0});
+        shift.x += back.x, shift.y += back.y;
+      } else {
+        shift.x += origin.x, shift.y += origin.y;
+      }
+    }
+    request.windowMin = {plot.windowMin.x + shift.x, plot.windowMin.y + shift.y};
+    request.windowMax = {plot.windowMax.x + shift.x, plot.windowMax.y + shift.y};
+  }
+  request.medium = {medium.widthMm,      medium.heightMm,     medium.printableLlx, medium.printableLly,
+                    medium.printableUrx, medium.printableUry, turned};
+  const bool fit = (plot.layoutFlags & kFlagUseStandardScale) && plot.standardScaleType == host::kScaleToFit;
+  request.fitToPrintable = fit;
+  if (!fit && plot.customScaleDenominator > 0) request.scale = plot.customScaleNumerator / plot.customScaleDenominator;
+  request.centered = (plot.layoutFlags & kFlagPlotCentered) != 0;
+  const std::uint32_t bgr = device.backgroundBgr;
+  request.background = {static_cast<std::uint8_t>(bgr & 0xFF), static_cast<std::uint8_t>((bgr >> 8) & 0xFF),
+                        static_cast<std::uint8_t>((bgr >> 16) & 0xFF)};
+  request.style = render::PlotStyle::objectColors();
+  if ((plot.layoutFlags & kFlagPlotPlotStyles) && !plot.styleSheet.empty()) {
+    const std::string styleFile = host::PlotStyleSheetFile(plot.styleSheet);
+    std::string styleError;
+    std::optional<render::PlotStyleTable> table;
+    if (!styleFile.empty()) table = render::ReadPlotStyleTable(styleFile, &styleError);
+    if (table) request.style = render::PlotStyleFromTable(*table);
+    else print("\n打印样式表“" + plot.styleSheet + "”无法读取，按对象颜色打印。");
+  }
+  request.lineweights = (plot.layoutFlags & kFlagPrintLineweights) != 0;
+  request.textAsGeometry = device.textAsGraphics;
+  if (const cad::BlockRecord* space = request.spaceBlock.isNull() ? db_.modelSpace()
+                                                                   : db_.objectAs<cad::BlockRecord>(request.spaceBlock)) {
+    std::unique_ptr<render::SpaceIndex>& index = plotIndexes_[space->id];
+    if (!index || !index->describes(*space)) index = std::make_unique<render::SpaceIndex>(db_, *space);
+    request.index = index.get();
+  }
+  request.drawingFolder = fs::path(path_).parent_path().string();
+}
 
 int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   std::size_t next = 1;
@@ -256,66 +312,16 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   // The open drawing is in use, as it would be in any host: a plot never replaces it.
   if (std::error_code ec; fs::exists(path, ec) && fs::equivalent(path, path_, ec))
     return refuse("文件 " + path + " 是打开的图纸，不能写入，未打印。");
-  const render::PlotterMedium* medium = FindMedium(*device, plot.paperSize);
+  const render::PlotterMedium* medium = FindPlotMedium(*device, plot.paperSize);
   if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
 
   render::PlotRequest request;
-  request.spaceBlock = layout->isModel() ? cad::ObjectId{} : layout->blockRecord;
-  if (plot.plotType == host::kPlotWindow) {
-    // The window is stored relative to the view target, in display coordinates. The batch turns
-    // the view to the plan of the current UCS, so in model space these are UCS coordinates; the
-    // engine's view coordinates are world ones turned by the UCS angle, which shifts the window by
-    // the UCS origin turned back.
-    const Point3d target = host::AsPoint(getVar("TARGET")).value_or(Point3d{});
-    Point2d shift{target.x, target.y};
-    if (layout->isModel()) {
-      const Matrix3d ucs = currentUcs();
-      const Point3d origin = ucs.transform(Point3d{0, 0, 0});
-      const Point3d xEnd = ucs.transform(Point3d{1, 0, 0});
-      const double angle = std::atan2(xEnd.y - origin.y, xEnd.x - origin.x);
-      if (std::isfinite(angle) && angle != 0.0) {
-        request.viewTwist = angle;
-        const Point3d back = Matrix3d::rotation(-angle).transform(Point3d{origin.x, origin.y, 0});
-        shift.x += back.x, shift.y += back.y;
-      } else {
-        shift.x += origin.x, shift.y += origin.y;
-      }
-    }
-    request.windowMin = {plot.windowMin.x + shift.x, plot.windowMin.y + shift.y};
-    request.windowMax = {plot.windowMax.x + shift.x, plot.windowMax.y + shift.y};
-  }
-  request.medium = {medium->widthMm,      medium->heightMm,     medium->printableLlx, medium->printableLly,
-                    medium->printableUrx, medium->printableUry, turned};
-  const bool fit = (plot.layoutFlags & kFlagUseStandardScale) && plot.standardScaleType == host::kScaleToFit;
-  request.fitToPrintable = fit;
-  if (!fit && plot.customScaleDenominator > 0) request.scale = plot.customScaleNumerator / plot.customScaleDenominator;
-  request.centered = (plot.layoutFlags & kFlagPlotCentered) != 0;
+  fillPlotRequest(*layout, plot, *device, *medium, turned, request);
   request.format = *format;
   // Raster media are measured in pixels: one pixel for each unit of the medium.
   request.rasterDpi = 25.4;
   request.enlarge = 1;
-  const std::uint32_t bgr = device->backgroundBgr;
-  request.background = {static_cast<std::uint8_t>(bgr & 0xFF), static_cast<std::uint8_t>((bgr >> 8) & 0xFF),
-                        static_cast<std::uint8_t>((bgr >> 16) & 0xFF)};
-  request.style = render::PlotStyle::objectColors();
-  if ((plot.layoutFlags & kFlagPlotPlotStyles) && !plot.styleSheet.empty()) {
-    const std::string styleFile = host::PlotStyleSheetFile(plot.styleSheet);
-    std::string styleError;
-    std::optional<render::PlotStyleTable> table;
-    if (!styleFile.empty()) table = render::ReadPlotStyleTable(styleFile, &styleError);
-    if (table) request.style = render::PlotStyleFromTable(*table);
-    else print("\n打印样式表“" + plot.styleSheet + "”无法读取，按对象颜色打印。");
-  }
-  request.lineweights = (plot.layoutFlags & kFlagPrintLineweights) != 0;
-  request.textAsGeometry = device->textAsGraphics;
   request.outputPath = path;
-  if (const cad::BlockRecord* space = request.spaceBlock.isNull() ? db_.modelSpace()
-                                                                   : db_.objectAs<cad::BlockRecord>(request.spaceBlock)) {
-    std::unique_ptr<render::SpaceIndex>& index = plotIndexes_[space->id];
-    if (!index || !index->describes(*space)) index = std::make_unique<render::SpaceIndex>(db_, *space);
-    request.index = index.get();
-  }
-  request.drawingFolder = fs::path(path_).parent_path().string();
 
   const render::PlotResult result = render::PlotWindow(db_, request);
   for (const std::string& note : result.notes) print("\n" + note);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "cad/entity_geometry.h"
 #include "cad/selection_geometry.h"
 #include "console/answer_parse.h"
 #include "console/console_editor.h"
@@ -83,6 +84,23 @@ std::optional<SelectionAnswer> ParseSelectionAnswer(std::string_view text) {
   const bool box = a.kind != SelectionAnswer::Kind::Fence;
   if (box ? a.points.size() != 2 : a.points.size() < 2) return std::nullopt;
   return a;
+}
+
+// The system's markers, which no window of the drawing's content takes, inside the box (or, for
+// `crossing`, meeting it): what a user picking on screen could take when erasing.
+void AddMarkersInBox(const cad::Database& db, const cad::BlockRecord& space, const Point3d& a, const Point3d& b,
+                     const Matrix3d& ucs, bool crossing, const EntityFilter& filter, std::vector<ObjectId>& found) {
+  const Point3d p = ucs.transform(a), q = ucs.transform(b);
+  const double minX = std::min(p.x, q.x), maxX = std::max(p.x, q.x), minY = std::min(p.y, q.y), maxY = std::max(p.y, q.y);
+  db.forEachEntity(space, [&](const cad::Entity& e) {
+    const auto* custom = cad::As<cad::CustomEntity>(&e);
+    if (!custom || !custom->isTransient() || OnHiddenLayer(e, db, true) || !filter.accepts(e, db)) return;
+    const std::optional<Extents3d> box = cad::EntityExtents(e, db);
+    if (!box) return;
+    const bool inside = box->min.x >= minX && box->max.x <= maxX && box->min.y >= minY && box->max.y <= maxY;
+    const bool meets = box->min.x <= maxX && box->max.x >= minX && box->min.y <= maxY && box->max.y >= minY;
+    if ((crossing ? meets : inside) && std::find(found.begin(), found.end(), e.id) == found.end()) found.push_back(e.id);
+  });
 }
 
 }  // namespace
@@ -177,6 +195,9 @@ int ConsoleEditor::selectInteractively(const std::vector<std::string>& prompts, 
                                 answer->kind == SelectionAnswer::Kind::Crossing, ucs, VisibleAndAccepted(db_, filter));
         break;
     }
+    if (selectMarkers_ && (answer->kind == SelectionAnswer::Kind::Window || answer->kind == SelectionAnswer::Kind::Crossing))
+      AddMarkersInBox(db_, *space, answer->points[0], answer->points[1], ucs,
+                      answer->kind == SelectionAnswer::Kind::Crossing, filter, found);
     if (!found.empty()) print("\n找到 " + std::to_string(found.size()) + " 个");
     return Finish(found, ids);
   }

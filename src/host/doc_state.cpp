@@ -1,6 +1,13 @@
 #include "host/doc_state.h"
 
+#include "plot/marker_reactor.h"
+#include "recognition/plot_marker.h"
+#include "recognition/sheet_records.h"
+
 namespace tv::host {
+
+std::int32_t reviewKind = 0;
+std::int32_t PreviewIndex = -1;
 
 namespace {
 bool g_monitorAttached = false;
@@ -17,6 +24,11 @@ void DocTracker::enterCurrentDocument() {
 void AttachMonitor() { g_monitorAttached = true; }
 void DetachMonitor() { g_monitorAttached = false; }
 bool MonitorAttached() { return g_monitorAttached; }
+
+void ObjectErased(ObjectId id, std::string_view className) {
+  if (!recognition::listenForErase || className != recognition::kPlotRecClassName) return;
+  plot::RemoveRowOfMarker(id);
+}
 
 void KeyWatcher(int) {}
 

@@ -115,6 +115,16 @@ class Editor {
   // Opens a file with the desktop's program for it (shell verb "open"); false when nothing could.
   virtual bool shellOpen(std::string_view path) = 0;
 
+  // ---- plot preview ------------------------------------------------------------------------------
+  // The plot engine's preview of the current layout as its plot settings stand, showing row
+  // `index` of a list (`more`: other rows exist). A host without a screen renders the page as an
+  // image into `scratchFolder` and prints its path. Returns once the preview is closed; false when
+  // nothing could be shown.
+  virtual bool plotPreview(std::string_view scratchFolder, int index, bool more) {
+    (void)scratchFolder, (void)index, (void)more;
+    return false;
+  }
+
   // ---- commands --------------------------------------------------------------------------------
   // Adds a command to a group; a command of the same name is replaced.
   virtual void addCommand(std::string_view group, std::string_view globalName, std::string_view localName, int flags, CommandBody body) = 0;

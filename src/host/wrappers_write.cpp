@@ -1,7 +1,9 @@
 // Appending, erasing and changing entities of the working drawing.
 #include "cad/entity_geometry.h"
 #include "host/cad_binding.h"
+#include "host/custom_entity.h"
 #include "host/custom_internal.h"
+#include "host/doc_state.h"
 #include "host/entity_internal.h"
 #include "host/wrappers.h"
 
@@ -24,6 +26,22 @@ class LayerUnlock {
  private:
   cad::Layer* layer_;
 };
+
+// The class the database reactor is told of: the system's own class for its entities.
+std::string ClassOf(const cad::Entity* e) {
+  const CustomEntity* custom = e ? CustomOf(*e) : nullptr;
+  return custom ? custom->className() : std::string();
+}
+
+// Erases one entity and tells the database reactor once it is gone.
+bool EraseAndNotify(cad::Database& db, ObjectId id) {
+  const cad::Entity* e = db.entity(id);
+  if (e) NoteEntityChange(*e);
+  const std::string className = ClassOf(e);
+  if (!db.erase(id)) return false;
+  ObjectErased(id, className);
+  return true;
+}
 
 cad::Layer* LayerOfEntity(cad::Database& db, ObjectId id) {
   const cad::Entity* e = db.entity(id);
@@ -53,8 +71,7 @@ bool EraseEntity(ObjectId id) {
   cad::Database* db = WorkingDatabase();
   if (!db) return false;
   LayerUnlock unlock(LayerOfEntity(*db, id));
-  if (const cad::Entity* e = db->entity(id)) NoteEntityChange(*e);
-  return db->erase(id);
+  return EraseAndNotify(*db, id);
 }
 
 bool EraseEntities(ObjectIdArray& ids) {
@@ -65,10 +82,8 @@ bool EraseEntities(ObjectIdArray& ids) {
   } else if (!ids.empty()) {
     // The entities of one call are markers of one kind, on one layer.
     LayerUnlock unlock(LayerOfEntity(*db, ids.front()));
-    for (ObjectId id : ids) {
-      if (const cad::Entity* e = db->entity(id)) NoteEntityChange(*e);
-      if (!db->erase(id)) all = false;
-    }
+    for (ObjectId id : ids)
+      if (!EraseAndNotify(*db, id)) all = false;
   }
   ids.clear();
   return all;

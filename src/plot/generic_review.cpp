@@ -9,6 +9,7 @@
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "plot/review_forms.h"
+#include "plot/stored_choices.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_traversal.h"
@@ -78,6 +79,7 @@ Dlg_BPlot1* RecogniseGenericBatch(bool askScale, std::optional<double> scale) {
   // The form took the drawing's settings and the defaults when it was made.
   tick = host::StageTimer(tick, "更新参数");
   FillList(form, true);
+  ApplyStoredChoices(form);
   form.stageTick = host::StageTimer(tick, "更新对话框");
   return &form;
 }

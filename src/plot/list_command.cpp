@@ -175,6 +175,7 @@ ListCommand ParseListCommand(std::string_view answer, std::size_t rowCount, cons
     for (char& ch : upper) ch = Upper(ch);
     if (rest.empty() && (word == "打印" || upper == "PLOT")) return c.verb = ListVerb::Plot, c;
     if (rest.empty() && (word == "关闭" || upper == "CLOSE")) return c.verb = ListVerb::Close, c;
+    if (rest.empty() && upper == "ERASE") return c.verb = ListVerb::Erase, c;
     return refuse("无法识别的命令：" + std::string(answer) + "（输入 ? 显示说明）。");
   }
   switch (Upper(word[0])) {

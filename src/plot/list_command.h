@@ -4,6 +4,7 @@
 //   S rows scale   scale ("50": 1:50) K rows copies copies
 //   D rows         delete             V row          preview
 //   F format       output format      P or Enter     plot;  C  close;  ?  show the list again
+//   ERASE          the host's ERASE while the list stays open: an erased marker takes its row
 // Rows are "3", "2-5", "1,4", "1,3-5" or "*". A control is named by its number or its label
 // (blanks inside the label may be left out), optionally followed by its new value.
 #include <cstddef>
@@ -13,7 +14,7 @@
 
 namespace tv::plot {
 
-enum class ListVerb { Plot, Close, Show, Name, Paper, Scale, Copies, Delete, Format, Preview, Control, Refused };
+enum class ListVerb { Plot, Close, Show, Erase, Name, Paper, Scale, Copies, Delete, Format, Preview, Control, Refused };
 
 struct ListCommand {
   ListVerb verb = ListVerb::Refused;

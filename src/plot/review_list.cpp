@@ -25,6 +25,7 @@ namespace {
 constexpr std::string_view kHelp =
     "\n命令：N 行 名称（文件名）  Z 行 纸张（A2、A3加长、594x420）  S 行 比例（50 即 1:50）  K 行 份数"
     "\n      D 行（删除）  V 行（预览）  F 格式（PDF、PNG …）  选项：编号或名称 [值]"
+    "\n      ERASE（在图中删除，删去图框标记即删去该行）"
     "\n      行：3、2-5、1,4 或 *    回车或 P 打印，C 关闭，? 再次显示列表";
 
 // What the list holds apart from the form's settings until a run takes it over.
@@ -70,6 +71,10 @@ class ReviewSession {
       switch (command.verb) {
         case ListVerb::Refused: Say(OutOfPlay(answer).value_or(command.error)); continue;
         case ListVerb::Close: return false;
+        case ListVerb::Erase:
+          host::CurrentEditor().command({"ERASE"});
+          Show();
+          continue;
         case ListVerb::Show:
           Say(kHelp);
           Show();
@@ -261,7 +266,7 @@ class ReviewSession {
         rows_.sortType(chosen + 1);
         return true;
       }
-      case ListControl::Index: Box("本版本暂不能生成目录。"); return false;
+      case ListControl::Index: rows_.makeIndex(); return false;
       case ListControl::Background: {
         std::string text = typed;
         if (text.empty()) {

@@ -53,6 +53,8 @@ class ListRows {
   virtual void scaleAndFilter() {}
   virtual void nameRule() {}
   virtual void sortType(std::int32_t style) { (void)style; }
+  // "生 成 目 录": the drawing index of the rows as they stand.
+  virtual void makeIndex() {}
   // The OK: the checks and, when they pass, the run started. False leaves the list open.
   virtual bool run() = 0;
 };

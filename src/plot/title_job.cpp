@@ -13,6 +13,7 @@
 #include "plot/plotter_lock.h"
 #include "plot/pdf_merge.h"
 #include "plot/sheet_loop.h"
+#include "plot/stored_choices.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
 #include "settings/config.h"
@@ -81,6 +82,7 @@ bool RunTitleBatch(Dlg_BPlot2& form) {
   if (stampsOff) form.setting.plot_stamps = 0;
 
   Job().ActiveTitleSheetJob = &form;
+  StoreChoices(form);
   for (const auto& sheet : form.job.sheets) recognition::EraseMarker(sheet->rec_id);
   form.plot_started = true;
   return true;

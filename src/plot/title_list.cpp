@@ -9,6 +9,7 @@
 #include "plot/row_preview.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
+#include "reports/file_list.h"
 
 namespace tv::plot {
 
@@ -112,6 +113,7 @@ class TitleRows final : public ListRows {
   }
   bool preview(std::size_t row) override { return PreviewRow(f_, row); }
   bool run() override { return RunTitleBatch(f_); }
+  void makeIndex() override { reports::MakeIndexFromList(f_); }
 
  private:
   // The warning of the row's paper for the format; a row without a paper passes silently.

@@ -11,6 +11,7 @@
 #include "paper/scale_fitting.h"
 #include "plot/output_paths.h"
 #include "plot/review_forms.h"
+#include "plot/stored_choices.h"
 #include "settings/config.h"
 #include "titleblock/field_extraction.h"
 #include "titleblock/file_naming.h"
@@ -75,6 +76,7 @@ Dlg_BPlot2* RecogniseTitleBatch() {
   SetPlotStamp();
   const std::int64_t tick = host::StageClock();
   FillTitleList(form);
+  ApplyStoredChoices(form);
   form.stageTick = host::StageTimer(tick, "更新对话框");
   return &form;
 }
