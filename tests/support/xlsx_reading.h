@@ -1,7 +1,7 @@
 #pragma once
-// Reads a written .xlsx back as a spreadsheet program would: the zip's entries inflated, a cell's
+// Reads a written .xlsx back as a spreadsheet program would: the package opened by libzip, a cell's
 // text, formula and number format looked up through the shared strings and the styles.
-#include <zlib.h>
+#include <zip.h>
 
 #include <cstdint>
 #include <fstream>
@@ -59,43 +59,31 @@ class XlsxReader {
     return c;
   }
 
+  // One entry of the package, inflated by libzip; empty when the package or the entry is missing.
   std::string Entry(const std::string& name) const {
-    // The central directory, from the end record.
-    const std::size_t eocd = zip_.rfind(std::string("PK\5\6", 4));
-    if (eocd == std::string::npos) return {};
-    std::size_t at = U32(eocd + 16);
-    const std::size_t count = U16(eocd + 10);
-    for (std::size_t i = 0; i < count && at + 46 <= zip_.size(); ++i) {
-      const std::size_t nameLength = U16(at + 28), extra = U16(at + 30), comment = U16(at + 32);
-      if (zip_.compare(at + 46, nameLength, name) == 0) {
-        const std::size_t local = U32(at + 42);
-        const std::size_t data = local + 30 + U16(local + 26) + U16(local + 28);
-        return Inflate(zip_.substr(data, U32(at + 20)), U16(at + 10), U32(at + 24));
-      }
-      at += 46 + nameLength + extra + comment;
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_source_t* source = zip_source_buffer_create(zip_.data(), zip_.size(), 0, &error);
+    zip_t* archive = source ? zip_open_from_source(source, ZIP_RDONLY, &error) : nullptr;
+    zip_error_fini(&error);
+    if (!archive) {
+      if (source) zip_source_free(source);
+      return {};
     }
-    return {};
+    std::string out;
+    zip_stat_t st;
+    if (zip_stat(archive, name.c_str(), 0, &st) == 0 && (st.valid & ZIP_STAT_SIZE)) {
+      if (zip_file_t* file = zip_fopen(archive, name.c_str(), 0)) {
+        out.resize(static_cast<std::size_t>(st.size));
+        if (zip_fread(file, out.data(), st.size) != static_cast<zip_int64_t>(st.size)) out.clear();
+        zip_fclose(file);
+      }
+    }
+    zip_discard(archive);  // read only: frees the source too
+    return out;
   }
 
  private:
-  std::size_t U16(std::size_t at) const {
-    return static_cast<unsigned char>(zip_[at]) | static_cast<unsigned char>(zip_[at + 1]) << 8;
-  }
-  std::size_t U32(std::size_t at) const { return U16(at) | U16(at + 2) << 16; }
-
-  static std::string Inflate(const std::string& data, std::size_t method, std::size_t size) {
-    if (method == 0) return data;
-    std::string out(size, '\0');
-    z_stream z{};
-    inflateInit2(&z, -MAX_WBITS);
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-    z.avail_in = static_cast<uInt>(data.size());
-    z.next_out = reinterpret_cast<Bytef*>(out.data());
-    z.avail_out = static_cast<uInt>(out.size());
-    inflate(&z, Z_FINISH);
-    inflateEnd(&z);
-    return out;
-  }
   static std::string Between(const std::string& xml, std::size_t open, const std::string& close) {
     const std::size_t start = xml.find('>', open) + 1;
     return xml.substr(start, xml.find(close, start) - start);
