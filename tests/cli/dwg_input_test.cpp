@@ -92,6 +92,12 @@ const std::vector<CorpusVersion>& CorpusVersions() {
 
 json Json(const RunResult& r) { return json::parse(r.out, nullptr, false); }
 
+// The sheets of a listing without their file names, which follow the drawing's own name.
+json SheetsWithoutNames(json sheets) {
+  for (json& sheet : sheets) sheet.erase("fileName");
+  return sheets;
+}
+
 // Entity counts by space label ("Model", layout names) and kind.
 std::map<std::string, std::map<std::string, int>> SpaceCounts(const json& info) {
   std::map<std::string, std::map<std::string, int>> spaces;
@@ -177,6 +183,8 @@ TEST(DwgConverter, EveryCorpusVersionGivesTheSheetsLayoutsAndEntitiesOfItsDxf) {
       dwgSheets["sheets"].erase(static_cast<std::size_t>(*n - 1));
       expected["sheets"].erase(static_cast<std::size_t>(*n - 1));
     }
+    dwgSheets["sheets"] = SheetsWithoutNames(dwgSheets["sheets"]);
+    expected["sheets"] = SheetsWithoutNames(expected["sheets"]);
     EXPECT_TRUE(Near(dwgSheets, expected)) << dwgSheets.dump(1) << "\n---\n" << dxfSheets.dump(1);
   }
 }
@@ -268,7 +276,7 @@ TEST(DwgNames, CapitalisedNamesOfAnR14FileGiveTheSameSheetsAndLayouts) {
     ASSERT_EQ(b.exitCode, kExitOk) << b.err;
     if (std::string(command) == "sheets") {
       EXPECT_EQ(Json(a)["count"], Json(b)["count"]) << b.out;
-      EXPECT_EQ(Json(a)["sheets"], Json(b)["sheets"]);
+      EXPECT_EQ(SheetsWithoutNames(Json(a)["sheets"]), SheetsWithoutNames(Json(b)["sheets"]));
     } else {
       EXPECT_EQ(LayoutNames(Json(a)), LayoutNames(Json(b)));
     }
