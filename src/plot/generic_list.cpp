@@ -17,6 +17,7 @@
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_traversal.h"
+#include "reports/list_reports.h"
 #include "titleblock/file_naming.h"
 #include "titleblock/name_rule.h"
 
@@ -225,6 +226,9 @@ class GenericRows final : public ListRows {
   }
 
   bool run() override { return RunBatch(f_); }
+  void paperStatistics(std::int32_t base) override {
+    reports::MakePaperStatisticsFromList(f_, static_cast<reports::BaseSize>(base));
+  }
 
  private:
   // The warning of the row's paper for the format; a row without a paper passes silently.

@@ -16,6 +16,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
+#include "reports/list_reports.h"
 #include "settings/config.h"
 
 namespace tv::plot {
@@ -267,6 +268,24 @@ class ReviewSession {
         return true;
       }
       case ListControl::Index: rows_.makeIndex(); return false;
+      case ListControl::FileList: rows_.makeFileList(); return false;
+      case ListControl::DrawIndex: rows_.drawIndex(); return false;
+      case ListControl::PaperStatistics: {
+        int chosen = 0;
+        if (typed.empty()) {
+          const std::optional<int> picked =
+              host::CurrentEditor().chooseItem(reports::kPaperStatisticsCaption, reports::PaperStatisticsEntries(), 0);
+          if (!picked) return false;
+          chosen = *picked;
+        } else if (const std::optional<reports::BaseSize> base = reports::BaseSizeOfText(typed)) {
+          chosen = static_cast<int>(*base) - 1;
+        } else {
+          Say("无效的选择：" + typed + "（A4、A3、A2、A1 或 A0）。");
+          return false;
+        }
+        rows_.paperStatistics(chosen + 1);
+        return false;
+      }
       case ListControl::Background: {
         std::string text = typed;
         if (text.empty()) {

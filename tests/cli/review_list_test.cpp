@@ -121,6 +121,13 @@ TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
   EXPECT_EQ(ReadPdfFacts(merged).pages.size(), 2u) << r.out;
 }
 
+TEST_F(ReviewListTest, GenericListCountsItsPapers) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {59400, 42000}}));
+  const RunResult r = Generic(d, {"纸张统计", "2", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(FilesIn(PdfFolder()), (std::vector<std::string>{"图纸统计.xlsx"})) << r.out;
+}
+
 TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
   const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {42000, 29700}}));
   const auto before = fs::last_write_time(d);
@@ -185,13 +192,14 @@ TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
     for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
     return Run(args, {}, home.string());
   };
-  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "Z 1 A2", "S 2 50", "C"});
+  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "文件清单", "纸张统计 A3", "Z 1 A2", "S 2 50", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_TRUE(Has(r.out, "结构01")) << r.out;
   EXPECT_TRUE(Has(r.out, "结构02")) << r.out;
   EXPECT_TRUE(Has(r.out, "该列表没有打印份数")) << r.out;
-  // The index of the rows as they stand, in the list's output folder.
-  EXPECT_TRUE(fs::exists(dir_.path() / "PDF" / "图纸目录.xlsx")) << r.out;
+  // The index, the file list and the paper count of the rows as they stand, in the list's output folder.
+  for (const char* book : {"图纸目录.xlsx", "文件清单.xlsx", "图纸统计.xlsx"})
+    EXPECT_TRUE(fs::exists(dir_.path() / "PDF" / book)) << book << "\n" << r.out;
   fs::remove_all(dir_.path() / "PDF");
   // A paper gives the scale at which the frame fills it, a scale the paper of that scale.
   const std::string afterPaper = r.out.substr(r.out.find(": Z 1 A2"));
