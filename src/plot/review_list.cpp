@@ -312,14 +312,16 @@ class ReviewSession {
     const std::vector<std::string> items = {" 源文件路径", FormatFolderRowText(s.format), "自定义路径"};
     int mode = s.path_mode;
     std::string folder;
+    // An entry by its place in the list as shown (1 to 3) or its text; anything else is a folder.
     const std::optional<std::int32_t> n = WholeOfText(typed);
-    if (!typed.empty() && !(n && *n >= 0 && *n <= 2)) {
+    const bool byPlace = n && *n >= 1 && *n <= static_cast<std::int32_t>(items.size());
+    const bool byText = std::any_of(items.begin(), items.end(),
+                                    [&](const std::string& item) { return WithoutBlanks(item) == WithoutBlanks(typed); });
+    if (typed.empty() || byPlace || byText) {
+      if (!Choose("存储路径", items, mode, typed, mode)) return false;
+    } else {
       folder = std::string(TrimAnswer(typed));  // a folder typed at once
       mode = 2;
-    } else if (n) {
-      mode = *n;
-    } else if (!Choose("存储路径", items, mode, {}, mode)) {
-      return false;
     }
     if (mode == 2 && folder.empty()) {
       const std::optional<std::string> picked = host::CurrentEditor().askFolder(kCustomFolderTitle, s.custom_path);

@@ -102,6 +102,11 @@ TEST_F(ReviewListTest, ACustomFolderTakesTheFiles) {
   EXPECT_TRUE(Has(r.out, "所选文件夹有误 !")) << r.out;
   EXPECT_EQ(FilesIn(out), (std::vector<std::string>{"plan01.pdf"})) << r.out;
   EXPECT_FALSE(fs::exists(PdfFolder()));
+  // An entry by its place as listed: the first is the drawing's own folder.
+  const RunResult s = Generic(d, {"存储路径 " + out.string(), "存储路径 1", ""});
+  ASSERT_EQ(s.exitCode, 0) << s.out << s.err;
+  EXPECT_TRUE(fs::exists(Path("plan01.pdf"))) << s.out;
+  EXPECT_FALSE(fs::exists(PdfFolder()));
 }
 
 TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
