@@ -116,6 +116,15 @@ TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
   const RunResult r = Generic(d, {"序号、排序 2", "比例、过滤", "", "", "30", ""});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{594, 420}, {420, 297}})) << r.out;
+
+  // The naming form orders too: prefix, start, suffix, digits kept, then rows from the right.
+  fs::remove_all(PdfFolder());
+  const RunResult n = Generic(d, {"命名、排序", "", "", "", "", "2", ""});
+  ASSERT_EQ(n.exitCode, 0) << n.out << n.err;
+  const auto pages = PagesIn(PdfFolder());
+  ASSERT_EQ(pages.size(), 3u) << n.out;
+  EXPECT_EQ(pages[1], (std::pair<int, int>{594, 420})) << n.out;
+  EXPECT_EQ(pages[2], (std::pair<int, int>{420, 297})) << n.out;
 }
 
 TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
