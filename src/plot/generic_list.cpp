@@ -9,6 +9,7 @@
 #include "paper/scale_forms.h"
 #include "plot/generic_review.h"
 #include "plot/list_command.h"
+#include "plot/list_controls.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/review_forms.h"
@@ -17,6 +18,7 @@
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_traversal.h"
+#include "reports/list_reports.h"
 #include "titleblock/file_naming.h"
 #include "titleblock/name_rule.h"
 
@@ -185,6 +187,11 @@ class GenericRows final : public ListRows {
     if (!suffix) return;
     const std::optional<std::string> digits = AskText("编号位数", std::to_string(form.digits));
     if (!digits) return;
+    host::Print("\n" + std::string(kSortTypeTitle) + "：");
+    for (std::size_t i = 0; i < SortTypeItems().size(); ++i)
+      host::Print("\n  " + std::to_string(i + 1) + ". " + SortTypeItems()[i]);
+    const std::optional<std::string> order = AskText("排序方式", std::to_string(form.sort_style));
+    if (!order) return;
     const auto whole = [](const std::string& text, std::int32_t low, std::int32_t high) -> std::optional<std::int32_t> {
       try {
         std::size_t used = 0;
@@ -197,21 +204,28 @@ class GenericRows final : public ListRows {
     };
     const std::optional<std::int32_t> startValue = whole(*start, -999999, 999999);
     const std::optional<std::int32_t> digitsValue = whole(*digits, 1, 9);
-    if (!startValue || !digitsValue) {
-      host::Print("\n起始编号应为整数，编号位数应在 1 到 9 之间。");
+    const std::optional<std::int32_t> orderValue = whole(*order, 1, 9);
+    if (!startValue || !digitsValue || !orderValue) {
+      host::Print("\n起始编号应为整数，编号位数和排序方式应在 1 到 9 之间。");
       return;
     }
     form.prefix = *prefix;
     form.start = *startValue;
     form.suffix = *suffix;
     form.digits = *digitsValue;
+    form.sort_style = *orderValue;
     host::Print("\n" + form.sample());
+    const std::int32_t order_before = f_.setting.sort_style;
     form.ok(f_.setting, drawing);
+    if (form.sort_style != order_before) Reorder(form.sort_style);
     manual_.clear();  // a new rule names every row
     Rename();
   }
 
-  void sortType(std::int32_t style) override {
+  void sortType(std::int32_t style) override { Reorder(style); }
+
+ private:
+  void Reorder(std::int32_t style) {
     f_.setting.sort_style = style;
     recognition::OrderSheets(f_.job, style);
     // The rows follow their sheets, edits and all.
@@ -224,7 +238,11 @@ class GenericRows final : public ListRows {
     Renumber();
   }
 
+ public:
   bool run() override { return RunBatch(f_); }
+  void paperStatistics(std::int32_t base) override {
+    reports::MakePaperStatisticsFromList(f_, static_cast<reports::BaseSize>(base));
+  }
 
  private:
   // The warning of the row's paper for the format; a row without a paper passes silently.

@@ -44,6 +44,9 @@ std::string_view ControlLabel(ListControl control) {
     case ListControl::NameRule: return "命名、排序";
     case ListControl::SortType: return "序号、排序";
     case ListControl::Index: return "生 成 目 录";
+    case ListControl::FileList: return "文件清单";
+    case ListControl::DrawIndex: return "绘制目录";
+    case ListControl::PaperStatistics: return "纸张统计";
     case ListControl::Background: return "背景色";
   }
   return {};
@@ -70,7 +73,10 @@ std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format) {
              {Index, titleBlock},
              {ScaleFilter, !titleBlock},
              {NameRule, !titleBlock},
-             {SortType, !titleBlock}};
+             {SortType, !titleBlock},
+             {FileList, titleBlock},
+             {DrawIndex, titleBlock},
+             {PaperStatistics, !dwg}};
   std::vector<ListControl> out;
   for (const auto& c : all)
     if (c.shown) out.push_back(c.control);

@@ -24,6 +24,9 @@ enum class ListControl {
   NameRule,     // "命名、排序", generic list
   SortType,     // "序号、排序", generic list
   Index,        // "生 成 目 录", title-block list
+  FileList,     // "文件清单", title-block list
+  DrawIndex,    // "绘制目录": the index drawn into the drawing, title-block list
+  PaperStatistics,  // "纸张统计": a menu of five base sizes; not for DWG
   Background,   // "背景色", JPG, PNG and DWF
 };
 

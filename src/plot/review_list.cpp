@@ -16,6 +16,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/title_review.h"
+#include "reports/list_reports.h"
 #include "settings/config.h"
 
 namespace tv::plot {
@@ -267,6 +268,24 @@ class ReviewSession {
         return true;
       }
       case ListControl::Index: rows_.makeIndex(); return false;
+      case ListControl::FileList: rows_.makeFileList(); return false;
+      case ListControl::DrawIndex: rows_.drawIndex(); return false;
+      case ListControl::PaperStatistics: {
+        int chosen = 0;
+        if (typed.empty()) {
+          const std::optional<int> picked =
+              host::CurrentEditor().chooseItem(reports::kPaperStatisticsCaption, reports::PaperStatisticsEntries(), 0);
+          if (!picked) return false;
+          chosen = *picked;
+        } else if (const std::optional<reports::BaseSize> base = reports::BaseSizeOfText(typed)) {
+          chosen = static_cast<int>(*base) - 1;
+        } else {
+          Say("无效的选择：" + typed + "（A4、A3、A2、A1 或 A0）。");
+          return false;
+        }
+        rows_.paperStatistics(chosen + 1);
+        return false;
+      }
       case ListControl::Background: {
         std::string text = typed;
         if (text.empty()) {
@@ -293,14 +312,16 @@ class ReviewSession {
     const std::vector<std::string> items = {" 源文件路径", FormatFolderRowText(s.format), "自定义路径"};
     int mode = s.path_mode;
     std::string folder;
+    // An entry by its place in the list as shown (1 to 3) or its text; anything else is a folder.
     const std::optional<std::int32_t> n = WholeOfText(typed);
-    if (!typed.empty() && !(n && *n >= 0 && *n <= 2)) {
+    const bool byPlace = n && *n >= 1 && *n <= static_cast<std::int32_t>(items.size());
+    const bool byText = std::any_of(items.begin(), items.end(),
+                                    [&](const std::string& item) { return WithoutBlanks(item) == WithoutBlanks(typed); });
+    if (typed.empty() || byPlace || byText) {
+      if (!Choose("存储路径", items, mode, typed, mode)) return false;
+    } else {
       folder = std::string(TrimAnswer(typed));  // a folder typed at once
       mode = 2;
-    } else if (n) {
-      mode = *n;
-    } else if (!Choose("存储路径", items, mode, {}, mode)) {
-      return false;
     }
     if (mode == 2 && folder.empty()) {
       const std::optional<std::string> picked = host::CurrentEditor().askFolder(kCustomFolderTitle, s.custom_path);

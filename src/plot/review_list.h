@@ -55,6 +55,11 @@ class ListRows {
   virtual void sortType(std::int32_t style) { (void)style; }
   // "生 成 目 录": the drawing index of the rows as they stand.
   virtual void makeIndex() {}
+  // "文件清单" and "绘制目录" of the title-block list.
+  virtual void makeFileList() {}
+  virtual void drawIndex() {}
+  // "纸张统计": the rows' papers converted into the base, 1 A4 to 5 A0.
+  virtual void paperStatistics(std::int32_t base) = 0;
   // The OK: the checks and, when they pass, the run started. False leaves the list open.
   virtual bool run() = 0;
 };

@@ -9,7 +9,9 @@
 #include "plot/row_preview.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
+#include "reports/drawn_index.h"
 #include "reports/file_list.h"
+#include "reports/list_reports.h"
 
 namespace tv::plot {
 
@@ -114,6 +116,11 @@ class TitleRows final : public ListRows {
   bool preview(std::size_t row) override { return PreviewRow(f_, row); }
   bool run() override { return RunTitleBatch(f_); }
   void makeIndex() override { reports::MakeIndexFromList(f_); }
+  void makeFileList() override { reports::MakeFileListFromList(f_); }
+  void drawIndex() override { reports::DrawIndexFromList(f_); }
+  void paperStatistics(std::int32_t base) override {
+    reports::MakePaperStatisticsFromList(f_, static_cast<reports::BaseSize>(base));
+  }
 
  private:
   // The warning of the row's paper for the format; a row without a paper passes silently.

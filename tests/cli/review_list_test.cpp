@@ -102,6 +102,11 @@ TEST_F(ReviewListTest, ACustomFolderTakesTheFiles) {
   EXPECT_TRUE(Has(r.out, "所选文件夹有误 !")) << r.out;
   EXPECT_EQ(FilesIn(out), (std::vector<std::string>{"plan01.pdf"})) << r.out;
   EXPECT_FALSE(fs::exists(PdfFolder()));
+  // An entry by its place as listed: the first is the drawing's own folder.
+  const RunResult s = Generic(d, {"存储路径 " + out.string(), "存储路径 1", ""});
+  ASSERT_EQ(s.exitCode, 0) << s.out << s.err;
+  EXPECT_TRUE(fs::exists(Path("plan01.pdf"))) << s.out;
+  EXPECT_FALSE(fs::exists(PdfFolder()));
 }
 
 TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
@@ -111,6 +116,15 @@ TEST_F(ReviewListTest, OrderAndFilterRebuildTheRows) {
   const RunResult r = Generic(d, {"序号、排序 2", "比例、过滤", "", "", "30", ""});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{594, 420}, {420, 297}})) << r.out;
+
+  // The naming form orders too: prefix, start, suffix, digits kept, then rows from the right.
+  fs::remove_all(PdfFolder());
+  const RunResult n = Generic(d, {"命名、排序", "", "", "", "", "2", ""});
+  ASSERT_EQ(n.exitCode, 0) << n.out << n.err;
+  const auto pages = PagesIn(PdfFolder());
+  ASSERT_EQ(pages.size(), 3u) << n.out;
+  EXPECT_EQ(pages[1], (std::pair<int, int>{594, 420})) << n.out;
+  EXPECT_EQ(pages[2], (std::pair<int, int>{420, 297})) << n.out;
 }
 
 TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
@@ -119,6 +133,13 @@ TEST_F(ReviewListTest, MergeTurnedOnInTheListGivesOnePdf) {
   const RunResult r = Generic(d, {"合并PDF 是", "", merged});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_EQ(ReadPdfFacts(merged).pages.size(), 2u) << r.out;
+}
+
+TEST_F(ReviewListTest, GenericListCountsItsPapers) {
+  const std::string d = Write("plan.dxf", FramesInARow({{42000, 29700}, {59400, 42000}}));
+  const RunResult r = Generic(d, {"纸张统计", "2", "C"});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(FilesIn(PdfFolder()), (std::vector<std::string>{"图纸统计.xlsx"})) << r.out;
 }
 
 TEST_F(ReviewListTest, RefusedValuesSayWhyAndClosingWritesNothing) {
@@ -185,13 +206,14 @@ TEST_F(ReviewListTest, TitleBlockListRenamesDeletesAndChecksNames) {
     for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
     return Run(args, {}, home.string());
   };
-  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "Z 1 A2", "S 2 50", "C"});
+  RunResult r = run({"D 3-4", "N 1,2 结构", "K 1 2", "生成目录", "文件清单", "纸张统计 A3", "Z 1 A2", "S 2 50", "C"});
   ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
   EXPECT_TRUE(Has(r.out, "结构01")) << r.out;
   EXPECT_TRUE(Has(r.out, "结构02")) << r.out;
   EXPECT_TRUE(Has(r.out, "该列表没有打印份数")) << r.out;
-  // The index of the rows as they stand, in the list's output folder.
-  EXPECT_TRUE(fs::exists(dir_.path() / "PDF" / "图纸目录.xlsx")) << r.out;
+  // The index, the file list and the paper count of the rows as they stand, in the list's output folder.
+  for (const char* book : {"图纸目录.xlsx", "文件清单.xlsx", "图纸统计.xlsx"})
+    EXPECT_TRUE(fs::exists(dir_.path() / "PDF" / book)) << book << "\n" << r.out;
   fs::remove_all(dir_.path() / "PDF");
   // A paper gives the scale at which the frame fills it, a scale the paper of that scale.
   const std::string afterPaper = r.out.substr(r.out.find(": Z 1 A2"));
