@@ -232,6 +232,23 @@ std::optional<std::string> AskPltFolder() {
   return folder;
 }
 
+// The format of the drawing's settings for the time of a PLT run, which the plotter files follow.
+class PltFormatScope {
+ public:
+  explicit PltFormatScope(bool on) : saved_(settings::CurrentPlotSetting().format), on_(on) {
+    if (on_) settings::CurrentPlotSetting().format = settings::kFormatPlt;
+  }
+  ~PltFormatScope() {
+    if (on_) settings::CurrentPlotSetting().format = saved_;
+  }
+  PltFormatScope(const PltFormatScope&) = delete;
+  PltFormatScope& operator=(const PltFormatScope&) = delete;
+
+ private:
+  std::int32_t saved_;
+  bool on_;
+};
+
 // This host writes PLT only through the system's own PLT device: each area gets the paper of its
 // rectangle there, as a single plot would.
 void PreparePltPapers(recognition::SheetJob& job, settings::PlotSettingRec& setting) {
@@ -340,10 +357,13 @@ void OldPaperBatchCommand() {
   // The layout gets its own plot settings back, whatever the run set.
   const std::shared_ptr<const host::PlotSettingsCopy> kept = layout.valid() ? layout.copy() : nullptr;
   host::SetVar("FILEDIA", std::int32_t{0});
-  if (c.toPlt) PreparePltPapers(job, setting);
-  PlotAreas(job, c, setting, stem);
+  {
+    const PltFormatScope format(c.toPlt);
+    if (c.toPlt) PreparePltPapers(job, setting);
+    PlotAreas(job, c, setting, stem);
+    EndFileRun();
+  }
   host::SetVar("FILEDIA", std::int32_t{1});
-  EndFileRun();
   if (kept) host::LayoutPlotSettings(layout).restore(*kept);
 }
 
