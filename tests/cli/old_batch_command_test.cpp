@@ -48,6 +48,44 @@ TEST_F(OldBatchCommandTest, EachAreaGoesToItsNumberedPltFileOnceForEveryCopy) {
   EXPECT_EQ(ReadFile(plan), original) << "the drawing is never written";
 }
 
+// Two inserts of a frame block, one rectangle on layer "FRAMES" and a stray one on "0": each way
+// finds its own areas in the whole space (Enter at the range prompt).
+TEST_F(OldBatchCommandTest, TheWaysOfTheFormFindTheirOwnAreas) {
+  cad::Database db = cad::Database::createDefault();
+  cad::BlockRecord& frame = db.addBlock("TK_A3");
+  AddFrame(db, frame, 0, 0, 42000, 29700);
+  db.append(*db.modelSpace(), MakeInsert(frame, {0, 0, 0}));
+  db.append(*db.modelSpace(), MakeInsert(frame, {50000, 0, 0}));
+  AddFrame(db, *db.modelSpace(), 0, 40000, 42000, 29700).layer = db.addLayer("FRAMES").id;
+  AddFrame(db, *db.modelSpace(), 50000, 40000, 42000, 29700);
+  const std::string drawing = Write("ways.dxf", db);
+  struct Case {
+    const char* name;
+    std::vector<std::string> form;  // answers up to OK
+    std::vector<std::string> range;
+    std::size_t files;
+  };
+  const Case cases[] = {
+      {"blocks named", {"1 tk_a3"}, {""}, 2},
+      {"blocks picked", {"1", "W -1000,-1000 93000,31000"}, {""}, 2},
+      {"rectangles on the named layer", {"指定图层上封闭矩形 FRAMES"}, {""}, 1},
+      {"rectangles picked, inserts are none", {"3"}, {"ALL"}, 2},
+      {"groups widened by the margin", {"5", "6 100"}, {"W -1000,-1000 43000,31000", ""}, 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const fs::path out = dir_ / (std::string("ways-") + std::to_string(&c - cases));
+    fs::create_directories(out);
+    std::vector<std::string> answers = c.form;
+    answers.insert(answers.end(), {"打印到PLT文件", ""});
+    answers.insert(answers.end(), c.range.begin(), c.range.end());
+    answers.insert(answers.end(), {"Y", out.string()});
+    const RunResult r = Batch(drawing, answers);
+    ASSERT_EQ(r.exitCode, 0) << r.out;
+    EXPECT_EQ(FilesIn(out).size(), c.files) << r.out;
+  }
+}
+
 TEST_F(OldBatchCommandTest, PickedPointsWithUndoAndTheFormsChoicesKeptInTheDrawing) {
   const std::string plan = Plan();
   const fs::path out = dir_ / "picked";
