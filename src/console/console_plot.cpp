@@ -301,6 +301,10 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     plots_.push_back(std::move(record));
     return RTERROR;
   };
+  // Paper was asked for: this host has no printers yet, whatever the device.
+  if (!toFile)
+    return refuse("打印设备“" + (plot.plotterName.empty() ? std::string("无") : plot.plotterName) +
+                  "”：本版本尚不能打印到纸张（打印机），只能打印到文件，未打印。");
   if (!device) {
     return refuse("打印设备“" + plot.plotterName + "”无法使用" + (error.empty() ? std::string() : "：" + error) +
                   "，未打印。");
@@ -308,7 +312,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   if (code == 1) return refuse("本版本暂不能输出 DWF 文件，未打印。");
   const std::optional<render::PlotFormat> format = FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
-  if (!toFile) return refuse("本版本只能打印到文件，未打印。");
   // The open drawing is in use, as it would be in any host: a plot never replaces it.
   if (std::error_code ec; fs::exists(path, ec) && fs::equivalent(path, path_, ec))
     return refuse("文件 " + path + " 是打开的图纸，不能写入，未打印。");

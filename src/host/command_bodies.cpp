@@ -5,6 +5,7 @@
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
+#include "plot/old_batch.h"
 #include "plot/plot_job.h"
 #include "plot/single_plot.h"
 #include "settings/setting_form.h"
@@ -50,7 +51,10 @@ void TV_BatchPlot_13() { Guarded(13); }
 // The settings form leaves CMDECHO alone and has no gate, as the help and the other set-up commands.
 void TV_BatchPlot_14() { settings::SettingCommand(); }
 void TV_BatchPlot_15() { Guarded(15); }
-void TV_BatchPlot_16() { Guarded(16); }
+void TV_BatchPlot_16() {
+  CommandScope scope;
+  plot::OldPaperBatchCommand();
+}
 void TV_BatchPlot_17() { Guarded(17); }
 void TV_BatchPlot_18() { Guarded(18); }
 void TV_BatchPlot_19() { Guarded(19); }

@@ -203,14 +203,17 @@ bool LayoutPlotSetting::IsPaperWiderThanHigh() const {
 
 void LayoutPlotSetting::ListDevices(std::vector<std::string>& out) {
   out.clear();
-  for (std::string& name : host::PlotDeviceList()) {
-    const std::string upper = AsciiUpper(name);
-    if (std::any_of(kNoPaperDevice.begin(), kNoPaperDevice.end(), [&](std::string_view w) { return Holds(upper, w); }))
-      continue;
-    // File devices write PDF; a printer factory's device (工厂, FACT) that holds "PDF" is paper.
-    if (Holds(upper, "PDF") && !Holds(upper, "FACT") && !Holds(upper, "工厂")) continue;
-    out.push_back(std::move(name));
-  }
+  for (std::string& name : host::PlotDeviceList())
+    if (IsPaperDevice(name)) out.push_back(std::move(name));
+}
+
+bool LayoutPlotSetting::IsPaperDevice(const std::string& name) {
+  if (name.empty()) return false;
+  const std::string upper = AsciiUpper(name);
+  if (std::any_of(kNoPaperDevice.begin(), kNoPaperDevice.end(), [&](std::string_view w) { return Holds(upper, w); }))
+    return false;
+  // File devices write PDF; a printer factory's device (工厂, FACT) that holds "PDF" is paper.
+  return !(Holds(upper, "PDF") && !Holds(upper, "FACT") && !Holds(upper, "工厂"));
 }
 
 void LayoutPlotSetting::SavePlotter(SavedPlotter& saved) {

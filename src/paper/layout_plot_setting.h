@@ -59,6 +59,8 @@ class LayoutPlotSetting {
 
   // The devices a paper batch offers: no file devices, no "None", no fax.
   static void ListDevices(std::vector<std::string>& out);
+  // Whether a device name is one a paper batch may plot on, by the same rule; false for none.
+  static bool IsPaperDevice(const std::string& name);
   // The device and medium of the current layout now, and from now on the plot settings of every
   // layout a LayoutPlotSetting opens, so that RestorePlotter can put them back.
   static void SavePlotter(SavedPlotter& saved);

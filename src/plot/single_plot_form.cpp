@@ -116,7 +116,8 @@ bool Dlg_SinglePlot_Setting() {
   v.signatures = setting.format == settings::kFormatDwg ? config.save_as_block : setting.plot_signatures;
   v.autoScale = setting.auto_scale;
   v.chooseFile = config.choose_folder;
-  if (const auto kept = ReadSinglePlotRecord()) {
+  // The record is shared with the old paper batch's form: only this form's own choices count.
+  if (const auto kept = ReadSinglePlotRecord(); kept && kept->formName == kSinglePlotFormName) {
     v.format = kept->values[0] >= 0 && kept->values[0] < 7 ? kept->values[0] : v.format;
     v.style = kept->values[1];
     v.margin = kept->values[2];
