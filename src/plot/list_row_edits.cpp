@@ -98,9 +98,19 @@ bool RowEdits::UnifyPaper(const std::vector<std::size_t>& rows, const std::strin
   const PaperChoiceList list = PaperChoices(rowPapers, rows_.papers(), rows_.paperName(rows.front()));
   std::optional<PaperRequest> request;
   std::optional<paper::MyPaper> fixed;  // one paper for every row
-  if (typed.empty()) {
-    const std::optional<int> chosen =
-        host::CurrentEditor().chooseItem(UnifyPaperTitle(rows.size(), rows_.size()), list.items, list.preselected);
+  // A bare number is the entry of the choice list as it is shown, from 1.
+  std::optional<int> chosen;
+  if (!typed.empty() && typed.find_first_not_of("0123456789") == std::string::npos && typed.size() <= 3) {
+    const int n = std::stoi(typed);
+    if (n < 1 || n > static_cast<int>(list.items.size())) {
+      Say("纸张列表没有第 " + typed + " 项（1 到 " + std::to_string(list.items.size()) + "）。");
+      return false;
+    }
+    chosen = n - 1;
+  }
+  if (typed.empty() || chosen) {
+    if (!chosen)
+      chosen = host::CurrentEditor().chooseItem(UnifyPaperTitle(rows.size(), rows_.size()), list.items, list.preselected);
     if (!chosen) return false;
     const auto k = static_cast<std::size_t>(*chosen);
     if (k + 1 == list.items.size()) {

@@ -69,11 +69,12 @@ TEST_F(ReviewListTest, PaperAndScaleEditsChangeTheRowsNamedAndTheirPages) {
   EXPECT_EQ(PagesIn(PdfFolder()), (std::vector<std::pair<int, int>>{{297, 210}, {297, 210}, {841, 594}})) << s.out;
 
   fs::remove_all(PdfFolder());
-  // The list's last entry is the custom paper form.
-  const RunResult t = Generic(d, {"Z 2", "11", "800", "400", ""});
+  // The list's last entry is the custom paper form; a number typed after the rows is an entry.
+  const RunResult t = Generic(d, {"Z 2", "11", "800", "400", "Z 3 4", ""});
   ASSERT_EQ(t.exitCode, 0) << t.out << t.err;
   EXPECT_TRUE(Has(t.out, "自定义纸张")) << t.out;
   EXPECT_EQ(PagesIn(PdfFolder())[1], (std::pair<int, int>{800, 400})) << t.out;
+  EXPECT_EQ(PagesIn(PdfFolder())[2], (std::pair<int, int>{841, 594})) << t.out;
 }
 
 TEST_F(ReviewListTest, AScaleEditKeepsTheScaleTyped) {
