@@ -183,6 +183,7 @@ int RunAdd(const ParsedArgs& args, CliStreams& io) {
   signing::StampLibrary& library = signing::GlobalStampLibrary();
   const std::string userPath = settings::StampLibraryPath();
   bool taken = false, answered = true;
+  const signing::TV_Stamp* added = nullptr;
   const bool saved = UnderFileLock(userPath, [&] {
     signing::ReadStampFileInto(library, userPath, true);
     const std::size_t before = library.stamps.size();
@@ -196,6 +197,7 @@ int RunAdd(const ParsedArgs& args, CliStreams& io) {
       library.stamps.resize(before);
       return false;
     }
+    added = library.stamps.back().get();
     return signing::SaveStampLibrary(library, userPath);
   });
   if (taken) {
@@ -210,13 +212,9 @@ int RunAdd(const ParsedArgs& args, CliStreams& io) {
     io.err << "\ntvplot stamp: 未能写入 " << Printable(userPath) << '\n';
     return kExitWriteFailed;
   }
-  const signing::TV_Stamp* added = signing::FindStampByName(library, library.stamps.empty() ? "" : name);
-  io.out << "已录入印章 " << Printable(name);
-  if (added) {
-    char size[64];
-    std::snprintf(size, sizeof size, "%.0f x %.0f mm", added->width, added->height);
-    io.out << "（" << size << "）";
-  }
+  char size[64];
+  std::snprintf(size, sizeof size, "%.0f x %.0f mm", added->width, added->height);
+  io.out << "已录入印章 " << Printable(added->name) << "（" << size << "）";
   io.out << "，印章库现有 " << library.stamps.size() << " 个印章\n";
   return kExitOk;
 }

@@ -208,5 +208,39 @@ TEST_F(LibraryCommandTest, TruncatedAndForeignLibrariesAreRefusedAndTheUserLibra
   EXPECT_TRUE(Has(missing.err, "无法读取文件")) << missing.err;
 }
 
+// The numbered commands "签名库管理" (6) and "印章库管理" (13) work on a copy: OK saves it, Cancel
+// leaves the library file as it was.
+TEST_F(LibraryCommandTest, NumberedCommandsEditACopyThatOkSaves) {
+  const std::string drawing = Write("plan.dxf", cad::Database::createDefault());
+  const auto run = [&](const std::string& command, const std::vector<std::string>& answers) {
+    std::vector<std::string> args{"run", drawing, command};
+    for (const std::string& a : answers) args.insert(args.end(), {"--answer", a});
+    return Tvplot(args);
+  };
+  WriteSigns(signs_, {{1, "a"}, {2, "b"}});
+  const std::string before = ReadFile(signs_);
+  RunResult r = run("TV_BatchPlot_6", {"D", "1", "C"});
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_TRUE(Has(r.out, "签名库管理")) << r.out;
+  EXPECT_EQ(ReadFile(signs_), before);
+  r = run("TV_BatchPlot_6", {"D", "1", "S", "1", "O"});
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  signing::SignLibrary signs;
+  ASSERT_TRUE(signing::LoadSignLibrary(signs, signs_, false));
+  ASSERT_EQ(signs.signs.size(), 1u);
+  EXPECT_EQ(signs.signs[0]->person_name, "b");
+  EXPECT_EQ(signs.signs[0]->enabled, 0);
+
+  const std::string picture = Picture("seal.png", 100, 50);
+  r = run("TV_BatchPlot_13", {"A", picture, "印 章", "", "", "80", "", "O"});
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  signing::StampLibrary stamps;
+  ASSERT_TRUE(signing::LoadStampLibrary(stamps, stamps_, false));
+  ASSERT_EQ(stamps.stamps.size(), 1u);
+  EXPECT_EQ(stamps.stamps[0]->name, "印 章");
+  EXPECT_DOUBLE_EQ(stamps.stamps[0]->height, 40.0);
+  EXPECT_TRUE(Has(r.out, "印章库管理")) << r.out;
+}
+
 }  // namespace
 }  // namespace tv::cli
