@@ -16,8 +16,7 @@ std::int32_t StoreCode(std::int32_t value);
 std::int32_t RestoreCode(std::int32_t value);
 
 // The writers' sort: for i from the last record down, every earlier record whose key compares
-// greater (byte order of UTF-8, which is code point order) changes place with record i. Records of
-// equal keys keep their order.
+// greater (byte order of UTF-8, which is code point order) changes place with record i.
 template <class Records, class Key>
 void SortRecordsByKey(Records& records, Key key) {
   for (std::size_t i = records.size(); i-- > 0;)
