@@ -19,6 +19,8 @@
 #include "cli/report_command.h"
 #include "cli/run_command.h"
 #include "cli/sheets_command.h"
+#include "cli/sign_command.h"
+#include "cli/stamp_command.h"
 #include "cli/subcommand.h"
 #include "cli/titleblock_command.h"
 #include "cli/tk_command.h"
@@ -44,6 +46,8 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &TitleBlockSubcommand,
     &ReportSubcommand,
     &TkSubcommand,
+    &SignSubcommand,
+    &StampSubcommand,
     &ConfigSubcommand,
 };
 

@@ -13,6 +13,7 @@
 
 #include "cli/command_line.h"
 #include "cli/json_output.h"
+#include "cli/loaded_module.h"
 #include "cli/tk_file_check.h"
 #include "console/session.h"
 #include "console/text_table.h"
@@ -24,40 +25,10 @@ namespace tv::cli {
 
 using console::Printable;
 using console::TextTable;
-using console::Session;
-using console::SessionOptions;
 
 namespace {
 
 constexpr int kExitWriteFailed = 4;
-
-// The module loaded into a session without a drawing, so that the data folder is known and the
-// user's library is read as at start-up; unloaded again at the end.
-class LoadedModule {
- public:
-  LoadedModule(CliStreams& io, std::vector<std::string> answers, std::istream* terminal)
-      : session_(cad::Database::createDefault(), std::string(), Options(io, std::move(answers), terminal)) {
-    host::OnLoad();
-  }
-  ~LoadedModule() { host::OnUnload(); }
-  LoadedModule(const LoadedModule&) = delete;
-  LoadedModule& operator=(const LoadedModule&) = delete;
-
-  Session& session() { return session_; }
-
- private:
-  static SessionOptions Options(CliStreams& io, std::vector<std::string> answers, std::istream* terminal) {
-    // Questions and messages go where the user reads messages; results stay alone on `out`.
-    SessionOptions options;
-    options.out = &io.err;
-    options.answers = std::move(answers);
-    options.terminal = terminal;
-    options.terminalEchoes = terminal && isatty(STDIN_FILENO) == 1;
-    return options;
-  }
-
-  Session session_;
-};
 
 // ---- list ------------------------------------------------------------------------------------------
 

@@ -9,6 +9,7 @@
 #include "plot/plot_job.h"
 #include "plot/single_plot.h"
 #include "settings/setting_form.h"
+#include "signing/library_forms.h"
 
 namespace tv::host {
 
@@ -43,11 +44,17 @@ void TV_BatchPlot_4() {
   plot::TitlePlotCommand();
 }
 void TV_BatchPlot_5() { Guarded(5); }
-void TV_BatchPlot_6() { Guarded(6); }
+void TV_BatchPlot_6() {
+  CommandScope scope;
+  signing::SignLibraryCommand();
+}
 void TV_BatchPlot_7() { Guarded(7); }
 void TV_BatchPlot_8() { Guarded(8); }
 void TV_BatchPlot_9() { NotOffered(9); }
-void TV_BatchPlot_13() { Guarded(13); }
+void TV_BatchPlot_13() {
+  CommandScope scope;
+  signing::StampLibraryCommand();
+}
 // The settings form leaves CMDECHO alone and has no gate, as the help and the other set-up commands.
 void TV_BatchPlot_14() { settings::SettingCommand(); }
 void TV_BatchPlot_15() { Guarded(15); }

@@ -13,7 +13,8 @@
 #include "plot/review_forms.h"
 #include "settings/config.h"
 #include "settings/folders.h"
-#include "signing/libraries.h"
+#include "signing/sign_library.h"
+#include "signing/stamp_library.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::host {
@@ -77,6 +78,8 @@ void OnUnload() {
   plot::ReleasePlotterFiles();
   settings::SaveConfig(settings::GlobalConfig(), false, false);
   titleblock::ClearLibrary(titleblock::GlobalTkLibrary());
+  signing::ClearSignLibrary(signing::GlobalSignLibrary());
+  signing::ClearStampLibrary(signing::GlobalStampLibrary());
   CurrentEditor().removeGroup(kCommandGroup);
   DetachMonitor();
   state.editorReactor.reset();

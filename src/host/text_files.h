@@ -30,6 +30,9 @@ std::string TextFileText(const std::string& bytes);
 // anything fails; the target is then untouched.
 bool WriteTextFileReplacing(const std::string& path, const std::string& utf8Text);
 
+// The same for bytes written as they stand (the binary stamp library).
+bool WriteFileReplacing(const std::string& path, const std::string& bytes);
+
 // The bytes `utf8Text` becomes on disk; nullopt when it can't be converted.
 std::optional<std::string> TextFileBytes(const std::string& utf8Text);
 

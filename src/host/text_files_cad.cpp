@@ -118,7 +118,11 @@ std::optional<std::string> TextFileBytes(const std::string& utf8Text) {
 
 bool WriteTextFileReplacing(const std::string& path, const std::string& utf8Text) {
   const std::optional<std::string> bytes = TextFileBytes(utf8Text);
-  if (!bytes || path.empty()) return false;
+  return bytes && WriteFileReplacing(path, *bytes);
+}
+
+bool WriteFileReplacing(const std::string& path, const std::string& fileBytes) {
+  if (path.empty()) return false;
   FileLock lock(path);
   if (!lock.held()) return false;
   // Through links to the file itself, which is what gets replaced.
@@ -132,7 +136,7 @@ bool WriteTextFileReplacing(const std::string& path, const std::string& utf8Text
   const int fd = ::mkstemp(temporary.data());
   if (fd < 0) return false;
   TemporaryFile cleanup{temporary};
-  if (!WriteAll(fd, *bytes) || (existed && ::fchmod(fd, old.st_mode & 07777) != 0) || ::fsync(fd) != 0) {
+  if (!WriteAll(fd, fileBytes) || (existed && ::fchmod(fd, old.st_mode & 07777) != 0) || ::fsync(fd) != 0) {
     ::close(fd);
     return false;
   }
@@ -141,7 +145,7 @@ bool WriteTextFileReplacing(const std::string& path, const std::string& utf8Text
   cleanup.path.clear();
   SyncFolder(targetPath.parent_path());
   // Under the lock nobody else replaces the file, so what is read back is what this write left.
-  return ReadFileBytes(target) == bytes;
+  return ReadFileBytes(target) == fileBytes;
 }
 
 }  // namespace tv::host

@@ -2,7 +2,7 @@
 
 #include "host/editor.h"
 #include "plot/plot_job.h"
-#include "signing/libraries.h"
+#include "signing/stamp_library.h"
 #include "signing/sign_approval.h"
 
 namespace tv::plot {
