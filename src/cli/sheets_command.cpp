@@ -11,6 +11,7 @@
 #include "cli/command_line.h"
 #include "cli/json_output.h"
 #include "cli/option_values.h"
+#include "cli/row_preview_option.h"
 #include "cli/session_launch.h"
 #include "console/console_editor.h"
 #include "console/session.h"
@@ -152,23 +153,6 @@ void WriteJson(const plot::Dlg_BPlot1& form, const std::map<ObjectId, std::strin
   PrintJson(out, json);
 }
 
-// The preview image of row `number`, written as the list's preview writes it; nullopt, with the
-// reason on the error stream, when there is none.
-std::optional<std::string> PreviewOf(plot::Dlg_BPlot1& form, std::size_t number, Session& session, CliStreams& io) {
-  if (number > form.rows.size()) {
-    io.err << "tvplot sheets: 没有第 " << number << " 张图纸（共 " << form.rows.size() << " 张）\n";
-    return std::nullopt;
-  }
-  const std::size_t before = session.editor().previews().size();
-  const std::size_t told = session.editor().messages().size();
-  if (plot::PreviewRow(form, number - 1) && session.editor().previews().size() > before)
-    return session.editor().previews().back();
-  const auto& messages = session.editor().messages();
-  io.err << "tvplot sheets: "
-         << (messages.size() > told ? console::OneLine(messages.back()) : std::string("无法预览第 ") + std::to_string(number) + " 张图纸")
-         << '\n';
-  return std::nullopt;
-}
 
 void DefineSheets(CLI::App& app) {
   Describe(app,
@@ -218,7 +202,7 @@ int RunSheets(const ParsedArgs& args, CliStreams& io) {
     const auto layouts = LayoutNamesByBlock();
     std::optional<std::string> preview;
     if (options.preview) {
-      preview = PreviewOf(*form, *options.preview, session, io);
+      preview = PreviewOf(*form, *options.preview, session, io, "tvplot sheets");
       if (!preview) exitCode = kExitNoPreview;
     }
     if (options.json) WriteJson(*form, layouts, preview, io.out);

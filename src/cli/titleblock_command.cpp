@@ -13,6 +13,7 @@
 #include "cli/command_line.h"
 #include "cli/json_output.h"
 #include "cli/option_values.h"
+#include "cli/row_preview_option.h"
 #include "cli/plot_command.h"
 #include "cli/session_launch.h"
 #include "cli/tk_file_check.h"
@@ -121,21 +122,6 @@ void WriteJson(const plot::Dlg_BPlot2& form, const std::map<ObjectId, std::strin
   PrintJson(out, json);
 }
 
-// The preview image of row `number`; nullopt, with the reason on the error stream, when there is none.
-std::optional<std::string> PreviewOf(plot::Dlg_BPlot2& form, std::size_t number, Session& session, CliStreams& io) {
-  if (number > form.rows.size()) {
-    io.err << "tvplot titleblock: 没有第 " << number << " 张图纸（共 " << form.rows.size() << " 张）\n";
-    return std::nullopt;
-  }
-  const std::size_t before = session.editor().previews().size();
-  const std::size_t told = session.editor().messages().size();
-  if (plot::PreviewRow(form, number - 1) && session.editor().previews().size() > before)
-    return session.editor().previews().back();
-  const auto& messages = session.editor().messages();
-  io.err << "tvplot titleblock: "
-         << (messages.size() > told ? OneLine(messages.back()) : "无法预览第 " + std::to_string(number) + " 张图纸") << '\n';
-  return std::nullopt;
-}
 
 int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
   if (auto error = args.oneDrawingError()) return args.usage(io, *error);
@@ -173,7 +159,7 @@ int ListTitleBlocks(const ParsedArgs& args, CliStreams& io) {
     const auto layouts = LayoutNamesByBlock();
     std::optional<std::string> preview;
     if (previewRow) {
-      preview = PreviewOf(*form, *previewRow, session, io);
+      preview = PreviewOf(*form, *previewRow, session, io, "tvplot titleblock");
       if (!preview) exitCode = kExitNoPreview;
     }
     if (json) WriteJson(*form, layouts, preview, io.out);

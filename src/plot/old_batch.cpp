@@ -20,6 +20,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/plotter_lock.h"
+#include "plot/typed_point.h"
 #include "recognition/plot_marker.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
@@ -48,29 +49,7 @@ host::MessageAnswer Box(std::string_view text, host::MessageButtons buttons = ho
   return host::CurrentEditor().messageBox(text, kPlotCaption, buttons);
 }
 
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
 
-// "x,y" or "x,y,z".
-std::optional<Point2d> ParsePoint(std::string_view text) {
-  double v[3] = {0, 0, 0};
-  int n = 0;
-  while (n < 3) {
-    const std::size_t comma = text.find(',');
-    const std::string part(Trimmed(text.substr(0, comma)));
-    char* end = nullptr;
-    v[n] = std::strtod(part.c_str(), &end);
-    if (part.empty() || end != part.c_str() + part.size() || !std::isfinite(v[n])) return std::nullopt;
-    ++n;
-    if (comma == std::string_view::npos) break;
-    text.remove_prefix(comma + 1);
-  }
-  if (n < 2) return std::nullopt;
-  return Point2d{v[0], v[1]};
-}
 
 bool IsUndo(std::string_view answer) { return answer == "U" || answer == "u"; }
 
@@ -93,7 +72,7 @@ std::optional<std::vector<Area>> PickPoints() {
   for (;;) {
     std::string answer;
     if (editor.getString(kFirstPrompt, answer) != host::RTNORM) return std::nullopt;
-    std::string_view given = Trimmed(answer);
+    std::string_view given = TrimTyped(answer);
     if (given.empty()) return areas;
     if (IsUndo(given)) {
       if (areas.empty()) {
@@ -104,22 +83,22 @@ std::optional<std::vector<Area>> PickPoints() {
       }
       continue;
     }
-    const std::optional<Point2d> first = ParsePoint(given);
+    const std::optional<Point3d> first = ParseTypedPoint(given);
     if (!first) {
       host::Print("\n需要点或选项关键字。");
       continue;
     }
     for (;;) {
       if (editor.getString(kSecondPrompt, answer) != host::RTNORM) return std::nullopt;
-      given = Trimmed(answer);
+      given = TrimTyped(answer);
       if (given.empty()) return areas;
       if (IsUndo(given)) break;  // the first point goes; the pair is picked again
-      const std::optional<Point2d> second = ParsePoint(given);
+      const std::optional<Point3d> second = ParseTypedPoint(given);
       if (!second) {
         host::Print("\n需要点。");
         continue;
       }
-      if (!AddArea(areas, *first, *second)) {
+      if (!AddArea(areas, {first->x, first->y}, {second->x, second->y})) {
         host::Print("\n两点不能构成打印范围（宽度或高度为 0），请重新选择。");
         continue;
       }

@@ -20,6 +20,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/plotter_lock.h"
+#include "plot/typed_point.h"
 #include "plot/single_plot_form.h"
 #include "plot/sheet_export.h"
 #include "settings/config.h"
@@ -72,29 +73,7 @@ std::string Sized(const char* pattern, std::int32_t a, std::int32_t b) {
   return text;
 }
 
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
-}
 
-// "x,y" or "x,y,z" typed at the first point prompt, which also takes the keywords.
-std::optional<Point3d> ParseCorner(std::string_view text) {
-  double v[3] = {0, 0, 0};
-  int n = 0;
-  while (n < 3) {
-    const std::size_t comma = text.find(',');
-    const std::string part(text.substr(0, comma));
-    char* end = nullptr;
-    v[n] = std::strtod(part.c_str(), &end);
-    if (part.empty() || end != part.c_str() + part.size() || !std::isfinite(v[n])) return std::nullopt;
-    ++n;
-    if (comma == std::string_view::npos) break;
-    text.remove_prefix(comma + 1);
-  }
-  if (n < 2) return std::nullopt;
-  return Point3d{v[0], v[1], v[2]};
-}
 
 void PlotPicked(const Point3d& first, const Point3d& second);
 
@@ -234,7 +213,7 @@ void SinglePlot_SelectP() {
   for (;;) {
     std::string answer;
     if (editor.getString(kFirstPointPrompt, answer) != host::RTNORM) return;
-    const std::string_view given = Trimmed(answer);
+    const std::string_view given = TrimTyped(answer);
     if (given.empty()) return;
     if (given == "S" || given == "s") {
       Dlg_SinglePlot_Setting();
@@ -244,7 +223,7 @@ void SinglePlot_SelectP() {
       SinglePlot_SelectW();
       return;
     }
-    const std::optional<Point3d> first = ParseCorner(given);
+    const std::optional<Point3d> first = ParseTypedPoint(given);
     if (!first) {
       host::Print("\n需要点或选项关键字。");
       continue;
