@@ -163,11 +163,8 @@ int RunReport(const ParsedArgs& args, CliStreams& io) {
   Session session(std::move(*db), path, TranscriptOptions(transcript, io));
   const NoticesToErr notices(io);
   host::OnLoad();
-  titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
   if (auto tk = args.value("--tk")) {
-    std::optional<std::string> refusal = TkFileRefusal(*tk);
-    if (!refusal && !titleblock::ReadTkFileInto(library, *tk, true)) refusal = "无法读取文件 " + Printable(*tk);
-    if (refusal) {
+    if (std::optional<std::string> refusal = ReadTkOption(*tk)) {
       io.err << kProgram << *refusal << '\n';
       host::OnUnload();
       return kExitUnreadable;

@@ -47,13 +47,9 @@ constexpr std::array<const char*, 6> kFieldKeys{"drawingNo", "revision", "title"
 
 // The library the run reads: the file of --tk in place of the user's, which stays as it is on disk.
 std::optional<FileBatch::Refusal> PrepareLibrary(const std::optional<std::string>& tkPath) {
-  titleblock::TK_Library& library = titleblock::GlobalTkLibrary();
-  if (tkPath) {
-    if (std::optional<std::string> refusal = TkFileRefusal(*tkPath)) return FileBatch::Refusal{*refusal, kExitUnreadable};
-    if (!titleblock::ReadTkFileInto(library, *tkPath, true))
-      return FileBatch::Refusal{"无法读取文件 " + Printable(*tkPath), kExitUnreadable};
-  }
-  if (library.definitions.empty())
+  if (tkPath)
+    if (std::optional<std::string> refusal = ReadTkOption(*tkPath)) return FileBatch::Refusal{*refusal, kExitUnreadable};
+  if (titleblock::GlobalTkLibrary().definitions.empty())
     return FileBatch::Refusal{OneLine(std::string(titleblock::kEmptyLibraryMessage)) + std::string(kLibraryHint), kExitNoSheets};
   return std::nullopt;
 }

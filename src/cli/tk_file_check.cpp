@@ -17,4 +17,11 @@ std::optional<std::string> TkFileRefusal(const std::string& path) {
   return std::nullopt;
 }
 
+std::optional<std::string> ReadTkOption(const std::string& path) {
+  if (std::optional<std::string> refusal = TkFileRefusal(path)) return refusal;
+  if (!titleblock::ReadTkFileInto(titleblock::GlobalTkLibrary(), path, true))
+    return "无法读取文件 " + console::Printable(path);
+  return std::nullopt;
+}
+
 }  // namespace tv::cli
