@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "cad/entity_geometry_internal.h"
+#include "cad/spline_parameters.h"
 
 namespace tv::cad {
 
@@ -205,6 +206,18 @@ std::vector<Point3d> SplineToPolyline(const Spline& spline, double chordToleranc
     }
     if (points.size() >= kMaxSplinePoints) break;
   }
+  return points;
+}
+
+std::vector<Point3d> SplineAtEqualParameters(const Spline& spline, std::size_t steps) {
+  const auto curve = Nurbs::from(spline);
+  if (!curve || steps == 0) return {};
+  const double start = curve->domainStart(), end = curve->domainEnd();
+  std::vector<Point3d> points;
+  points.reserve(steps + 1);
+  for (std::size_t i = 0; i < steps; ++i)
+    points.push_back(curve->at(start + (end - start) * static_cast<double>(i) / static_cast<double>(steps)));
+  points.push_back(curve->at(end));
   return points;
 }
 

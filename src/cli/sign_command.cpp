@@ -8,6 +8,7 @@
 
 #include "cli/library_import.h"
 #include "cli/loaded_module.h"
+#include "cli/sign_capture.h"
 #include "console/text_table.h"
 #include "settings/config.h"
 #include "signing/sign_library.h"
@@ -116,31 +117,39 @@ void DefineSign(CLI::App& app) {
            "用法：tvplot sign list\n"
            "      tvplot sign export 文件.tvlib1\n"
            "      tvplot sign import 文件.tvlib1 [--keep | --replace]\n"
+           "      tvplot sign capture 图纸.dxf --id N --name 姓名 [--code N] [--window X1,Y1,X2,Y2 | --layer 图层]\n"
            "  管理用户的签名库（数据文件夹中的 Sign.tvlib1，或设置中指定的文件）。\n"
            "  list          列出签名（人员编号、姓名、轮廓数、尺寸、授权码、状态）\n"
            "  export 文件   把签名库写入文件\n"
-           "  import 文件   把文件中的签名并入签名库并保存；人员编号相同的保留库中原有的签名\n",
+           "  import 文件   把文件中的签名并入签名库并保存；人员编号相同的保留库中原有的签名\n"
+           "  capture 图纸  由模型空间的直线、圆弧、多段线和样条曲线（或窗口内、图层上的）录入新签名\n",
            "  签名库不为空而未给出 --keep 或 --replace 时，在终端询问；标准输入不是终端时必须给出其一。\n"
-           "  退出码：0 完成，1 用法错误，2 文件无法读取或不是完整的签名库文件，3 提问未得到回答，4 写入失败\n");
+           "  退出码：0 完成，1 用法错误，2 文件无法读取或不是完整的签名库文件，3 提问未得到回答，4 写入失败，\n"
+           "  6 签名库中已有该人员编号，7 所选曲线未形成封闭的签名轮廓\n");
   AddFlag(app, "--keep", "导入时保留原签名库信息（回答“是”）");
   AddFlag(app, "--replace", "导入时不保留原签名库信息（回答“否”）");
+  DefineSignCaptureOptions(app);
 }
 
 int RunSign(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export 或 import");
+  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export、import 或 capture");
   const std::string& action = args.positional.front();
   if (action != "import" && (args.has("--keep") || args.has("--replace")))
     return args.usage(io, "--keep 和 --replace 只用于 import");
+  if (action != "capture")
+    for (const char* option : kSignCaptureOptions)
+      if (args.value(option)) return args.usage(io, std::string(option) + " 只用于 capture");
   if (action == "list") return RunList(args, io);
   if (action == "export") return RunExport(args, io);
   if (action == "import") return RunImport(args, io);
-  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export 或 import");
+  if (action == "capture") return RunSignCapture(args, io);
+  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export、import 或 capture");
 }
 
 }  // namespace
 
 const Subcommand& SignSubcommand() {
-  static const Subcommand kSign{"sign", "显示、导出或导入签名库", &DefineSign, &RunSign};
+  static const Subcommand kSign{"sign", "显示、导出或导入签名库，或由图纸中的曲线录入新签名", &DefineSign, &RunSign};
   return kSign;
 }
 

@@ -9,6 +9,7 @@
 
 #include "host/editor.h"
 #include "settings/config.h"
+#include "signing/sign_add.h"
 #include "signing/sign_library.h"
 #include "signing/stamp_form.h"
 #include "signing/stamp_library.h"
@@ -97,7 +98,7 @@ void SignLibraryCommand() {
   ListForm form;
   form.title = "签名库管理";
   form.columns = {"序 号", " 姓 名 ", "授 权 码", " 状 态 "};
-  form.emptyHint = "当前签名库文件：" + path + "（空）";
+  form.emptyHint = "当前签名库文件：" + path + "（空）\n双击空白处录入新签名";
   form.rows = [&] {
     std::vector<std::vector<std::string>> rows;
     char number[16];
@@ -117,6 +118,7 @@ void SignLibraryCommand() {
     if (const auto file = editor.askSavePath("保存签名库文件为...", "签名库文件.tvlib1", "tvlib1"))
       SaveSignLibrary(copy, *file);
   };
+  form.add = [&] { AddSignFromDrawing(copy); };
   form.ok = [&] {
     const bool saved = SaveSignLibrary(copy, path);
     LoadSignLibrary(GlobalSignLibrary(), path, false);

@@ -1,0 +1,17 @@
+#pragma once
+// `tvplot sign capture`: a signature captured from the curves of a drawing into the user's library.
+#include "cli/command_line.h"
+
+namespace tv::cli {
+
+inline constexpr int kExitPersonTaken = 6;
+inline constexpr int kExitNoOutline = 7;
+
+// The options the action adds to `tvplot sign`.
+void DefineSignCaptureOptions(CLI::App& app);
+// The options only the action takes, for the other actions to refuse.
+inline constexpr const char* kSignCaptureOptions[] = {"--id", "--name", "--code", "--window", "--layer"};
+
+int RunSignCapture(const ParsedArgs& args, CliStreams& io);
+
+}  // namespace tv::cli
