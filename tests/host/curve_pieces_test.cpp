@@ -102,7 +102,9 @@ TEST_F(CurvePieces, PiecesFollowTheCurveInThePlaneZero) {
   for (std::size_t i = 1; i < pieces.size(); ++i) {
     EXPECT_EQ(pieces[i].start.z, 0);
     EXPECT_NEAR(pieces[i].start.distanceTo({1, 2, 0}), 3, 1e-9);
-    if (i + 1 < pieces.size()) EXPECT_EQ(pieces[i].end, pieces[i + 1].start);
+    if (i + 1 < pieces.size()) {
+      EXPECT_EQ(pieces[i].end, pieces[i + 1].start);
+    }
   }
   EXPECT_NEAR(pieces.back().end.distanceTo(pieces[1].start), 0, 1e-9);
 
