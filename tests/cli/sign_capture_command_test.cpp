@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "../support/corpus.h"
 #include "../support/entity_builders.h"
 #include "../support/tvplot_test.h"
 #include "signing/sign_library.h"
@@ -132,6 +133,37 @@ TEST_F(SignCaptureTest, TheLibraryFormAddsFromTheLinesPicked) {
   const std::vector<std::string> row = ListedRow("赵六");
   ASSERT_GT(row.size(), 3u);
   EXPECT_EQ(row[3], "2");
+}
+
+// Drawings of other programs: outlines drawn as polylines and circles, and a loop of lines and arcs
+// that crosses itself, which encloses no region.
+TEST_F(SignCaptureTest, CorpusDrawings) {
+  const fs::path root = CorpusDir() / "ezdxf";
+  TV_SKIP_WITHOUT_CORPUS(root);
+  struct Case {
+    const char* file;
+    int exitCode;
+    std::vector<std::int32_t> outer;  // is_outer of the outlines in order
+  };
+  const std::vector<Case> cases = {
+      {"examples_dxf/hatch_text_box_in_hole.dxf", 0, {1, 0}},
+      {"examples_dxf/circle_radius_le_0.dxf", 0, {1}},
+      {"examples/edgeminer/6_closed_loop_with_arcs.dxf", 7, {}},
+  };
+  std::int32_t id = 100;
+  for (const Case& c : cases) {
+    const fs::path file = root / c.file;
+    TV_SKIP_WITHOUT_CORPUS(file);
+    const RunResult r = Tvplot({"sign", "capture", file.string(), "--id", std::to_string(++id), "--name", c.file});
+    EXPECT_EQ(r.exitCode, c.exitCode) << c.file << '\n' << r.err;
+    signing::SignLibrary library;
+    signing::LoadSignLibrary(library, library_, false);
+    const signing::TV_Sign* sign = signing::FindSignById(library, id);
+    std::vector<std::int32_t> outer;
+    if (sign)
+      for (const auto& shape : sign->shapes) outer.push_back(shape->is_outer);
+    EXPECT_EQ(outer, c.outer) << c.file;
+  }
 }
 
 }  // namespace
