@@ -15,12 +15,8 @@ struct CurvePiece {
   Point3d end;
 };
 
-// Whether the entity is a curve: a line, polyline (a mesh or polyface is none), arc, circle,
-// ellipse or spline.
-bool IsCurve(ObjectId id);
-
-// The extents of a curve of the drawing; nullopt for other entities and for a curve that shows
-// nothing.
+// The extents of a curve of the drawing: a line, polyline (a mesh or polyface is none), arc,
+// circle, ellipse or spline; nullopt for other entities and for a curve that shows nothing.
 std::optional<Extents3d> CurveExtents(ObjectId id);
 
 // Appends the pieces of the curve `id`, flattened at the step length `step`:

@@ -209,8 +209,6 @@ const cad::Entity* CurveEntity(ObjectId id) {
 
 }  // namespace
 
-bool IsCurve(ObjectId id) { return CurveEntity(id) != nullptr; }
-
 std::optional<Extents3d> CurveExtents(ObjectId id) {
   const cad::Entity* e = CurveEntity(id);
   if (!e) return std::nullopt;
