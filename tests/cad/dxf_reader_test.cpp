@@ -19,18 +19,20 @@ namespace fs = std::filesystem;
 const fs::path kCorpus = tv::test_support::CorpusDir();
 const fs::path kExamples = kCorpus / "ezdxf" / "examples_dxf";
 
-// Test drawings are written one group a line, "code value"; this makes the two-line DXF form.
+// Test drawings are written one record a line, its groups "code value" apart by " | "; this makes
+// the two-line DXF form.
 std::string Dxf(std::string_view snippet) {
   std::string out;
-  while (!snippet.empty()) {
-    std::size_t eol = snippet.find('\n');
-    std::string_view line = snippet.substr(0, eol);
-    snippet = eol == std::string_view::npos ? std::string_view{} : snippet.substr(eol + 1);
-    while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
-    if (line.empty()) continue;
-    std::size_t sp = line.find(' ');
-    out.append(line.substr(0, sp)).append("\n");
-    out.append(sp == std::string_view::npos ? std::string_view{} : line.substr(sp + 1)).append("\n");
+  for (std::size_t at = 0; at < snippet.size();) {
+    std::size_t end = std::min(snippet.find_first_of("|\n", at), snippet.size());
+    std::string_view group = snippet.substr(at, end - at);
+    at = end + 1;
+    while (!group.empty() && group.front() == ' ') group.remove_prefix(1);
+    while (!group.empty() && group.back() == ' ') group.remove_suffix(1);
+    if (group.empty()) continue;
+    std::size_t sp = group.find(' ');
+    out.append(group.substr(0, sp)).append("\n");
+    out.append(sp == std::string_view::npos ? std::string_view{} : group.substr(sp + 1)).append("\n");
   }
   return out;
 }
@@ -191,35 +193,17 @@ TEST(DxfReader, CorpusSpotChecks) {
 // ---- text encodings --------------------------------------------------------------------------
 
 constexpr std::string_view kChineseR2000 = R"(
-  0 SECTION
-  2 HEADER
-  9 $ACADVER
-  1 AC1015
+  0 SECTION | 2 HEADER
+  9 $ACADVER | 1 AC1015
   @CODEPAGE@
   0 ENDSEC
-  0 SECTION
-  2 TABLES
-  0 TABLE
-  2 LAYER
-  70 1
-  0 LAYER
-  5 10
-  100 AcDbSymbolTableRecord
-  100 AcDbLayerTableRecord
-  2 图层一
-  70 0
-  62 -3
+  0 SECTION | 2 TABLES
+  0 TABLE | 2 LAYER | 70 1
+  0 LAYER | 5 10 | 100 AcDbSymbolTableRecord | 100 AcDbLayerTableRecord | 2 图层一 | 70 0 | 62 -3
   0 ENDTAB
   0 ENDSEC
-  0 SECTION
-  2 ENTITIES
-  0 TEXT
-  5 20
-  8 图层一
-  10 0
-  20 0
-  40 2.5
-  1 中文文字
+  0 SECTION | 2 ENTITIES
+  0 TEXT | 5 20 | 8 图层一 | 10 0 | 20 0 | 40 2.5 | 1 中文文字
   0 ENDSEC
   0 EOF
 )";
@@ -276,134 +260,37 @@ TEST(DxfReader, CodePagesAndEscapes) {
 TEST(DxfReader, HeaderClassesAndTables) {
   DxfReadResult r = ReadSnippet(R"(
     999 written by a test
-    0 SECTION
-    2 HEADER
-    9 $ACADVER
-    1 AC1015
-    9 $DWGCODEPAGE
-    3 ANSI_1252
-    9 $INSBASE
-    10 1.5
-    20 2.5
-    30 0
-    9 $HANDSEED
-    5 2000
-    9 $LTSCALE
-    40 2
+    0 SECTION | 2 HEADER
+    9 $ACADVER | 1 AC1015
+    9 $DWGCODEPAGE | 3 ANSI_1252
+    9 $INSBASE | 10 1.5 | 20 2.5 | 30 0
+    9 $HANDSEED | 5 2000
+    9 $LTSCALE | 40 2
     0 ENDSEC
-    0 SECTION
-    2 CLASSES
-    0 CLASS
-    1 IMAGEDEF
-    2 AcDbRasterImageDef
-    3 ISM
-    90 0
-    91 2
-    280 0
-    281 0
+    0 SECTION | 2 CLASSES
+    0 CLASS | 1 IMAGEDEF | 2 AcDbRasterImageDef | 3 ISM | 90 0 | 91 2 | 280 0 | 281 0
     0 ENDSEC
-    0 SECTION
-    2 TABLES
-    0 TABLE
-    2 LAYER
-    5 2
-    102 {ACAD_XDICTIONARY
-    360 300
-    102 }
-    330 0
-    100 AcDbSymbolTable
-    70 2
-    0 LAYER
-    5 10
-    330 2
-    100 AcDbSymbolTableRecord
-    100 AcDbLayerTableRecord
-    2 Walls
-    70 4
-    62 5
-    420 16711680
-    6 DASHED
-    290 0
-    370 50
-    0 LAYER
-    5 11
-    330 2
-    2 WALLS
-    70 0
-    62 1
+    0 SECTION | 2 TABLES
+    0 TABLE | 2 LAYER | 5 2 | 102 {ACAD_XDICTIONARY | 360 300 | 102 } | 330 0 | 100 AcDbSymbolTable | 70 2
+    0 LAYER | 5 10 | 330 2 | 100 AcDbSymbolTableRecord | 100 AcDbLayerTableRecord | 2 Walls | 70 4 | 62 5
+      420 16711680 | 6 DASHED | 290 0 | 370 50
+    0 LAYER | 5 11 | 330 2 | 2 WALLS | 70 0 | 62 1
     0 ENDTAB
-    0 TABLE
-    2 LTYPE
-    5 5
-    70 1
-    0 LTYPE
-    5 14
-    330 5
-    100 AcDbSymbolTableRecord
-    100 AcDbLinetypeTableRecord
-    2 DASHED
-    70 0
-    3 Dashed __ __
-    72 65
-    73 2
-    40 0.75
-    49 0.5
-    74 0
-    49 -0.25
-    74 0
+    0 TABLE | 2 LTYPE | 5 5 | 70 1
+    0 LTYPE | 5 14 | 330 5 | 100 AcDbSymbolTableRecord | 100 AcDbLinetypeTableRecord | 2 DASHED | 70 0
+      3 Dashed __ __ | 72 65 | 73 2 | 40 0.75 | 49 0.5 | 74 0 | 49 -0.25 | 74 0
     0 ENDTAB
-    0 TABLE
-    2 STYLE
-    5 3
-    70 1
-    0 STYLE
-    5 15
-    2 Note
-    70 0
-    40 0
-    41 0.8
-    50 15
-    71 0
-    42 2.5
-    3 simsun.ttc
-    4
-    1001 ACAD
-    1000 SimSun
-    1071 0
+    0 TABLE | 2 STYLE | 5 3 | 70 1
+    0 STYLE | 5 15 | 2 Note | 70 0 | 40 0 | 41 0.8 | 50 15 | 71 0 | 42 2.5 | 3 simsun.ttc | 4 | 1001 ACAD
+      1000 SimSun | 1071 0
     0 ENDTAB
-    0 TABLE
-    2 DIMSTYLE
-    5 A
-    330 0
-    100 AcDbSymbolTable
-    70 1
-    100 AcDbDimStyleTable
-    71 1
-    340 27
-    0 DIMSTYLE
-    105 27
-    330 A
-    100 AcDbSymbolTableRecord
-    100 AcDbDimStyleTableRecord
-    2 Standard
-    70 0
-    41 2.5
-    340 15
+    0 TABLE | 2 DIMSTYLE | 5 A | 330 0 | 100 AcDbSymbolTable | 70 1 | 100 AcDbDimStyleTable | 71 1 | 340 27
+    0 DIMSTYLE | 105 27 | 330 A | 100 AcDbSymbolTableRecord | 100 AcDbDimStyleTableRecord | 2 Standard | 70 0 | 41 2.5
+      340 15
     0 ENDTAB
-    0 TABLE
-    2 BLOCK_RECORD
-    5 1
-    70 1
-    0 BLOCK_RECORD
-    5 1F
-    330 1
-    100 AcDbSymbolTableRecord
-    100 AcDbBlockTableRecord
-    2 *Model_Space
-    340 22
-    70 4
-    280 1
-    281 0
+    0 TABLE | 2 BLOCK_RECORD | 5 1 | 70 1
+    0 BLOCK_RECORD | 5 1F | 330 1 | 100 AcDbSymbolTableRecord | 100 AcDbBlockTableRecord | 2 *Model_Space | 340 22
+      70 4 | 280 1 | 281 0
     0 ENDTAB
     0 ENDSEC
     0 EOF
@@ -467,111 +354,34 @@ TEST(DxfReader, HeaderClassesAndTables) {
 
 TEST(DxfReader, BlocksEntitiesAndOwners) {
   DxfReadResult r = ReadSnippet(R"(
-    0 SECTION
-    2 HEADER
-    9 $ACADVER
-    1 AC1015
+    0 SECTION | 2 HEADER
+    9 $ACADVER | 1 AC1015
     0 ENDSEC
-    0 SECTION
-    2 TABLES
-    0 TABLE
-    2 BLOCK_RECORD
-    70 3
-    0 BLOCK_RECORD
-    5 1F
-    2 *Model_Space
-    0 BLOCK_RECORD
-    5 1B
-    2 *Paper_Space
-    0 BLOCK_RECORD
-    5 30
-    2 Door
+    0 SECTION | 2 TABLES
+    0 TABLE | 2 BLOCK_RECORD | 70 3
+    0 BLOCK_RECORD | 5 1F | 2 *Model_Space
+    0 BLOCK_RECORD | 5 1B | 2 *Paper_Space
+    0 BLOCK_RECORD | 5 30 | 2 Door
     0 ENDTAB
     0 ENDSEC
-    0 SECTION
-    2 BLOCKS
-    0 BLOCK
-    5 31
-    330 30
-    100 AcDbEntity
-    8 0
-    100 AcDbBlockBegin
-    2 Door
-    70 2
-    10 1
-    20 2
-    30 0
-    3 Door
-    1
-    4 A door
-    0 INSERT
-    5 32
-    8 Frames
-    2 Frame
-    10 0
-    20 0
-    0 LINE
-    5 33
-    330 999
-    8 0
-    10 0
-    20 0
-    11 1
-    21 1
-    0 ENDBLK
-    5 34
-    330 30
-    8 0
-    0 BLOCK
-    5 40
-    8 0
-    2 Frame
-    70 0
-    10 0
-    20 0
-    0 ENDBLK
-    5 41
-    0 BLOCK
-    5 50
-    2 DOOR
-    0 LINE
-    5 51
-    0 ENDBLK
-    5 52
+    0 SECTION | 2 BLOCKS
+    0 BLOCK | 5 31 | 330 30 | 100 AcDbEntity | 8 0 | 100 AcDbBlockBegin | 2 Door | 70 2 | 10 1 | 20 2 | 30 0 | 3 Door
+      1 | 4 A door
+    0 INSERT | 5 32 | 8 Frames | 2 Frame | 10 0 | 20 0
+    0 LINE | 5 33 | 330 999 | 8 0 | 10 0 | 20 0 | 11 1 | 21 1
+    0 ENDBLK | 5 34 | 330 30 | 8 0
+    0 BLOCK | 5 40 | 8 0 | 2 Frame | 70 0 | 10 0 | 20 0
+    0 ENDBLK | 5 41
+    0 BLOCK | 5 50 | 2 DOOR
+    0 LINE | 5 51
+    0 ENDBLK | 5 52
     0 ENDSEC
-    0 SECTION
-    2 ENTITIES
-    0 LINE
-    5 60
-    330 1B
-    8 Frames
-    10 0
-    20 0
-    11 1
-    21 0
-    0 LINE
-    5 61
-    8 Frames
-    10 0
-    20 0
-    11 0
-    21 1
-    0 INSERT
-    5 62
-    330 1F
-    8 0
-    2 Door
-    10 5
-    20 5
-    0 SEQEND
-    5 63
-    0 CIRCLE
-    5 64
-    330 30
-    8 0
-    10 0
-    20 0
-    40 1
+    0 SECTION | 2 ENTITIES
+    0 LINE | 5 60 | 330 1B | 8 Frames | 10 0 | 20 0 | 11 1 | 21 0
+    0 LINE | 5 61 | 8 Frames | 10 0 | 20 0 | 11 0 | 21 1
+    0 INSERT | 5 62 | 330 1F | 8 0 | 2 Door | 10 5 | 20 5
+    0 SEQEND | 5 63
+    0 CIRCLE | 5 64 | 330 30 | 8 0 | 10 0 | 20 0 | 40 1
     0 ENDSEC
     0 EOF
   )");
@@ -621,29 +431,13 @@ TEST(DxfReader, BlocksEntitiesAndOwners) {
 
 TEST(DxfReader, UndeclaredRecordsTakeHandlesFromTheSeed) {
   DxfReadResult r = ReadSnippet(R"(
-    0 SECTION
-    2 HEADER
-    9 $ACADVER
-    1 AC1015
-    9 $HANDSEED
-    5 100
+    0 SECTION | 2 HEADER
+    9 $ACADVER | 1 AC1015
+    9 $HANDSEED | 5 100
     0 ENDSEC
-    0 SECTION
-    2 ENTITIES
-    0 LINE
-    5 20
-    8 Ghost
-    10 0
-    20 0
-    11 1
-    21 1
-    0 LINE
-    5 21
-    8 GHOST
-    10 0
-    20 0
-    11 1
-    21 1
+    0 SECTION | 2 ENTITIES
+    0 LINE | 5 20 | 8 Ghost | 10 0 | 20 0 | 11 1 | 21 1
+    0 LINE | 5 21 | 8 GHOST | 10 0 | 20 0 | 11 1 | 21 1
     0 ENDSEC
     0 EOF
   )");
@@ -661,38 +455,15 @@ TEST(DxfReader, UndeclaredRecordsTakeHandlesFromTheSeed) {
 
 TEST(DxfReader, R12LayoutBlocksAndPaperSpace) {
   DxfReadResult r = ReadSnippet(R"(
-    0 SECTION
-    2 BLOCKS
-    0 BLOCK
-    8 0
-    2 $MODEL_SPACE
-    70 0
-    10 0
-    20 0
+    0 SECTION | 2 BLOCKS
+    0 BLOCK | 8 0 | 2 $MODEL_SPACE | 70 0 | 10 0 | 20 0
     0 ENDBLK
-    0 BLOCK
-    8 0
-    2 $PAPER_SPACE
-    70 0
-    10 0
-    20 0
+    0 BLOCK | 8 0 | 2 $PAPER_SPACE | 70 0 | 10 0 | 20 0
     0 ENDBLK
     0 ENDSEC
-    0 SECTION
-    2 ENTITIES
-    0 LINE
-    8 0
-    67 1
-    10 0
-    20 0
-    11 1
-    21 1
-    0 LINE
-    8 0
-    10 0
-    20 0
-    11 1
-    21 1
+    0 SECTION | 2 ENTITIES
+    0 LINE | 8 0 | 67 1 | 10 0 | 20 0 | 11 1 | 21 1
+    0 LINE | 8 0 | 10 0 | 20 0 | 11 1 | 21 1
     0 ENDSEC
     0 EOF
   )");
@@ -708,89 +479,22 @@ TEST(DxfReader, R12LayoutBlocksAndPaperSpace) {
 
 TEST(DxfReader, Objects) {
   DxfReadResult r = ReadSnippet(R"(
-    0 SECTION
-    2 HEADER
-    9 $ACADVER
-    1 AC1015
+    0 SECTION | 2 HEADER
+    9 $ACADVER | 1 AC1015
     0 ENDSEC
-    0 SECTION
-    2 OBJECTS
-    0 DICTIONARY
-    5 C
-    330 0
-    100 AcDbDictionary
-    281 1
-    3 ACAD_LAYOUT
-    350 1A
-    3 NO_VALUE
-    3 MY_DATA
-    350 E0
-    3 WITH_DEFAULT
-    350 E1
-    0 DICTIONARY
-    5 1A
-    102 {ACAD_REACTORS
-    330 C
-    102 }
-    330 C
-    100 AcDbDictionary
-    281 1
-    3 Model
-    350 22
-    0 XRECORD
-    5 E0
-    330 C
-    100 AcDbXrecord
-    280 1
-    1 text
-    40 1.5
-    70 7
-    330 C
-    310 0A0B
-    0 ACDBDICTIONARYWDFLT
-    5 E1
-    330 C
-    100 AcDbDictionary
-    3 Normal
-    350 E2
-    100 AcDbDictionaryWithDefault
-    340 E2
-    0 LAYOUT
-    5 22
-    330 1A
-    100 AcDbPlotSettings
-    1 Setup
-    2 DWG To PDF.pc3
-    4 ISO_A3_(420.00_x_297.00_MM)
-    44 420
-    45 297
-    72 1
-    73 1
-    74 5
-    100 AcDbLayout
-    1 Model
-    70 1
-    71 0
-    10 0
-    20 0
-    11 420
-    21 297
-    330 1F
-    0 ACDBPLACEHOLDER
-    5 E2
-    330 E1
-    0 IMAGEDEF
-    5 E3
-    330 C
-    100 AcDbRasterImageDef
-    90 0
-    1 photo.jpg
-    10 640
-    20 480
-    11 1
-    21 1
-    280 1
-    281 2
+    0 SECTION | 2 OBJECTS
+    0 DICTIONARY | 5 C | 330 0 | 100 AcDbDictionary | 281 1 | 3 ACAD_LAYOUT | 350 1A | 3 NO_VALUE | 3 MY_DATA | 350 E0
+      3 WITH_DEFAULT | 350 E1
+    0 DICTIONARY | 5 1A | 102 {ACAD_REACTORS | 330 C | 102 } | 330 C | 100 AcDbDictionary | 281 1 | 3 Model | 350 22
+    0 XRECORD | 5 E0 | 330 C | 100 AcDbXrecord | 280 1 | 1 text | 40 1.5 | 70 7 | 330 C | 310 0A0B
+    0 ACDBDICTIONARYWDFLT | 5 E1 | 330 C | 100 AcDbDictionary | 3 Normal | 350 E2 | 100 AcDbDictionaryWithDefault
+      340 E2
+    0 LAYOUT | 5 22 | 330 1A | 100 AcDbPlotSettings | 1 Setup | 2 DWG To PDF.pc3 | 4 ISO_A3_(420.00_x_297.00_MM)
+      44 420 | 45 297 | 72 1 | 73 1 | 74 5 | 100 AcDbLayout | 1 Model | 70 1 | 71 0 | 10 0 | 20 0 | 11 420 | 21 297
+      330 1F
+    0 ACDBPLACEHOLDER | 5 E2 | 330 E1
+    0 IMAGEDEF | 5 E3 | 330 C | 100 AcDbRasterImageDef | 90 0 | 1 photo.jpg | 10 640 | 20 480 | 11 1 | 21 1 | 280 1
+      281 2
     0 ENDSEC
     0 EOF
   )");
@@ -837,14 +541,8 @@ TEST(DxfReader, Objects) {
 // ---- damaged and foreign files ---------------------------------------------------------------
 
 constexpr std::string_view kSmall = R"(
-  0 SECTION
-  2 ENTITIES
-  0 LINE
-  8 0
-  10 0
-  20 0
-  11 1
-  21 1
+  0 SECTION | 2 ENTITIES
+  0 LINE | 8 0 | 10 0 | 20 0 | 11 1 | 21 1
   0 ENDSEC
   0 EOF
 )";
@@ -896,83 +594,29 @@ TEST(DxfReader, Errors) {
 
 TEST(DxfReader, TruncatedAtEveryByteNeverCrashes) {
   const std::string full = Dxf(R"(
-    0 SECTION
-    2 HEADER
-    9 $ACADVER
-    1 AC1015
-    9 $DWGCODEPAGE
-    3 ANSI_936
+    0 SECTION | 2 HEADER
+    9 $ACADVER | 1 AC1015
+    9 $DWGCODEPAGE | 3 ANSI_936
     0 ENDSEC
-    0 SECTION
-    2 TABLES
-    0 TABLE
-    2 LAYER
-    70 1
-    0 LAYER
-    5 10
-    2 A
-    70 0
-    62 1
-    6 Continuous
+    0 SECTION | 2 TABLES
+    0 TABLE | 2 LAYER | 70 1
+    0 LAYER | 5 10 | 2 A | 70 0 | 62 1 | 6 Continuous
     0 ENDTAB
     0 ENDSEC
-    0 SECTION
-    2 BLOCKS
-    0 BLOCK
-    5 20
-    8 0
-    2 B
-    70 0
-    10 0
-    20 0
-    0 CIRCLE
-    5 21
-    8 A
-    10 0
-    20 0
-    40 1
-    0 ENDBLK
-    5 22
+    0 SECTION | 2 BLOCKS
+    0 BLOCK | 5 20 | 8 0 | 2 B | 70 0 | 10 0 | 20 0
+    0 CIRCLE | 5 21 | 8 A | 10 0 | 20 0 | 40 1
+    0 ENDBLK | 5 22
     0 ENDSEC
-    0 SECTION
-    2 ENTITIES
-    0 INSERT
-    5 30
-    8 A
-    66 1
-    2 B
-    10 1
-    20 1
-    0 ATTRIB
-    5 31
-    8 A
-    10 0
-    20 0
-    40 1
-    1 value
-    2 TAG
-    0 SEQEND
-    5 32
-    0 LWPOLYLINE
-    5 33
-    8 A
-    90 2
-    10 0
-    20 0
-    10 1
-    20 1
+    0 SECTION | 2 ENTITIES
+    0 INSERT | 5 30 | 8 A | 66 1 | 2 B | 10 1 | 20 1
+    0 ATTRIB | 5 31 | 8 A | 10 0 | 20 0 | 40 1 | 1 value | 2 TAG
+    0 SEQEND | 5 32
+    0 LWPOLYLINE | 5 33 | 8 A | 90 2 | 10 0 | 20 0 | 10 1 | 20 1
     0 ENDSEC
-    0 SECTION
-    2 OBJECTS
-    0 DICTIONARY
-    5 C
-    3 X
-    350 40
-    0 XRECORD
-    5 40
-    330 C
-    100 AcDbXrecord
-    1 data
+    0 SECTION | 2 OBJECTS
+    0 DICTIONARY | 5 C | 3 X | 350 40
+    0 XRECORD | 5 40 | 330 C | 100 AcDbXrecord | 1 data
     0 ENDSEC
     0 EOF
   )");

@@ -6,9 +6,12 @@
 
 #include "../support/entity_builders.h"
 #include "../support/half_em_measurer.h"
+#include "../support/shape_builders.h"
 
 namespace tv::cad {
 namespace {
+
+using test_support::MakeAtt;
 
 void ExpectPoint(Point3d actual, Point3d expected, double tol = 1e-9) {
   EXPECT_TRUE(actual.isEqualTo(expected, tol)) << "got (" << actual.x << ", " << actual.y << ", " << actual.z << "), want ("
@@ -212,11 +215,7 @@ TEST(EntityExtents, MInsertCellsAttributesAndAttDefs) {
   Drawing d;
   BlockRecord& b = d.db.addBlock("CELL");
   d.line(b, {0, 0, 0}, {1, 1, 0});
-  auto def = std::make_unique<AttDef>();
-  def->text = "HIDDEN TAG FAR AWAY";
-  def->position = {1000, 1000, 0};
-  def->height = 1;
-  d.add(b, std::move(def));
+  d.add(b, MakeAtt<AttDef>("HIDDEN TAG FAR AWAY", {1000, 1000, 0}, 1));
   Insert& grid = d.insert(d.model, b, {10, 10, 0}, {2, 2, 2}, kPi / 2);
   grid.columnCount = 3;
   grid.rowCount = 2;
@@ -225,11 +224,7 @@ TEST(EntityExtents, MInsertCellsAttributesAndAttDefs) {
   ExpectBox(EntityExtents(grid, d.db), {4, 10}, {10, 22});
   EXPECT_EQ(Explode(grid, d.db).size(), 6u) << "one line per cell, the ATTDEF left out";
 
-  auto attrib = std::make_unique<Attrib>();
-  attrib->text = "XY";
-  attrib->height = 1;
-  attrib->position = {10, 30, 0};
-  grid.attribs.push_back(std::move(attrib));
+  grid.attribs.push_back(MakeAtt<Attrib>("XY", {10, 30, 0}, 1));
   ExpectBox(EntityExtents(grid, d.db, &kHalfEm), {4, 10}, {11, 31});
   grid.attribs.back()->attFlags = kAttInvisible;
   ExpectBox(EntityExtents(grid, d.db, &kHalfEm), {4, 10}, {10, 22});
@@ -242,13 +237,9 @@ TEST(EntityExtents, SpatialClipCutsTheInsert) {
   Insert& ins = d.insert(d.model, b, {100, 100, 0}, {2, 2, 2});
   ExpectBox(EntityExtents(ins, d.db), {100, 100}, {120, 120});
 
-  Dictionary& filters = d.db.ensureDictionary(d.db.ensureExtensionDictionary(ins), "ACAD_FILTER");
-  auto filter = std::make_unique<SpatialFilter>();
   // The boundary as drawn at clip time (world); the inverse insert transform takes it into the block.
-  filter->boundary = {{104, 104}, {110, 112}};
-  filter->inverseInsertTransform = *InsertTransform(ins, b).inverse();
-  SpatialFilter& sf = d.db.addObject(std::move(filter), filters.id);
-  filters.set("SPATIAL", sf.id);
+  SpatialFilter& sf = test_support::AddSpatialClip(d.db, ins, {{104, 104}, {110, 112}});
+  sf.inverseInsertTransform = *InsertTransform(ins, b).inverse();
   ExpectBox(EntityExtents(ins, d.db), {104, 104}, {110, 112});
   ins.position = {0, 0, 0};  // the clip moves with the insert
   ExpectBox(EntityExtents(ins, d.db), {4, 4}, {10, 12});
@@ -275,17 +266,7 @@ TEST(EntityExtents, SelfReferencingBlocksEnd) {
 
 TEST(EntityExtents, OtherClasses) {
   Drawing d;
-  Hatch h;
-  HatchPath path;
-  HatchEdge arc;
-  arc.kind = HatchEdge::Kind::Arc;
-  arc.start = {0, 0};
-  arc.radius = 3;
-  arc.startAngle = 0;
-  arc.endAngle = 360;
-  path.edges.push_back(arc);
-  h.paths.push_back(path);
-  ExpectBox(EntityExtents(h, d.db), {-3, -3}, {3, 3});
+  ExpectBox(EntityExtents(*test_support::MakeDiscHatch({0, 0}, 3), d.db), {-3, -3}, {3, 3});
 
   Image img;
   img.position = {1, 1, 0};
@@ -516,12 +497,7 @@ TEST(Transform, CopiesCarryTheirBoxAlong) {
   text->vAlign = TextVAlign::Top;
   text->setAlignPoint({4, 5, 0});
   samples.push_back(std::move(text));
-  auto arc = std::make_unique<Arc>();
-  arc->center = {1, 2, 0};
-  arc->radius = 3;
-  arc->startAngle = DegToRad(200);
-  arc->endAngle = DegToRad(20);
-  samples.push_back(std::move(arc));
+  samples.push_back(test_support::MakeArc({1, 2, 0}, 3, DegToRad(200), DegToRad(20)));
   auto lw = std::make_unique<LwPolyline>();
   lw->points = {{0, 0}, {4, 0}, {4, 3}};
   lw->bulges = {0.7, -0.4, 0};
@@ -570,36 +546,16 @@ TEST(Transform, CopiesCarryTheirBoxAlong) {
 
 TEST(Explode, PolyfaceMeshAnd3dPolyline) {
   Drawing d;
-  Polyline face;
-  face.polyFlags = Polyline::kPolyface;
-  for (Point3d p : {Point3d{0, 0, 0}, Point3d{1, 0, 0}, Point3d{1, 1, 0}, Point3d{0, 1, 1}}) {
-    PolylineVertex v;
-    v.position = p;
-    v.flags = 128 | 64;
-    face.vertices.push_back(v);
-  }
-  PolylineVertex quad;
-  quad.flags = 128;
-  quad.faceIndices[0] = 1, quad.faceIndices[1] = -2, quad.faceIndices[2] = 3, quad.faceIndices[3] = 4;
-  PolylineVertex tri = quad;
-  tri.faceIndices[0] = 4, tri.faceIndices[1] = 3, tri.faceIndices[2] = 9, tri.faceIndices[3] = 0;  // 9 is out of range
-  face.vertices.push_back(quad);
-  face.vertices.push_back(tri);
-  auto pieces = Explode(face, d.db);
+  // The second face's corner 9 is out of range.
+  const auto face = test_support::MakePolyface({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}}, {{1, -2, 3, 4}, {4, 3, 9, 0}});
+  auto pieces = Explode(*face, d.db);
   ASSERT_EQ(pieces.size(), 1u) << "a face with fewer than three valid corners is dropped";
   const auto* f = As<Face3d>(pieces[0].get());
   ASSERT_NE(f, nullptr);
   ExpectPoint(f->corners[3], {0, 1, 1});
   EXPECT_EQ(f->invisibleEdges, 2);
 
-  Polyline poly3d;
-  poly3d.polyFlags = Polyline::k3dPolyline | Polyline::kClosed;
-  for (Point3d p : {Point3d{0, 0, 0}, Point3d{1, 0, 5}, Point3d{1, 1, 2}}) {
-    PolylineVertex v;
-    v.position = p;
-    poly3d.vertices.push_back(v);
-  }
-  pieces = Explode(poly3d, d.db);
+  pieces = Explode(*test_support::MakePolyline({{0, 0, 0}, {1, 0, 5}, {1, 1, 2}}, Polyline::k3dPolyline | Polyline::kClosed), d.db);
   ASSERT_EQ(pieces.size(), 3u);
   ExpectPoint(As<Line>(pieces[2].get())->start, {1, 1, 2});
   ExpectPoint(As<Line>(pieces[2].get())->end, {0, 0, 0});

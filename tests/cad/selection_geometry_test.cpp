@@ -12,11 +12,14 @@
 #include "../support/corpus.h"
 #include "../support/entity_builders.h"
 #include "../support/half_em_measurer.h"
+#include "../support/shape_builders.h"
 #include "../support/test_content.h"
 #include "examples/sample_drawing.h"
 
 namespace tv::cad {
 namespace {
+
+using namespace test_support;
 
 // Every character half an em wide: text boxes become simple numbers.
 using test_support::kHalfEm;
@@ -42,6 +45,8 @@ struct Drawing {
   Insert& insert(const BlockRecord& block, Point3d at, Vector3d scale = {1, 1, 1}, double rotation = 0, BlockRecord* in = nullptr) {
     return add(test_support::MakeInsert(block, at, scale, rotation), in);
   }
+  template <class T>
+  T& add(std::unique_ptr<T> e, BlockRecord& in) { return db.append(in, std::move(e)); }
   Hatch& solidSquare(Point2d min, double size, bool solid) {
     auto h = std::make_unique<Hatch>();
     h->solidFill = solid;
@@ -112,14 +117,7 @@ TEST(SelectByFence, BulgesAreArcsNotChords) {
   }
 
   // The same through a 2D POLYLINE, clockwise (negative bulge): the arc is above the chord.
-  auto pl = std::make_unique<Polyline>();
-  for (Point2d q : {Point2d{100, 0}, Point2d{110, 0}}) {
-    PolylineVertex v;
-    v.position = Point3d{q};
-    v.bulge = -1;
-    pl->vertices.push_back(v);
-  }
-  const Polyline& poly = d.add(std::move(pl));
+  const Polyline& poly = d.add(MakePolyline({{100, 0, 0}, {110, 0, 0}}, 0, 0, -1));
   EXPECT_TRUE(d.crossed(poly, {{105, 4}, {105, 6}}));
   EXPECT_FALSE(d.crossed(poly, {{105, -4}, {105, -6}}));
   EXPECT_FALSE(d.crossed(poly, {{105, 5.01}, {105, 6}}));
@@ -138,21 +136,12 @@ TEST(SelectByFence, CirclesArcsEllipsesAndSplines) {
   }
 
   // The upper half circle: crossing its chord is not crossing the arc.
-  auto arc = std::make_unique<Arc>();
-  arc->center = {100, 0, 0};
-  arc->radius = 5;
-  arc->startAngle = 0;
-  arc->endAngle = kPi;
-  const Arc& a = d.add(std::move(arc));
+  const Arc& a = d.add(MakeArc({100, 0, 0}, 5, 0, kPi));
   EXPECT_FALSE(d.crossed(a, {{100, -1}, {100, 4.99}}));
   EXPECT_TRUE(d.crossed(a, {{100, -1}, {100, 5.01}}));
   EXPECT_FALSE(d.crossed(a, {{100, -4}, {100, -6}}));  // where the missing half would be
 
-  auto el = std::make_unique<Ellipse>();
-  el->center = {200, 0, 0};
-  el->majorAxis = {20, 0, 0};
-  el->ratio = 0.25;
-  const Ellipse& e = d.add(std::move(el));
+  const Ellipse& e = d.add(MakeEllipse({200, 0, 0}, {20, 0, 0}, 0.25));
   EXPECT_TRUE(d.crossed(e, {{200, 4}, {200, 6}}));
   EXPECT_FALSE(d.crossed(e, {{200, 5.01}, {200, 6}}));
   EXPECT_FALSE(d.crossed(e, {{190, 0}, {210, 0}}));
@@ -169,15 +158,7 @@ TEST(SelectByFence, CirclesArcsEllipsesAndSplines) {
 
 TEST(SelectByFence, PolylinesIn3dAndOcsNormals) {
   Drawing d;
-  auto p3 = std::make_unique<Polyline>();
-  p3->polyFlags = Polyline::k3dPolyline;
-  for (Point3d q : {Point3d{0, 0, 5}, Point3d{10, 0, -5}, Point3d{10, 10, 50}}) {
-    PolylineVertex v;
-    v.position = q;
-    v.flags = 32;
-    p3->vertices.push_back(v);
-  }
-  const Polyline& poly3 = d.add(std::move(p3));
+  const Polyline& poly3 = d.add(MakePolyline({{0, 0, 5}, {10, 0, -5}, {10, 10, 50}}, Polyline::k3dPolyline, 32));
   EXPECT_TRUE(d.crossed(poly3, {{9, 5}, {11, 5}}));
   EXPECT_FALSE(d.crossed(poly3, {{5, 5}, {6, 6}}));
 
@@ -195,38 +176,16 @@ TEST(SelectByFence, PolylinesIn3dAndOcsNormals) {
 
 TEST(SelectByFence, PolyfaceAndMeshEdges) {
   Drawing d;
-  auto pf = std::make_unique<Polyline>();
-  pf->polyFlags = Polyline::kPolyface;
-  for (Point2d q : {Point2d{0, 0}, Point2d{10, 0}, Point2d{10, 10}, Point2d{0, 10}}) {
-    PolylineVertex v;
-    v.position = Point3d{q};
-    v.flags = 128 | 64;
-    pf->vertices.push_back(v);
-  }
-  PolylineVertex face;
-  face.flags = 128;
-  face.faceIndices[0] = 1;
-  face.faceIndices[1] = 2;
-  face.faceIndices[2] = 3;
-  face.faceIndices[3] = -4;  // the edge from corner 4 back to corner 1 is hidden
-  pf->vertices.push_back(face);
-  const Polyline& polyface = d.add(std::move(pf));
+  // The edge from corner 4 back to corner 1 is hidden.
+  const Polyline& polyface = d.add(MakePolyface({{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}}, {{1, 2, 3, -4}}));
   EXPECT_TRUE(d.crossed(polyface, {{5, -1}, {5, 1}}));
   EXPECT_TRUE(d.crossed(polyface, {{5, 9}, {5, 11}}));  // edge 3-4
   EXPECT_FALSE(d.crossed(polyface, {{-1, 5}, {1, 5}}));  // the hidden edge only
   EXPECT_FALSE(d.crossed(polyface, {{3, 3}, {7, 7}}));
 
-  auto mesh = std::make_unique<Polyline>();
-  mesh->polyFlags = Polyline::k3dMesh;
+  auto mesh = MakePolyline({{100, 0, 0}, {110, 0, 1}, {120, 0, 2}, {100, 10, 0}, {110, 10, 1}, {120, 10, 2}}, Polyline::k3dMesh, 64);
   mesh->meshM = 2;
   mesh->meshN = 3;
-  for (int i = 0; i < 2; ++i)
-    for (int j = 0; j < 3; ++j) {
-      PolylineVertex v;
-      v.position = {100.0 + 10 * j, 10.0 * i, 1.0 * j};
-      v.flags = 64;
-      mesh->vertices.push_back(v);
-    }
   const Polyline& m = d.add(std::move(mesh));
   EXPECT_TRUE(d.crossed(m, {{115, -1}, {115, 1}}));  // along a row
   EXPECT_TRUE(d.crossed(m, {{109, 5}, {111, 5}}));   // the middle column
@@ -237,9 +196,7 @@ TEST(SelectByFence, PolyfaceAndMeshEdges) {
 
 TEST(SelectByFence, PointsNeedTheFenceThroughThem) {
   Drawing d;
-  auto pt = std::make_unique<PointEntity>();
-  pt->position = {3, 4, 7};
-  const PointEntity& p = d.add(std::move(pt));
+  const PointEntity& p = d.add(MakePoint({3, 4, 7}));
   EXPECT_TRUE(d.crossed(p, {{0, 0}, {6, 8}}));
   EXPECT_TRUE(d.crossed(p, {{3, 4}, {9, 9}}));   // from the point itself
   EXPECT_FALSE(d.crossed(p, {{0, 1e-6}, {6, 8 + 1e-6}}));
@@ -248,30 +205,17 @@ TEST(SelectByFence, PointsNeedTheFenceThroughThem) {
 
 TEST(SelectByFence, SolidsAndTracesAreFilledFacesAreNot) {
   Drawing d;
-  auto so = std::make_unique<Solid>();
-  so->corners[0] = {0, 0, 0};
-  so->corners[1] = {10, 0, 0};
-  so->corners[2] = {0, 10, 0};   // filled 1, 2, 4, 3: a square
-  so->corners[3] = {10, 10, 0};
-  const Solid& solid = d.add(std::move(so));
+  // Filled 1, 2, 4, 3: a square.
+  const Solid& solid = d.add(MakeQuad<Solid>({0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {10, 10, 0}));
   EXPECT_TRUE(d.crossed(solid, {{2, 2}, {8, 3}}));  // wholly inside
   EXPECT_TRUE(d.crossed(solid, {{-1, 5}, {1, 5}}));
   EXPECT_FALSE(d.crossed(solid, {{-1, 11}, {11, 10.01}}));
 
-  auto tr = std::make_unique<Trace>();
-  tr->corners[0] = {100, 0, 0};
-  tr->corners[1] = {110, 0, 0};
-  tr->corners[2] = {100, 2, 0};
-  tr->corners[3] = {110, 2, 0};
-  const Trace& trace = d.add(std::move(tr));
+  const Trace& trace = d.add(MakeQuad<Trace>({100, 0, 0}, {110, 0, 0}, {100, 2, 0}, {110, 2, 0}));
   EXPECT_TRUE(d.crossed(trace, {{104, 1}, {106, 1}}));
   EXPECT_FALSE(d.crossed(trace, {{104, 2.5}, {106, 3}}));
 
-  auto fc = std::make_unique<Face3d>();
-  fc->corners[0] = {200, 0, 0};
-  fc->corners[1] = {210, 0, 0};
-  fc->corners[2] = {210, 10, 5};
-  fc->corners[3] = {200, 10, 5};
+  auto fc = MakeQuad<Face3d>({200, 0, 0}, {210, 0, 0}, {210, 10, 5}, {200, 10, 5});
   fc->invisibleEdges = 2;  // the edge from corner 2 to corner 3
   const Face3d& face = d.add(std::move(fc));
   EXPECT_TRUE(d.crossed(face, {{205, -1}, {205, 1}}));
@@ -309,14 +253,11 @@ TEST(SelectByFence, TextBoxesAreAreasMatchingTheirExtents) {
   mt->attachment = 5;
   mt->rotation = 0.4;
   const MText& mtext = d.add(std::move(mt));
-  auto def = std::make_unique<AttDef>();
-  def->text = "TAG VALUE";
-  def->position = {400, 0, 0};
+  auto def = MakeAtt<AttDef>("TAG VALUE", {400, 0, 0}, 3);
   def->setAlignPoint({400, 0, 0});
   def->hAlign = TextHAlign::Center;
   def->vAlign = TextVAlign::Middle;
   def->setOblique(0.2);
-  def->height = 3;
   const AttDef& attdef = d.add(std::move(def));
   for (const Entity* e : std::vector<const Entity*>{&t, &r, &mtext, &attdef}) {
     const SelectionShape shape = SelectionShapeOf(*e, d.db, &kHalfEm);
@@ -387,17 +328,8 @@ TEST(SelectByFence, MInsertCellsAndAttributes) {
 
   // Attributes count with their insert; invisible ones do not.
   Insert& tagged = d.insert(sq, {500, 0, 0});
-  auto att = std::make_unique<Attrib>();
-  att->text = "AB";
-  att->position = {600, 0, 0};
-  att->height = 2;  // box (600,0)-(602,2)
-  tagged.attribs.push_back(std::move(att));
-  auto hidden = std::make_unique<Attrib>();
-  hidden->text = "AB";
-  hidden->position = {700, 0, 0};
-  hidden->height = 2;
-  hidden->attFlags = kAttInvisible;
-  tagged.attribs.push_back(std::move(hidden));
+  tagged.attribs.push_back(MakeAtt<Attrib>("AB", {600, 0, 0}, 2));  // box (600,0)-(602,2)
+  tagged.attribs.push_back(MakeAtt<Attrib>("AB", {700, 0, 0}, 2, kAttInvisible));
   EXPECT_TRUE(d.crossed(tagged, {{601, 0.5}, {601.5, 1}}));
   EXPECT_FALSE(d.crossed(tagged, {{701, 0.5}, {701.5, 1}}));
 }
@@ -407,12 +339,7 @@ TEST(SelectByFence, InsertsSeeWhatTheBlockShows) {
   BlockRecord& b = d.db.addBlock("PARTS");
   d.line({0, 0, 0}, {10, 0, 0}, &b);
   d.line({0, 5, 0}, {10, 5, 0}, &b).setVisible(false);
-  auto def = std::make_unique<AttDef>();  // a variable ATTDEF is only the attribute's template
-  def->text = "X";
-  def->tag = "X";
-  def->position = {0, 20, 0};
-  def->height = 2;
-  d.add(std::move(def), &b);
+  d.add(MakeAtt<AttDef>("X", {0, 20, 0}, 2), b);  // a variable ATTDEF is only the attribute's template
   const Insert& ins = d.insert(b, {0, 0, 0});
   EXPECT_TRUE(d.crossed(ins, {{5, -1}, {5, 1}}));
   EXPECT_FALSE(d.crossed(ins, {{5, 4}, {5, 6}}));
@@ -440,19 +367,9 @@ TEST(SelectByFence, ClippedInsertsShowOnlyTheirClip) {
   BlockRecord& b = d.db.addBlock("CLIPPED");
   d.line({0, 2, 0}, {10, 2, 0}, &b);
   d.line({7, 0, 0}, {7, 10, 0}, &b);
-  auto so = std::make_unique<Solid>();
-  so->corners[0] = {-5, -5, 0};
-  so->corners[1] = {2, -5, 0};
-  so->corners[2] = {-5, 1, 0};
-  so->corners[3] = {2, 1, 0};
-  d.add(std::move(so), &b);
+  d.add(MakeQuad<Solid>({-5, -5, 0}, {2, -5, 0}, {-5, 1, 0}, {2, 1, 0}), b);
   Insert& ins = d.insert(b, {0, 0, 0});
-  Dictionary& xdict = d.db.ensureExtensionDictionary(ins);
-  Dictionary& filters = d.db.ensureDictionary(xdict, "ACAD_FILTER");
-  auto filter = std::make_unique<SpatialFilter>();
-  filter->boundary = {{0, 0}, {5, 5}};
-  SpatialFilter& f = d.db.addObject(std::move(filter), filters.id);
-  filters.set("SPATIAL", f.id);
+  AddSpatialClip(d.db, ins, {{0, 0}, {5, 5}});
   EXPECT_TRUE(d.crossed(ins, {{3, 1.5}, {3, 2.5}}));
   EXPECT_FALSE(d.crossed(ins, {{8, 1.5}, {8, 2.5}}));    // the clipped-away part of the line
   EXPECT_FALSE(d.crossed(ins, {{6, 7}, {8, 7}}));        // a line wholly outside the clip
@@ -479,18 +396,7 @@ TEST(SelectByFence, DimensionsHatchesLeadersAndFrames) {
   EXPECT_TRUE(d.crossed(pattern, {{209, 5}, {211, 5}}));
   EXPECT_FALSE(d.crossed(solid, {{111, 5}, {112, 5}}));
   // An edge path: a full circle of radius 5 around (300, 0).
-  auto h = std::make_unique<Hatch>();
-  h->solidFill = true;
-  HatchPath path;
-  HatchEdge edge;
-  edge.kind = HatchEdge::Kind::Arc;
-  edge.start = {300, 0};
-  edge.radius = 5;
-  edge.startAngle = 0;
-  edge.endAngle = 360;
-  path.edges.push_back(edge);
-  h->paths.push_back(path);
-  const Hatch& disc = d.add(std::move(h));
+  const Hatch& disc = d.add(MakeDiscHatch({300, 0}, 5));
   EXPECT_TRUE(d.crossed(disc, Dash({300, 0}, 0.3, 1)));
   EXPECT_FALSE(d.crossed(disc, Dash({304, 4}, 0.3, 0.2)));  // inside the disc's box, outside the disc
 
@@ -577,9 +483,7 @@ TEST(SelectByFence, ApplicationEntitiesAndMarkers) {
 TEST(SelectByFence, DegenerateFencesSelectNothing) {
   Drawing d;
   d.line({0, 0, 0}, {10, 0, 0});
-  auto pt = std::make_unique<PointEntity>();
-  pt->position = {5, 5, 0};
-  d.add(std::move(pt));
+  d.add(MakePoint({5, 5, 0}));
   EXPECT_TRUE(d.fence({}).empty());
   EXPECT_TRUE(d.fence({{5, 0}}).empty());
   EXPECT_TRUE(d.fence({{5, 5}}).empty());
@@ -720,9 +624,7 @@ TEST(SelectByBox, WindowTakesWholeEntitiesCrossingTouchingOnes) {
   EXPECT_FALSE(d.crossing(grid, {515, -1}, {519, 2}));  // between the second and third cell
   EXPECT_TRUE(d.crossing(grid, {519, -1}, {520.5, 0.5}));
 
-  auto pt = std::make_unique<PointEntity>();
-  pt->position = {1000, 1000, 0};
-  const PointEntity& p = d.add(std::move(pt));
+  const PointEntity& p = d.add(MakePoint({1000, 1000, 0}));
   EXPECT_TRUE(d.window(p, {999, 999}, {1001, 1001}));
   EXPECT_TRUE(d.crossing(p, {1000, 1000}, {1001, 1001}));
   EXPECT_FALSE(d.crossing(p, {1000.01, 999}, {1001, 1001}));

@@ -6,6 +6,7 @@
 
 #include "cad/entity_geometry.h"
 #include "host_test_support.h"
+#include "../support/shape_builders.h"
 
 namespace tv::host {
 namespace {
@@ -110,15 +111,9 @@ TEST_F(HostEntityPolyline, LightweightPointsGoFromTheirPlaneToWorld) {
 
 TEST_F(HostEntityPolyline, TwoDimensionalAndThreeDimensionalPolylinesDifferInClassAndCoordinates) {
   auto make = [&](std::int16_t flags, std::vector<Point3d> points, Vector3d normal, double elevation) {
-    auto p = std::make_unique<cad::Polyline>();
-    p->polyFlags = flags;
+    auto p = test_support::MakePolyline(std::move(points), flags);
     p->normal = normal;
     p->elevation = elevation;
-    for (Point3d q : points) {
-      cad::PolylineVertex v;
-      v.position = q;
-      p->vertices.push_back(v);
-    }
     return add(std::move(p)).id;
   };
   // A 2D polyline's vertices are OCS points; here the OCS is mirrored.
@@ -144,21 +139,7 @@ TEST_F(HostEntityPolyline, TwoDimensionalAndThreeDimensionalPolylinesDifferInCla
 }
 
 TEST_F(HostEntityPolyline, PolyfaceMeshesCountAsThreeDimensionalAndSkipTheirFaceRecords) {
-  auto p = std::make_unique<cad::Polyline>();
-  p->polyFlags = cad::Polyline::kPolyface;
-  for (Point3d q : {Point3d{0, 0, 0}, Point3d{2, 0, 0}, Point3d{2, 2, 0}}) {
-    cad::PolylineVertex v;
-    v.position = q;
-    v.flags = 128 | 64;
-    p->vertices.push_back(v);
-  }
-  cad::PolylineVertex face;
-  face.flags = 128;
-  face.faceIndices[0] = 1;
-  face.faceIndices[1] = 2;
-  face.faceIndices[2] = 3;
-  p->vertices.push_back(face);
-  Entity e = OpenEntity(add(std::move(p)).id);
+  Entity e = OpenEntity(add(test_support::MakePolyface({{0, 0, 0}, {2, 0, 0}, {2, 2, 0}}, {{1, 2, 3, 0}})).id);
   EXPECT_EQ(e.kind(), EntityClass::Polyline3d);
   EXPECT_EQ(e.vertices().size(), 3u);
 }
@@ -220,17 +201,11 @@ class HostEntityInsert : public HostDrawingTest {
   }
   // Clips `ins` as it stands now: `boundary` in world coordinates relative to `origin`.
   cad::SpatialFilter& clip(cad::Insert& ins, std::vector<Point2d> boundary, Point3d origin, bool inverted = false) {
-    cad::Dictionary& xdict = db.ensureExtensionDictionary(ins);
-    cad::Dictionary& filters = db.ensureDictionary(xdict, "ACAD_FILTER");
-    auto f = std::make_unique<cad::SpatialFilter>();
-    f->boundary = std::move(boundary);
-    f->origin = origin;
-    f->inverted = inverted;
-    const cad::BlockRecord* b = db.objectAs<cad::BlockRecord>(ins.block);
-    f->inverseInsertTransform = *cad::InsertTransform(ins, *b).inverse();
-    cad::SpatialFilter& ref = db.addObject(std::move(f), filters.id);
-    filters.set("SPATIAL", ref.id);
-    return ref;
+    cad::SpatialFilter& f = test_support::AddSpatialClip(db, ins, std::move(boundary));
+    f.origin = origin;
+    f.inverted = inverted;
+    f.inverseInsertTransform = *cad::InsertTransform(ins, *db.objectAs<cad::BlockRecord>(ins.block)).inverse();
+    return f;
   }
 };
 

@@ -43,35 +43,18 @@ TEST(PlotStyleTableText, HeadStylesAndLineweightTableInOrder) {
   EXPECT_EQ(lines[6 + 256], "}");
   EXPECT_EQ(lines[6 + 257], "plot_style{");
 
-  const std::vector<std::string> firstStyle{" 0{",
-                                            "  name=\"Color_1",
-                                            "  localized_name=\"Color_1",
-                                            "  description=\"",
-                                            "  color=-1023410176",
-                                            "  mode_color=-1023410176",
-                                            "  color_policy=5",
-                                            "  physical_pen_number=0",
-                                            "  virtual_pen_number=0",
-                                            "  screen=100",
-                                            "  linepattern_size=0.5",
-                                            "  linetype=31",
-                                            "  adaptive_linetype=TRUE",
-                                            "  lineweight=0",
-                                            "  fill_style=73",
-                                            "  end_style=4",
-                                            "  join_style=5",
-                                            "}"};
+  const std::vector<std::string> firstStyle{
+      " 0{", "  name=\"Color_1", "  localized_name=\"Color_1", "  description=\"", "  color=-1023410176",
+      "  mode_color=-1023410176", "  color_policy=5", "  physical_pen_number=0", "  virtual_pen_number=0",
+      "  screen=100", "  linepattern_size=0.5", "  linetype=31", "  adaptive_linetype=TRUE", "  lineweight=0",
+      "  fill_style=73", "  end_style=4", "  join_style=5", "}"};
   const std::size_t styles = 6 + 258;
   EXPECT_EQ(std::vector<std::string>(lines.begin() + styles, lines.begin() + styles + 18), firstStyle);
   EXPECT_EQ(lines[styles + 254 * 18], " 254{");
   EXPECT_EQ(lines[styles + 254 * 18 + 1], "  name=\"Color_255");
 
-  const std::vector<std::string> tail{"}",       "custom_lineweight_table{",
-                                      " 0=0.0",  " 1=0.05",
-                                      " 2=0.1",  " 3=0.15",
-                                      " 4=0.2",  " 5=0.25",
-                                      " 6=0.3",  " 7=0.35",
-                                      " 8=0.4",  " 9=0.45",
+  const std::vector<std::string> tail{"}",       "custom_lineweight_table{", " 0=0.0",  " 1=0.05", " 2=0.1",
+                                      " 3=0.15", " 4=0.2", " 5=0.25", " 6=0.3", " 7=0.35", " 8=0.4", " 9=0.45",
                                       " 10=0.5", "}"};
   EXPECT_EQ(std::vector<std::string>(lines.end() - 14, lines.end()), tail);
 }

@@ -43,327 +43,105 @@ std::string Replace(std::string text, const std::string& from, const std::string
   return text;
 }
 
+// A "custom" group: numbered entries of a name and a value.
+std::string CustomGroup(const std::vector<std::pair<std::string, std::string>>& entries) {
+  std::string text = "custom{\n";
+  for (std::size_t i = 0; i < entries.size(); ++i)
+    text += std::to_string(i) + "{\nname=\"" + entries[i].first + "\nvalue=" + entries[i].second + "\n}\n";
+  return text + "}\n";
+}
+
+// The expected files below are written a block a line, their lines apart by "|".
+std::string Lines(std::string_view packed) {
+  std::string text(packed);
+  std::replace(text.begin(), text.end(), '|', '\n');
+  return text + "\n";
+}
+
 // ---- whole files ------------------------------------------------------------------------------------
 
-const char* const kPdfMeta = R"(PIAFILEVERSION_2.0,PC3VER1
-meta{
-user_defined_model_pathname="/plotters/PMP Files/T_PDF.pmp
-user_defined_model_basename="
-driver_pathname="/drivers/pdfplot25.hdi
-driver_version="1
-driver_tag_line="PDF ePlot - by Autodesk
-toolkit_version=1
-driver_type=3
-canonical_family_name="Autodesk ePlot
-show_custom_first=TRUE
-truetype_as_text=TRUE
-canonical_model_name="pdf
-localized_family_name="Autodesk ePlot (PDF)
-localized_model_name="DWG To PDF
-file_only=TRUE
-model_abilities="000550055000
-udm_description="
-short_net_name="
-friendly_net_name="
-dm_driver_version=0
-default_system_cfg=FALSE
-platform="2,6,2
-locale="4B00409
-config_description="
-config_autospool=FALSE
-}
-)";
+const std::string kPdfMeta = Lines(R"(PIAFILEVERSION_2.0,PC3VER1
+meta{|user_defined_model_pathname="/plotters/PMP Files/T_PDF.pmp|user_defined_model_basename="
+driver_pathname="/drivers/pdfplot25.hdi|driver_version="1|driver_tag_line="PDF ePlot - by Autodesk
+toolkit_version=1|driver_type=3|canonical_family_name="Autodesk ePlot|show_custom_first=TRUE
+truetype_as_text=TRUE|canonical_model_name="pdf|localized_family_name="Autodesk ePlot (PDF)
+localized_model_name="DWG To PDF|file_only=TRUE|model_abilities="000550055000|udm_description="
+short_net_name="|friendly_net_name="|dm_driver_version=0|default_system_cfg=FALSE|platform="2,6,2
+locale="4B00409|config_description="|config_autospool=FALSE|})");
 
-const char* const kPc3Media = R"(media{
-selection_method=2
-type="
-dm_orientation=1
-actual_printable_bounds_llx=0.0
-actual_printable_bounds_lly=0.0
-actual_printable_bounds_urx=594.0
-actual_printable_bounds_ury=420.0
+const std::string kPc3Media = Lines(R"(media{|selection_method=2|type="|dm_orientation=1|actual_printable_bounds_llx=0.0
+actual_printable_bounds_lly=0.0|actual_printable_bounds_urx=594.0|actual_printable_bounds_ury=420.0
 number_of_copies=1
-size{
-name="UserDefinedMetric (594.00 x 420.00毫米)
-group=0
-landscape_mode=TRUE
-longplot_reduction=1.0
-media_description{
-printable_bounds_llx=0.0
-printable_bounds_lly=0.0
-printable_bounds_urx=594.0
-printable_bounds_ury=420.0
-printable_area=249480.00000
-dimensional=TRUE
-media_bounds{
-urx=594.0
-ury=420.0
-}
-}
-}
-}
-io{
-type=2
-pathname="
-allsysvalid=FALSE
-plot_to_file=TRUE
-}
-res_color_mem{
-name="RGB
-num_colors=16777216
-color_depth=32
-num_undithered_colors=16777216
-color_system=1
-dm_color=1
-lines_overwrite=TRUE
-resolution{
-name="Default
-phys_resolution_x=600.0
-phys_resolution_y=600.0
-addr_resolution_x=1.0
-addr_resolution_y=1.0
-effective_resolution_x=600.0
-effective_resolution_y=600.0
-}
-}
-)";
+size{|name="UserDefinedMetric (594.00 x 420.00毫米)|group=0|landscape_mode=TRUE|longplot_reduction=1.0
+media_description{|printable_bounds_llx=0.0|printable_bounds_lly=0.0|printable_bounds_urx=594.0
+printable_bounds_ury=420.0|printable_area=249480.00000|dimensional=TRUE
+media_bounds{|urx=594.0|ury=420.0|}|}|}|}
+io{|type=2|pathname="|allsysvalid=FALSE|plot_to_file=TRUE|}
+res_color_mem{|name="RGB|num_colors=16777216|color_depth=32|num_undithered_colors=16777216|color_system=1
+dm_color=1|lines_overwrite=TRUE
+resolution{|name="Default|phys_resolution_x=600.0|phys_resolution_y=600.0|addr_resolution_x=1.0
+addr_resolution_y=1.0|effective_resolution_x=600.0|effective_resolution_y=600.0|}|})");
 
-const char* const kPdfCustom = R"(custom{
-0{
-name="Custom_Raster_Resolution
-value=TRUE
-}
-1{
-name="Custom_DWF_Resolution
-value=TRUE
-}
-2{
-name="Custom_Monochrome_Resolution
-value=TRUE
-}
-3{
-name="Custom_Gradient_Resolution
-value=TRUE
-}
-4{
-name="Hardcopy_Resolution
-value=1200
-}
-5{
-name="Raster_Limit
-value=400
-}
-6{
-name="Monochrome_Raster_Limit
-value=400
-}
-7{
-name="Gradient_Limit
-value=400
-}
-8{
-name="All_As_Geometry
-value=FALSE
-}
-9{
-name="Capture
-value=2
-}
-10{
-name="Resolution
-value=14
-}
-11{
-name="Font_Capture
-value=TRUE
-}
-12{
-name="Include_Layer
-value=TRUE
-}
-13{
-name="View_New_File
-value=FALSE
-}
-}
-)";
+const std::string kPdfCustom = CustomGroup({
+    {"Custom_Raster_Resolution", "TRUE"}, {"Custom_DWF_Resolution", "TRUE"}, {"Custom_Monochrome_Resolution", "TRUE"},
+    {"Custom_Gradient_Resolution", "TRUE"}, {"Hardcopy_Resolution", "1200"}, {"Raster_Limit", "400"},
+    {"Monochrome_Raster_Limit", "400"}, {"Gradient_Limit", "400"}, {"All_As_Geometry", "FALSE"}, {"Capture", "2"},
+    {"Resolution", "14"}, {"Font_Capture", "TRUE"}, {"Include_Layer", "TRUE"}, {"View_New_File", "FALSE"}});
 
-const char* const kPdfModel = R"(udm{
-calibration{
-_x=1.0
-_y=1.0
-}
-media{
-abilities="500005500500505555000005550000000550000500000500000
-caps_state="000000000000000000000000000000000000000000000000000
-ui_owner="11111111111111111111110
-size_max_x=5080.0
-size_max_y=5080.0
+const std::string kPdfModel = Lines(R"(udm{
+calibration{|_x=1.0|_y=1.0|}
+media{|abilities="500005500500505555000005550000000550000500000500000
+caps_state="000000000000000000000000000000000000000000000000000|ui_owner="11111111111111111111110
+size_max_x=5080.0|size_max_y=5080.0
 size{
-0{
-caps_type=2
-name="P_(420.00_x_297.00_MM)
-localized_name="TV_A3
-media_description_name="P_420.00W_x_297.00H_-_(0.00,_0.00)_x_(420.00,_297.00)_=124740.00_MM
-media_group=15
-landscape_mode=TRUE
-}
-1{
-caps_type=2
-name="P_(297.00_x_420.00_MM)
-localized_name="TV_A3T
-media_description_name="P_297.00W_x_420.00H_-_(0.00,_0.00)_x_(297.00,_420.00)_=124740.00_MM
-media_group=15
-landscape_mode=TRUE
-}
-}
+0{|caps_type=2|name="P_(420.00_x_297.00_MM)|localized_name="TV_A3
+media_description_name="P_420.00W_x_297.00H_-_(0.00,_0.00)_x_(420.00,_297.00)_=124740.00_MM|media_group=15
+landscape_mode=TRUE|}
+1{|caps_type=2|name="P_(297.00_x_420.00_MM)|localized_name="TV_A3T
+media_description_name="P_297.00W_x_420.00H_-_(0.00,_0.00)_x_(297.00,_420.00)_=124740.00_MM|media_group=15
+landscape_mode=TRUE|}|}
 description{
-0{
-caps_type=2
-name="P_420.00W_x_297.00H_-_(0.00,_0.00)_x_(420.00,_297.00)_=124740.00_MM
-media_bounds_urx=420.0
-media_bounds_ury=297.0
-printable_bounds_llx=0.0
-printable_bounds_lly=0.0
-printable_bounds_urx=420.0
-printable_bounds_ury=297.0
-printable_area=124740.0
-dimensional=TRUE
-}
-1{
-caps_type=2
-name="P_297.00W_x_420.00H_-_(0.00,_0.00)_x_(297.00,_420.00)_=124740.00_MM
-media_bounds_urx=297.0
-media_bounds_ury=420.0
-printable_bounds_llx=0.0
-printable_bounds_lly=0.0
-printable_bounds_urx=297.0
-printable_bounds_ury=420.0
-printable_area=124740.0
-dimensional=TRUE
-}
-}
-}
-}
-)";
+0{|caps_type=2|name="P_420.00W_x_297.00H_-_(0.00,_0.00)_x_(420.00,_297.00)_=124740.00_MM
+media_bounds_urx=420.0|media_bounds_ury=297.0|printable_bounds_llx=0.0|printable_bounds_lly=0.0
+printable_bounds_urx=420.0|printable_bounds_ury=297.0|printable_area=124740.0|dimensional=TRUE|}
+1{|caps_type=2|name="P_297.00W_x_420.00H_-_(0.00,_0.00)_x_(297.00,_420.00)_=124740.00_MM
+media_bounds_urx=297.0|media_bounds_ury=420.0|printable_bounds_llx=0.0|printable_bounds_lly=0.0
+printable_bounds_urx=297.0|printable_bounds_ury=420.0|printable_area=124740.0|dimensional=TRUE|}|}|}|})");
 
-const char* const kPngMeta = R"(PIAFILEVERSION_2.0,PC3VER1
-meta{
-user_defined_model_pathname="/plotters/PMP Files/T_PNG.pmp
-user_defined_model_basename="
-driver_pathname="/drivers/raster25.hdi
-driver_version="1
-driver_tag_line="Raster File Formats - by Autodesk
-toolkit_version=1
-driver_type=0
-canonical_family_name="Raster File Formats
-show_custom_first=TRUE
-truetype_as_text=TRUE
-canonical_model_name="png
-localized_family_name="Raster File Formats
-localized_model_name="Portable Network Graphics PNG (LZH Compression)
-file_only=TRUE
-model_abilities="000000055000
-udm_description="
-short_net_name="
-friendly_net_name="
-config_description="
-config_autospool=FALSE
-}
-)";
+const std::string kPngMeta = Lines(R"(PIAFILEVERSION_2.0,PC3VER1
+meta{|user_defined_model_pathname="/plotters/PMP Files/T_PNG.pmp|user_defined_model_basename="
+driver_pathname="/drivers/raster25.hdi|driver_version="1|driver_tag_line="Raster File Formats - by Autodesk
+toolkit_version=1|driver_type=0|canonical_family_name="Raster File Formats|show_custom_first=TRUE
+truetype_as_text=TRUE|canonical_model_name="png|localized_family_name="Raster File Formats
+localized_model_name="Portable Network Graphics PNG (LZH Compression)|file_only=TRUE
+model_abilities="000000055000|udm_description="|short_net_name="|friendly_net_name="|config_description="
+config_autospool=FALSE|})");
 
-const char* const kPngCustom = R"(custom{
-0{
-name="RASTER_Transparent_Background
-value=TRUE
-}
-1{
-name="RASTER_CALS_Twist
-value=FALSE
-}
-2{
-name="RASTER_Transparent_Background_Ability
-value=TRUE
-}
-3{
-name="RRASTER_CALS_Twist_Ability
-value=FALSE
-}
-4{
-name="RASTER_RGB_Back_Color
-value=1971210
-}
-5{
-name="RASTER_File_Type
-value="PNG
-}
-6{
-name="RASTER_Compression_Type
-value="PNG
-}
-}
-)";
+const std::string kPngCustom = CustomGroup({
+    {"RASTER_Transparent_Background", "TRUE"}, {"RASTER_CALS_Twist", "FALSE"},
+    {"RASTER_Transparent_Background_Ability", "TRUE"}, {"RRASTER_CALS_Twist_Ability", "FALSE"},
+    {"RASTER_RGB_Back_Color", "1971210"}, {"RASTER_File_Type", "\"PNG"}, {"RASTER_Compression_Type", "\"PNG"}});
 
 // Twice the pixels and a 5 mm margin, itself doubled: A3 grows to 860 x 614.
-const char* const kPngModel = R"(udm{
-calibration{
-_x=1.0
-_y=1.0
-}
-media{
-abilities="500505500500505555000005550000000550000500000500555
-caps_state="000000000000000000000000000000000000000000000000000
-ui_owner="11111111111111111111110
-size_max_x=320000.00000
-size_max_y=320000.00000
-max_roll_height=320000.00000
+const std::string kPngModel = Lines(R"(udm{
+calibration{|_x=1.0|_y=1.0|}
+media{|abilities="500505500500505555000005550000000550000500000500555
+caps_state="000000000000000000000000000000000000000000000000000|ui_owner="11111111111111111111110
+size_max_x=320000.00000|size_max_y=320000.00000|max_roll_height=320000.00000
 size{
-0{
-caps_type=2
-name="P_(860.00_x_614.00_MM)
-localized_name="TV_A3
-media_description_name="P_860.00W_x_614.00H_-_(10.00,_10.00)_x_(850.00,_604.00)_=498960.00_MM
-media_group=15
-landscape_mode=TRUE
-}
-1{
-caps_type=2
-name="P_(614.00_x_860.00_MM)
-localized_name="TV_A3T
-media_description_name="P_614.00W_x_860.00H_-_(10.00,_10.00)_x_(604.00,_850.00)_=498960.00_MM
-media_group=15
-landscape_mode=TRUE
-}
-}
+0{|caps_type=2|name="P_(860.00_x_614.00_MM)|localized_name="TV_A3
+media_description_name="P_860.00W_x_614.00H_-_(10.00,_10.00)_x_(850.00,_604.00)_=498960.00_MM|media_group=15
+landscape_mode=TRUE|}
+1{|caps_type=2|name="P_(614.00_x_860.00_MM)|localized_name="TV_A3T
+media_description_name="P_614.00W_x_860.00H_-_(10.00,_10.00)_x_(604.00,_850.00)_=498960.00_MM|media_group=15
+landscape_mode=TRUE|}|}
 description{
-0{
-caps_type=2
-name="P_860.00W_x_614.00H_-_(10.00,_10.00)_x_(850.00,_604.00)_=498960.00_MM
-media_bounds_urx=860.0
-media_bounds_ury=614.0
-printable_bounds_llx=10.0
-printable_bounds_lly=10.0
-printable_bounds_urx=850.0
-printable_bounds_ury=604.0
-printable_area=498960.0
-dimensional=TRUE
-}
-1{
-caps_type=2
-name="P_614.00W_x_860.00H_-_(10.00,_10.00)_x_(604.00,_850.00)_=498960.00_MM
-media_bounds_urx=614.0
-media_bounds_ury=860.0
-printable_bounds_llx=10.0
-printable_bounds_lly=10.0
-printable_bounds_urx=604.0
-printable_bounds_ury=850.0
-printable_area=498960.0
-dimensional=TRUE
-}
-}
-}
-}
-)";
+0{|caps_type=2|name="P_860.00W_x_614.00H_-_(10.00,_10.00)_x_(850.00,_604.00)_=498960.00_MM
+media_bounds_urx=860.0|media_bounds_ury=614.0|printable_bounds_llx=10.0|printable_bounds_lly=10.0
+printable_bounds_urx=850.0|printable_bounds_ury=604.0|printable_area=498960.0|dimensional=TRUE|}
+1{|caps_type=2|name="P_614.00W_x_860.00H_-_(10.00,_10.00)_x_(604.00,_850.00)_=498960.00_MM
+media_bounds_urx=614.0|media_bounds_ury=860.0|printable_bounds_llx=10.0|printable_bounds_lly=10.0
+printable_bounds_urx=604.0|printable_bounds_ury=850.0|printable_area=498960.0|dimensional=TRUE|}|}|}|})");
 
 // The files are written through the same folders and code page a job uses.
 class WholeFileTest : public PlotterFolderTest {
@@ -419,19 +197,6 @@ PlotterOptions Options(std::int32_t format) {
   o.format = format;
   o.hostVersion = 25.0;
   return o;
-}
-
-TEST(PlotterText, OnlyImagesAreEnlarged) {
-  PlotterOptions o = Options(settings::kFormatJpg);
-  o.imageScaleStep = 5;
-  EXPECT_DOUBLE_EQ(EnlargeOf(o), 1.5);
-  o.imageScaleStep = 0;
-  EXPECT_DOUBLE_EQ(EnlargeOf(o), 1.0);
-  o.imageScaleStep = 5;
-  for (std::int32_t format : {0, 1, 4, 5}) {
-    o.format = format;
-    EXPECT_DOUBLE_EQ(EnlargeOf(o), 1.0) << format;
-  }
 }
 
 // A square paper has one medium; a positive margin grows the paper, a negative one shrinks the
@@ -571,32 +336,14 @@ TEST(PlotterText, PngOnOlderHostsNamesItsImageModule) {
 TEST(PlotterText, PltModelNamesEveryMediumInItsSource) {
   const PaperList papers = Papers({{420, 297}, {500, 500}});
   const std::string model = PmpText(papers, Options(4), "p", "d");
-  const std::string expectedTail = R"(source{
-Manual_Source{
-caps_type=0
+  const std::string expectedTail = Lines(R"(source{
+Manual_Source{|caps_type=0
 entry{
 Manual_Feed{
 size_names{
-0{
-name="P_(420.00_x_297.00_MM)
-caps_type=2
-}
-1{
-name="P_(297.00_x_420.00_MM)
-caps_type=2
-}
-2{
-name="P_(500.00_x_500.00_MM)
-caps_type=2
-}
-}
-}
-}
-}
-}
-}
-}
-)";
+0{|name="P_(420.00_x_297.00_MM)|caps_type=2|}
+1{|name="P_(297.00_x_420.00_MM)|caps_type=2|}
+2{|name="P_(500.00_x_500.00_MM)|caps_type=2|}|}|}|}|}|}|}|})");
   EXPECT_TRUE(model.ends_with(expectedTail)) << model.substr(model.size() - 400);
   EXPECT_TRUE(HasLine(model, "abilities=\"555555555555505555000505550000555550000550550500550"));
   const std::string config = Pc3Text(Options(4), "p", "d");

@@ -15,6 +15,7 @@
 #include "recognition/sheet_records.h"
 #include "recognition/working_coordinates.h"
 #include "../support/entity_builders.h"
+#include "../support/shape_builders.h"
 
 namespace tv::recognition::test {
 
@@ -81,15 +82,10 @@ class DrawingTest : public ::testing::Test {
 
   // A 2D polyline, or a 3D one, with vertex records.
   ObjectId AddPolyline(const std::vector<Point2d>& points, bool closed, bool is3d) {
-    auto e = std::make_unique<cad::Polyline>();
-    for (Point2d p : points) {
-      cad::PolylineVertex v;
-      v.position = Point3d{p};
-      v.flags = is3d ? 32 : 0;
-      e->vertices.push_back(v);
-    }
-    e->polyFlags = static_cast<std::int16_t>((closed ? cad::Polyline::kClosed : 0) | (is3d ? cad::Polyline::k3dPolyline : 0));
-    return Append(std::move(e)).id;
+    std::vector<Point3d> corners;
+    for (Point2d p : points) corners.emplace_back(p);
+    const auto flags = static_cast<std::int16_t>((closed ? cad::Polyline::kClosed : 0) | (is3d ? cad::Polyline::k3dPolyline : 0));
+    return Append(test_support::MakePolyline(std::move(corners), flags, is3d ? 32 : 0)).id;
   }
 
   cad::Text& AddText(std::string text, Point3d at, double height, cad::BlockRecord* block = nullptr) {

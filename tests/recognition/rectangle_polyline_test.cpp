@@ -149,14 +149,5 @@ TEST_F(RectanglePolylineTest, OnlyPolylinesAreAccepted) {
   EXPECT_FALSE(IsRectanglePolyline(host::Entity{}, false, {}, minPt, maxPt));
 }
 
-TEST(TransformByStackTest, AppliesTheLastMatrixFirst) {
-  const MatrixStack stack = {Matrix3d::translation({10, 0, 0}), Matrix3d::scaling(2.0)};
-  ExpectNear2d(TransformByStack({1, 1, 0}, stack), {12, 2});
-  ExpectNear2d(TransformByStack({1, 1, 0}, {}), {1, 1});
-  const MatrixStack three = {Matrix3d::rotation(kPi / 2), Matrix3d::translation({5, 0, 0}), Matrix3d::scaling(3.0)};
-  // (1, 0) -> (3, 0) -> (8, 0) -> (0, 8)
-  ExpectNear2d(TransformByStack({1, 0, 0}, three), {0, 8}, 1e-12);
-}
-
 }  // namespace
 }  // namespace tv::recognition

@@ -250,27 +250,6 @@ TEST(PruneSheetsTest, PurgeTakesWhatLiesStrictlyInsideFromStartOn) {
   EXPECT_FALSE(empty[0]->hasContent);
 }
 
-TEST(PruneSheetsTest, PurgeCreditsTheFirstSheetThatHoldsACandidate) {
-  SheetList sheets;
-  sheets.push_back(Sheet(1, 0, 0, 300, 300));
-  sheets.push_back(Sheet(2, 0, 0, 600, 600));
-  sheets.push_back(Sheet(3, 1000, 0, 1300, 300));
-  TempIdArray candidates = {Candidate(1, 100, 100, 150, 150), Candidate(2, 400, 400, 450, 450)};
-  DropContainedIds(sheets, candidates, 0);
-  EXPECT_TRUE(candidates.empty());
-  EXPECT_TRUE(sheets[0]->hasContent);
-  EXPECT_TRUE(sheets[1]->hasContent);  // by the second candidate only
-  EXPECT_FALSE(sheets[2]->hasContent);
-
-  SheetList reversed;
-  reversed.push_back(Sheet(2, 0, 0, 600, 600));
-  reversed.push_back(Sheet(1, 0, 0, 300, 300));
-  TempIdArray one = {Candidate(1, 100, 100, 150, 150)};
-  DropContainedIds(reversed, one, 0);
-  EXPECT_TRUE(reversed[0]->hasContent);
-  EXPECT_FALSE(reversed[1]->hasContent);
-}
-
 TEST(PruneSheetsTest, PurgeOfManyCandidatesKeepsTheOrderOfTheRest) {
   Scatter rnd;
   SheetList sheets = Layout(rnd, 60);
@@ -280,7 +259,8 @@ TEST(PruneSheetsTest, PurgeOfManyCandidatesKeepsTheOrderOfTheRest) {
     const double w = 400 * rnd.next() * rnd.next(), h = 300 * rnd.next() * rnd.next();
     candidates.push_back(Candidate(static_cast<std::int32_t>(k), x, y, x + w, y + h));
   }
-  // Reference: each sheet in order takes what lies strictly in its inner box.
+  // Reference: each sheet in order takes what lies strictly in its inner box; the first that
+  // holds a candidate is credited with it.
   SheetList reference = Copy(sheets);
   std::vector<std::uint64_t> expectedIds;
   std::vector<bool> expectedContent(reference.size(), false);

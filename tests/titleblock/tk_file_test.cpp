@@ -129,18 +129,14 @@ TEST_F(TkFileTest, EveryFieldSurvivesARoundTripExceptThePickCentreAndTheStandard
   d->scale = 2.5;
   d->paper = {841, 594, true};
   d->pick_centre = {10, 20, 0};
-  d->frame_extents = Box(-420, -297, 420, 297);
-  d->area_drawing_no = Box(1, 2, 3, 4);
-  d->area_revision = Box(5, 6, 7, 8);
-  d->area_title = Box(9, 10, 11, 12);
-  d->area_date = Box(13, 14, 15, 16);
-  d->area_info1 = Box(17, 18, 19, 20);
-  d->area_info2 = Box(21, 22, 23, 24);
-  d->print_extents = Box(-400, -290, 400, 290);
-  d->stamp_register = Box(25, 26, 27, 28);
-  d->stamp_issue = Box(29, 30, 31, 32);
-  d->stamp_project = Box(33, 34, 35, 36);
-  d->stamp_completed = Box(37, 38, 39, 40);
+  // Every area its own box, (4k+1, 4k+2)-(4k+3, 4k+4).
+  constexpr Extents3d TK_Customization::*kAreas[] = {
+      &TK_Customization::frame_extents,  &TK_Customization::area_drawing_no, &TK_Customization::area_revision,
+      &TK_Customization::area_title,     &TK_Customization::area_date,       &TK_Customization::area_info1,
+      &TK_Customization::area_info2,     &TK_Customization::print_extents,   &TK_Customization::stamp_register,
+      &TK_Customization::stamp_issue,    &TK_Customization::stamp_project,   &TK_Customization::stamp_completed};
+  const auto areaBox = [](int k) { return Box(4 * k + 1, 4 * k + 2, 4 * k + 3, 4 * k + 4); };
+  for (int k = 0; k < 12; ++k) (*d).*kAreas[k] = areaBox(k);
   d->serial_digits = 3;
   d->sort_priority = 8;
   d->is_dynamic = 1;
@@ -180,18 +176,10 @@ TEST_F(TkFileTest, EveryFieldSurvivesARoundTripExceptThePickCentreAndTheStandard
   EXPECT_DOUBLE_EQ(r.scale, 2.5);
   EXPECT_EQ(r.paper, (paper::MyPaper{841, 594, false}));
   EXPECT_EQ(r.pick_centre, Point3d());
-  ExpectArea(r.frame_extents, Box(-420, -297, 420, 297));
-  ExpectArea(r.area_drawing_no, Box(1, 2, 3, 4));
-  ExpectArea(r.area_revision, Box(5, 6, 7, 8));
-  ExpectArea(r.area_title, Box(9, 10, 11, 12));
-  ExpectArea(r.area_date, Box(13, 14, 15, 16));
-  ExpectArea(r.area_info1, Box(17, 18, 19, 20));
-  ExpectArea(r.area_info2, Box(21, 22, 23, 24));
-  ExpectArea(r.print_extents, Box(-400, -290, 400, 290));
-  ExpectArea(r.stamp_register, Box(25, 26, 27, 28));
-  ExpectArea(r.stamp_issue, Box(29, 30, 31, 32));
-  ExpectArea(r.stamp_project, Box(33, 34, 35, 36));
-  ExpectArea(r.stamp_completed, Box(37, 38, 39, 40));
+  for (int k = 0; k < 12; ++k) {
+    SCOPED_TRACE(k);
+    ExpectArea(r.*kAreas[k], areaBox(k));
+  }
   EXPECT_EQ(r.serial_digits, 3);
   EXPECT_EQ(r.sort_priority, 8);
   EXPECT_EQ(r.is_dynamic, 1);
