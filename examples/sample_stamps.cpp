@@ -1,6 +1,7 @@
 #include "examples/sample_stamps.h"
 
 #include <cairo.h>
+#include <fontconfig/fontconfig.h>
 
 #include <cmath>
 #include <numbers>
@@ -20,9 +21,27 @@ std::string PngOf(cairo_surface_t* surface) {
   return bytes;
 }
 
+// The family fontconfig offers for Chinese text: the toy font API doesn't fall back per glyph.
+std::string ChineseFamily() {
+  std::string family = "sans-serif";
+  FcPattern* pattern = FcNameParse(reinterpret_cast<const FcChar8*>("sans-serif:lang=zh-cn"));
+  if (!pattern) return family;
+  FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+  FcDefaultSubstitute(pattern);
+  FcResult result = FcResultNoMatch;
+  if (FcPattern* found = FcFontMatch(nullptr, pattern, &result)) {
+    FcChar8* name = nullptr;
+    if (FcPatternGetString(found, FC_FAMILY, 0, &name) == FcResultMatch && name) family = reinterpret_cast<char*>(name);
+    FcPatternDestroy(found);
+  }
+  FcPatternDestroy(pattern);
+  return family;
+}
+
 // The text centred, as large as fits `room` across.
 void CentredText(cairo_t* cr, const std::string& text, double cx, double cy, double room, double size) {
-  cairo_select_font_face(cr, "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
+  static const std::string family = ChineseFamily();
+  cairo_select_font_face(cr, family.c_str(), CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
   cairo_set_font_size(cr, size);
   cairo_text_extents_t e;
   cairo_text_extents(cr, text.c_str(), &e);
@@ -71,7 +90,7 @@ std::string SealPicture(const std::string& text, int widthPx, int heightPx, bool
     }
     cairo_close_path(cr);
     cairo_fill(cr);
-    CentredText(cr, text, w / 2, h * 0.68, w * 0.6, h * 0.11);
+    CentredText(cr, text, w / 2, h * 0.68, w * 0.5, h * 0.09);
   } else {
     cairo_rectangle(cr, line, line, w - 2 * line, h - 2 * line);
     cairo_stroke(cr);
