@@ -143,7 +143,7 @@ bool ChooseStamps(const std::array<bool, kStampKindCount>& sheetPositions, setti
   while (true) {
     std::string answer;
     if (editor.getString("\n勾选(T)/印章(S)/授权码(A)/确定(O)/取消(C) <确定>: ", answer) != host::RTNORM) return false;
-    const char a = answer.empty() ? 'O' : static_cast<char>(answer[0] | 0x20);
+    const char a = answer.empty() ? 'o' : static_cast<char>(answer[0] | 0x20);
     if (a == 'o') {
       if (TryOk(form, setting)) return true;
       continue;

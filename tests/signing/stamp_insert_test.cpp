@@ -10,6 +10,7 @@
 #include "../support/run_program.h"
 #include "cad/dxf_writer.h"
 #include "examples/sample_stamps.h"
+#include "host/wrappers.h"
 #include "settings/config.h"
 #include "signing/stamp_library.h"
 #include "signing/stamp_placement.h"
