@@ -180,6 +180,7 @@ void DefineTitleBlock(CLI::App& app) {
   Describe(app,
            "用法：tvplot titleblock 图纸.dxf [--tk 图框信息.tk] [--range 范围] [--preview N] [--json] [--timings]\n"
            "      tvplot titleblock 图纸.dxf [--tk 图框信息.tk] --plot [tvplot plot 的选项]\n"
+           "                  [--stamp 类型=印章名 … [--stamp-code 类型=授权码 …] | --stamps]\n"
            "  按图框信息库中定义的图框（图块）识别图纸，每个图框插入为一张图纸，从图框读取\n"
            "  图号、版次、图名、日期、信息1、信息2，按图框的命名规则得到文件名。\n",
            "  图纸文件本身不会被改写。\n"
