@@ -130,7 +130,7 @@ TEST_F(StampPlotTest, TheStampLandsAtItsPointAtItsSizeOnlyWhereTheFrameHasTheAre
   }
 }
 
-TEST_F(StampPlotTest, VectorFormatsCarryThePictureAndPltNone) {
+TEST_F(StampPlotTest, VectorFormatsCarryThePictureAndPltAndDwgNone) {
   struct Case {
     const char* format;
     const char* picture;  // what marks an embedded picture in the file
@@ -143,11 +143,16 @@ TEST_F(StampPlotTest, VectorFormatsCarryThePictureAndPltNone) {
     EXPECT_TRUE(Has(ReadFile(out / (kStraight + ext)), c.picture)) << c.format;
     EXPECT_FALSE(Has(ReadFile(out / (kNoArea + ext)), c.picture)) << c.format;
   }
-  // PLT carries no stamps: no picture is even written for them.
+  // PLT and DWG carry no stamps: no picture is even written for them, and the sheet drawings hold no image.
   const auto before = StampFiles(home_);
-  const RunResult plt = TitlePlot("plt", Path("plt"), {"--stamp", "出图=红章"});
-  ASSERT_EQ(plt.exitCode, 0) << plt.out << plt.err;
-  EXPECT_EQ(StampFiles(home_), before);
+  for (const char* format : {"plt", "dwg"}) {
+    const RunResult r = TitlePlot(format, Path(format), {"--stamp", "出图=红章"});
+    ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+    EXPECT_EQ(StampFiles(home_), before) << format;
+  }
+  const fs::path sheet = Path("dwg") / (std::string(kStraight) + ".dxf");
+  ASSERT_TRUE(fs::exists(sheet));
+  EXPECT_FALSE(Has(ReadFile(sheet), "IMAGE"));
 }
 
 TEST_F(StampPlotTest, PicturesStayUntilTheNextRunAndTheDrawingKeepsNothing) {
