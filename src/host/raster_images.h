@@ -17,6 +17,8 @@ ObjectId FindImageDefinition(const std::string& key);
 // Takes the entry `key` out of the dictionary and deletes its definition, with the reactors that
 // tied images to it. False when there was no such entry.
 bool RemoveImageDefinition(const std::string& key);
+// Takes the image dictionary away when nothing is left in it.
+void DropEmptyImageDictionary();
 // Loads the picture file and enters a definition for it under `key`. An entry already under
 // `key` wins: its id is returned and the file isn't looked at. Null, with the reason, on failure.
 ObjectId AddImageDefinition(const std::string& key, const std::string& file, ImageDefinitionFailure& why);

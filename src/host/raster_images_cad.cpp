@@ -52,6 +52,16 @@ bool RemoveImageDefinition(const std::string& key) {
   return true;
 }
 
+void DropEmptyImageDictionary() {
+  cad::Database* db = WorkingDatabase();
+  cad::Dictionary* root = db ? db->rootDictionary() : nullptr;
+  const cad::Dictionary* dict = db ? ImageDictionary(*db) : nullptr;
+  if (!root || !dict || !dict->entries.empty()) return;
+  const ObjectId id = dict->id;
+  root->remove(kImageDictionary);
+  DeleteObject(*db, id);
+}
+
 ObjectId AddImageDefinition(const std::string& key, const std::string& file, ImageDefinitionFailure& why) {
   why = ImageDefinitionFailure::None;
   const std::optional<PictureSize> size = OpenPicture(file);

@@ -158,8 +158,10 @@ ObjectId InsertRasterImage(const std::string& dictionaryKey, const std::string& 
 void EndPlotStamps(PlotStamps& run) {
   if (!run.inserted.empty()) host::EraseEntities(run.inserted);
   run.inserted.clear();
-  // The definitions go too: the drawing keeps nothing of the run.
+  // The definitions go too, and the dictionary a drawing without pictures got for them: the
+  // drawing keeps nothing of the run.
   RemoveStampDictionaryEntries();
+  host::DropEmptyImageDictionary();
   run.image_files = {};
 }
 

@@ -181,7 +181,7 @@ TEST_F(StampPlotTest, PicturesStayUntilTheNextRunAndTheDrawingKeepsNothing) {
   EXPECT_TRUE(Has(r.out, "印章授权")) << r.out;
   EXPECT_GT(RedOf(Path("PNG") / (std::string(kStraight) + ".png")).count, 0) << r.out;
   const std::string text = ReadFile(saved);
-  for (const char* gone : {"\nIMAGE\n", "\nIMAGEDEF\n", "IMAGEDEF_REACTOR", "Temp_Pic"})
+  for (const char* gone : {"\nIMAGE\n", "\nIMAGEDEF\n", "IMAGEDEF_REACTOR", "Temp_Pic", "ACAD_IMAGE_DICT"})
     EXPECT_FALSE(Has(text, gone)) << gone;
   EXPECT_TRUE(Has(text, "TV_Stamp"));
 }
