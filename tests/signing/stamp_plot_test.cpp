@@ -184,6 +184,13 @@ TEST_F(StampPlotTest, PicturesStayUntilTheNextRunAndTheDrawingKeepsNothing) {
   for (const char* gone : {"\nIMAGE\n", "\nIMAGEDEF\n", "IMAGEDEF_REACTOR", "Temp_Pic", "ACAD_IMAGE_DICT"})
     EXPECT_FALSE(Has(text, gone)) << gone;
   EXPECT_TRUE(Has(text, "TV_Stamp"));
+
+  // The choice the form stored travels with the drawing: --stamps plots it without the form.
+  const fs::path again = Path("again");
+  r = Run({"titleblock", saved, "--tk", tk_, "--plot", "--format", "png", "--out", again.string(), "--stamps"}, {},
+          home_.string());
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_GT(RedOf(again / (std::string(kStraight) + ".png")).count, 0);
 }
 
 TEST_F(StampPlotTest, CommandLineChoicesAreCheckedLikeTheForm) {
