@@ -1,5 +1,6 @@
 // make_samples OUTDIR [--big N] [--frames N]: writes the shipped sample drawing set (sample.dxf,
-// sample_ucs.dxf, sample_titleblocks.dxf with its library sample_titleblocks.tk) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
+// sample_ucs.dxf, sample_titleblocks.dxf with its library sample_titleblocks.tk,
+// the stamp library sample_stamps.tvlib2) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
 // with --frames also frames.dxf of N frames of 2000 entities each for recognition benchmarks.
 #include <charconv>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
+#include "examples/sample_stamps.h"
 #include "titleblock/tk_library.h"
 
 namespace {
@@ -48,6 +50,16 @@ bool WriteLibrary(const tv::titleblock::TK_Library& library, const std::filesyst
   return true;
 }
 
+bool WriteStamps(const std::filesystem::path& path) {
+  tv::signing::StampLibrary library = tv::samples::BuildStampLibrary();
+  if (!tv::signing::SaveStampLibrary(library, path.string())) {
+    std::fprintf(stderr, "无法写入 %s\n", path.string().c_str());
+    return false;
+  }
+  std::printf("%s\n", path.string().c_str());
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -76,6 +88,7 @@ int main(int argc, char** argv) {
   if (!Write(tv::samples::BuildUcsDrawing(), outDir / "sample_ucs.dxf")) return 2;
   if (!Write(tv::samples::BuildTitleBlockDrawing(), outDir / "sample_titleblocks.dxf")) return 2;
   if (!WriteLibrary(tv::samples::BuildTitleBlockLibrary(), outDir / "sample_titleblocks.tk")) return 2;
+  if (!WriteStamps(outDir / "sample_stamps.tvlib2")) return 2;
   if (bigCount > 0 && !Write(tv::samples::BuildBigDrawing(bigCount), outDir / "big.dxf")) return 2;
   if (frameCount > 0 && !Write(tv::samples::BuildFrameSet(frameCount, kContentPerFrame), outDir / "frames.dxf")) return 2;
   return 0;

@@ -17,3 +17,9 @@ cmake --build build -j"$(nproc)"
 # The title-block batch: the frames the sample library defines, named from their fields.
 ./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk
 ./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk --plot --out out/plots/titleblock
+# Stamps: the sample stamp library in a data folder of the samples' own (the user's library stays
+# as it is), and the sheets with an issue-stamp area plotted with the round sample seal on them.
+export XDG_DATA_HOME="$PWD/out/samples/data"
+./build/tvplot stamp import out/samples/sample_stamps.tvlib2 --replace
+./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk --plot \
+  --format png --out out/plots/stamped --stamp 出图=出图专用章

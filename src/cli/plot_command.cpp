@@ -322,6 +322,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
     restore();
     return kExitNotAllWritten;
   }
+  if (batch.adjust) batch.adjust(rec);
   settings::SaveDwgPlotSetting(rec);
   host::ShowTimings = options.timings;
 

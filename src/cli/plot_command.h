@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/subcommand.h"
+#include "settings/plot_setting.h"
 
 namespace tv::cli {
 
@@ -24,6 +25,8 @@ struct FileBatch {
   std::string_view command;  // the batch command the session runs
   // Runs once the module is loaded, before the settings are taken over; a refusal ends the run.
   std::function<std::optional<Refusal>()> prepare;
+  // Given: changes the settings the run takes over, after the output options did.
+  std::function<void(settings::PlotSettingRec&)> adjust;
   // Set for one drawing of a run over several: the drawing, and the file its sheets merge into.
   std::string drawing;
   std::optional<std::string> merge;

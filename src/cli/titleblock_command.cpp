@@ -16,6 +16,7 @@
 #include "cli/row_preview_option.h"
 #include "cli/plot_command.h"
 #include "cli/session_launch.h"
+#include "cli/stamp_options.h"
 #include "cli/tk_file_check.h"
 #include "console/console_editor.h"
 #include "console/session.h"
@@ -28,6 +29,7 @@
 #include "plot/row_preview.h"
 #include "plot/generic_review.h"
 #include "plot/title_review.h"
+#include "signing/stamp_choice.h"
 #include "titleblock/title_sheets.h"
 #include "titleblock/tk_library.h"
 
@@ -178,6 +180,7 @@ void DefineTitleBlock(CLI::App& app) {
   Describe(app,
            "用法：tvplot titleblock 图纸.dxf [--tk 图框信息.tk] [--range 范围] [--preview N] [--json] [--timings]\n"
            "      tvplot titleblock 图纸.dxf [--tk 图框信息.tk] --plot [tvplot plot 的选项]\n"
+           "                  [--stamp 类型=印章名 … [--stamp-code 类型=授权码 …] | --stamps]\n"
            "  按图框信息库中定义的图框（图块）识别图纸，每个图框插入为一张图纸，从图框读取\n"
            "  图号、版次、图名、日期、信息1、信息2，按图框的命名规则得到文件名。\n",
            "  图纸文件本身不会被改写。\n"
@@ -193,6 +196,10 @@ void DefineTitleBlock(CLI::App& app) {
                "--scale、--order 除外），\n"
                "多行图名以图框信息库的“多图名间字符”连接");
   DefinePlotOutputOptions(app);
+  AddValue(app, "--stamp", "类型=印章名", "在图框的印章位置打印印章库中的该印章（可重复）；类型为 登记（注册）、\n"
+               "出图、项目、竣工；只打印这里给出的类型");
+  AddValue(app, "--stamp-code", "类型=授权码", "需要授权码的印章的授权码（可重复）");
+  AddFlag(app, "--stamps", "按图纸保存的印章选择打印印章");
   // Known only to be refused with a reason.
   AddUnlisted(app, "--scale");
   AddUnlisted(app, "--order");
@@ -203,14 +210,25 @@ int RunTitleBlock(const ParsedArgs& args, CliStreams& io) {
   for (std::string fixed : {"--scale", "--order"})
     if (args.has(fixed)) return args.usage(io, "图框型批打印的比例、顺序由图框定义确定，不接受 " + fixed);
   if (!args.has("--plot")) {
-    for (std::string plotOnly : {"--format", "--out", "--path-mode", "--style", "--margin", "--merge", "--yes", "--no", "--verbose", "--report"})
+    for (std::string plotOnly : {"--format", "--out", "--path-mode", "--style", "--margin", "--merge", "--yes", "--no",
+                                 "--verbose", "--report", "--stamp", "--stamp-code", "--stamps"})
       if (args.has(plotOnly)) return args.usage(io, "选项 " + plotOnly + " 只用于 --plot");
     return ListTitleBlocks(args, io);
   }
   for (std::string listOnly : {"--json", "--preview"})
     if (args.has(listOnly)) return args.usage(io, "选项 " + listOnly + " 不用于 --plot");
+  StampOptions stamps;
+  if (auto error = ReadStampOptions(args, stamps)) return args.usage(io, *error);
   const std::optional<std::string> tkPath = args.value("--tk");
-  return RunFileBatch(args, io, {"tvplot titleblock", "TV_BatchPlot_4", [tkPath] { return PrepareLibrary(tkPath); }});
+  FileBatch batch{"tvplot titleblock", "TV_BatchPlot_4", [tkPath, stamps]() -> std::optional<FileBatch::Refusal> {
+                    if (auto refusal = PrepareLibrary(tkPath)) return refusal;
+                    if (auto why = CheckStampNames(stamps)) return FileBatch::Refusal{*why, kExitUsage};
+                    return std::nullopt;
+                  }};
+  batch.adjust = [stamps](settings::PlotSettingRec& setting) { ApplyStampOptions(stamps, setting); };
+  const int code = RunFileBatch(args, io, batch);
+  signing::PresetStampCodes().reset();
+  return code;
 }
 
 }  // namespace

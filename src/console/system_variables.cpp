@@ -64,6 +64,7 @@ SystemVariables::SystemVariables(const cad::Database& db, const std::string& pat
       {"PDFSHX", std::int32_t{1}},
       {"EPDFSHX", std::int32_t{1}},
       {"PICKBOX", std::int32_t{3}},
+      {"IMAGEFRAME", std::int32_t{1}},  // raster frames shown and plotted
       {"MENUBAR", std::int32_t{0}},
       {"UCSFOLLOW", std::int32_t{0}},
       {"WSCURRENT", std::string("草图与注释")},

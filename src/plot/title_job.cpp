@@ -1,5 +1,6 @@
 // The title-block file batch from its review list to files: the checks of the OK, the private
 // command that plots, the stand-by pass, and the command that shows the list again.
+#include <array>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
 #include "settings/config.h"
+#include "signing/stamp_choice.h"
+#include "signing/stamp_placement.h"
+#include "titleblock/title_sheets.h"
 
 namespace tv::plot {
 
@@ -44,12 +48,32 @@ SheetLoop TitleLoop(Dlg_BPlot2& form) {
   return loop;
 }
 
+// The stamps of a pass: put on before each sheet, all taken away when the pass ends however it ends.
+void StampRows(SheetLoop& loop, Dlg_BPlot2& form, signing::StampRun& stamps) {
+  loop.beforePlot = [&form, &stamps](std::size_t i) {
+    if (i >= form.rows.size()) return;
+    const titleblock::Plot_Drawing2& s = *form.rows[i].sheet;
+    stamps.PutOn(s.stamp_point, s.scale, s.stamp_rotation);
+  };
+}
+
+// Which of the four stamp positions any of the rows has.
+std::array<bool, signing::kStampKindCount> StampPositions(const Dlg_BPlot2& form) {
+  std::array<bool, signing::kStampKindCount> any{};
+  for (const BPlot2Row& row : form.rows)
+    for (std::size_t k = 0; k < any.size(); ++k)
+      if (!titleblock::IsNoStampPoint(row.sheet->stamp_point[k])) any[k] = true;
+  return any;
+}
+
 }  // namespace
 
 bool PlotTitleSheets(std::string folderOut, std::int32_t count) {
   Dlg_BPlot2* form = TitleReview();
   if (!form) return false;
   SheetLoop loop = TitleLoop(*form);
+  signing::StampRun stamps(loop.setting);
+  StampRows(loop, *form, stamps);
   if (count >= 0 && static_cast<std::size_t>(count) < loop.rows.size()) loop.rows.resize(static_cast<std::size_t>(count));
   const bool done = RunSheetLoop(loop, std::move(folderOut));
   if (Dlg_BPlot2* still = TitleReview()) still->setting.custom_path = loop.setting.custom_path;
@@ -60,6 +84,8 @@ void StandbyTitle() {
   Dlg_BPlot2* form = TitleReview();
   if (!form) return;
   SheetLoop loop = TitleLoop(*form);
+  signing::StampRun stamps(loop.setting);
+  StampRows(loop, *form, stamps);
   RunStandbyLoop(loop);
 }
 
@@ -77,6 +103,9 @@ bool RunTitleBatch(Dlg_BPlot2& form) {
   if (!SignatureCheckPasses(form.setting)) return false;
   bool stampsOff = false;
   if (!StampCheckPasses(form.setting, stampsOff)) return false;
+  if (!stampsOff && form.setting.plot_stamps != 0 && signing::FormatTakesStamps(form.setting.format) &&
+      !signing::ChooseStamps(StampPositions(form), form.setting))
+    return false;
   if (!StartFileRun(form.setting, form.styleIndex, form.job.paperList, "Plot_Temp2\n")) return false;
   // The stored choice stays; this run goes without stamps.
   if (stampsOff) form.setting.plot_stamps = 0;
