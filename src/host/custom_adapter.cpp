@@ -1,4 +1,7 @@
 // A host::CustomEntity as the content of the drawing model's custom entity.
+#include <charconv>
+
+#include "cad/custom_readers.h"
 #include "host/cad_binding.h"
 #include "host/custom_internal.h"
 
@@ -17,6 +20,7 @@ class CustomAdapter final : public cad::CustomContent {
   std::vector<cad::CustomPrimitive> primitives() const override;
   bool isTransient() const override;
   cad::Groups dxfGroups() const override;
+  std::optional<ClassRecord> classRecord() const override;
 
   CustomEntity& object() { return *object_; }
   const CustomEntity& object() const { return *object_; }
@@ -60,6 +64,24 @@ cad::Groups CustomAdapter::dxfGroups() const {
   return groups;
 }
 
+std::optional<cad::CustomContent::ClassRecord> CustomAdapter::classRecord() const {
+  std::optional<EntityClassData> data = object_->classData();
+  if (!data) return std::nullopt;
+  return ClassRecord{data->appName, data->proxyFlags};
+}
+
+// A read group's value as the text the class wrote: numbers in their shortest exact form.
+std::string GroupText(const cad::GroupValue& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  char buffer[64];
+  if (const auto* real = std::get_if<double>(&value)) {
+    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, *real);
+    return ec == std::errc{} ? std::string(buffer, end) : std::string();
+  }
+  if (const auto* whole = std::get_if<std::int64_t>(&value)) return std::to_string(*whole);
+  return {};
+}
+
 CustomAdapter* AdapterOf(cad::Entity& e) {
   auto* custom = cad::As<cad::CustomEntity>(&e);
   return custom ? dynamic_cast<CustomAdapter*>(custom->content.get()) : nullptr;
@@ -71,6 +93,19 @@ const CustomAdapter* AdapterOf(const cad::Entity& e) {
 }
 
 }  // namespace
+
+void RegisterEntityReader(const std::string& className, EntityReader reader) {
+  if (!reader) {
+    cad::RemoveCustomReader(className);
+    return;
+  }
+  cad::RegisterCustomReader(className, [reader = std::move(reader)](const cad::Groups& groups) -> std::unique_ptr<cad::CustomContent> {
+    DxfGroupList list;
+    list.reserve(groups.size());
+    for (const cad::Group& g : groups) list.emplace_back(g.code, GroupText(g.value));
+    return MakeCustomContent(reader(list));
+  });
+}
 
 std::unique_ptr<cad::CustomContent> MakeCustomContent(std::unique_ptr<CustomEntity> object) {
   if (!object) return nullptr;
