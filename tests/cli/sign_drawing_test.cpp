@@ -42,9 +42,13 @@ class SignDrawingTest : public TvplotTest {
     library.signs.push_back(Sign(kFree, "张 三", 0));
     library.signs.push_back(Sign(kLocked, "李四", kCode));
     ASSERT_TRUE(signing::SaveSignLibrary(library, home_ + "/.local/share/Tarvex/Sign.tvlib1", false));
+    // Signatures read back here are checked against the same library.
+    signing::LoadSignLibrary(signing::GlobalSignLibrary(), home_ + "/.local/share/Tarvex/Sign.tvlib1", false);
     // One A3 frame at 1:100, a line across its middle.
     plan_ = Write("plan.dxf", FramesInARow({{42000, 29700}}));
   }
+
+  void TearDown() override { signing::ClearSignLibrary(signing::GlobalSignLibrary()); }
 
   // A 2 x 1 outline with a hole, around the library's origin.
   static std::unique_ptr<signing::TV_Sign> Sign(std::int32_t id, const std::string& name, std::int32_t code) {
