@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <optional>
 
 #include "host/entity.h"
 #include "host/wrappers.h"
@@ -38,12 +39,12 @@ void ForEachSign(F&& f) {
     ObjectIdArray ids;
     host::CollectSpaceIds(block, ids);
     for (ObjectId id : ids) {
+      // Entities that don't open are skipped; recomputed flags are no change of the drawing.
       bool more = true;
-      const bool open = host::ModifyCustomEntity(id, [&](host::CustomEntity& custom) {
+      host::ModifyCustomEntity(id, [&](host::CustomEntity& custom) {
         if (auto* sign = dynamic_cast<TV_Sign_Class*>(&custom)) more = f(id, *sign);
         return false;
       });
-      (void)open;  // entities that don't open are skipped
       if (!more) return;
     }
   }

@@ -1,6 +1,8 @@
 #include "signing/sign_placing.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <string>
 

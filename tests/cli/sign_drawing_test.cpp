@@ -199,6 +199,19 @@ TEST_F(SignDrawingTest, ApprovalCoversEveryPlacementOfThePersonAndAWrongCodeNone
     EXPECT_TRUE(e.code_ok && e.date_ok);
   }
 
+  // A signature on a locked layer keeps what it had, and the user is told.
+  {
+    cad::DxfReadResult read = cad::ReadDrawing(twice);
+    ASSERT_TRUE(read.ok());
+    read.db->findLayer("TV_Sign")->setLocked(true);
+    ASSERT_TRUE(cad::WriteDxf(*read.db, Path("locked_layer.dxf").string()).ok);
+  }
+  const RunResult onLocked = Tvplot({"sign", "approve", Path("locked_layer.dxf").string(), "--id", "2", "--code",
+                                     std::to_string(kCode), "--days", "1", "--out", Path("unchanged.dxf").string()});
+  EXPECT_EQ(onLocked.exitCode, 0) << onLocked.err;
+  EXPECT_TRUE(Has(onLocked.err, "有签名在锁定层上，可能会造成授权失败 !")) << onLocked.err;
+  for (const signing::TV_Sign_Class& e : Read(Path("unchanged.dxf").string()).signs) EXPECT_EQ(e.auth_code, 0);
+
   // Granting 0 days takes the approval back.
   const RunResult cleared = Tvplot({"sign", "approve", Path("approved.dxf").string(), "--id", "2", "--code",
                                     std::to_string(kCode), "--days", "0", "--out", Path("cleared.dxf").string()});
