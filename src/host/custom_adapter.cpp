@@ -2,6 +2,7 @@
 #include <charconv>
 
 #include "cad/custom_readers.h"
+#include "cad/dxf_tokenizer.h"
 #include "host/cad_binding.h"
 #include "host/custom_internal.h"
 
@@ -57,10 +58,31 @@ std::vector<cad::CustomPrimitive> CustomAdapter::primitives() const {
 
 bool CustomAdapter::isTransient() const { return object_->isTransient(); }
 
+// A value the class gave as text, typed as its group code wants it so that binary files hold the
+// right kind; text that doesn't read as that kind stays text.
+cad::GroupValue TypedValue(int code, const std::string& text) {
+  const char* end = text.data() + text.size();
+  switch (cad::KindOfGroupCode(code)) {
+    case cad::GroupKind::Double: {
+      double v = 0;
+      auto [p, ec] = std::from_chars(text.data(), end, v);
+      if (ec == std::errc{} && p == end) return v;
+      break;
+    }
+    case cad::GroupKind::Int16: case cad::GroupKind::Int32: case cad::GroupKind::Int64: case cad::GroupKind::Bool: {
+      std::int64_t v = 0;
+      auto [p, ec] = std::from_chars(text.data(), end, v);
+      if (ec == std::errc{} && p == end) return v;
+      break;
+    }
+    default: break;
+  }
+  return text;
+}
+
 cad::Groups CustomAdapter::dxfGroups() const {
-  // Values are kept as the text the class gave; the writer puts text out as it stands.
   cad::Groups groups;
-  for (auto& [code, value] : object_->dxfGroups()) groups.emplace_back(code, cad::GroupValue{value});
+  for (auto& [code, value] : object_->dxfGroups()) groups.emplace_back(code, TypedValue(code, value));
   return groups;
 }
 
