@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "../support/corpus.h"
 #include "../support/frame_drawings.h"
 #include "../support/tvplot_test.h"
 #include "cad/drawing_file.h"
@@ -165,6 +166,25 @@ TEST_F(SignDrawingTest, APlacedSignatureSurvivesTheSavedDrawingWithItsClass) {
     EXPECT_EQ(saved.signClass->instanceCount, 1);
   }
   EXPECT_EQ(ReadFile(plan_), original) << "the drawing itself is never written";
+}
+
+TEST_F(SignDrawingTest, OtherProgramsDrawingsTakeASignatureAndKeepTheirOwnClasses) {
+  for (const char* name : {"sample_AC1015_ascii.dxf", "sample_AC1024_ascii.dxf"}) {
+    SCOPED_TRACE(name);
+    const fs::path drawing = CorpusDir() / "acadsharp" / name;
+    TV_SKIP_WITHOUT_CORPUS(drawing);
+    cad::DxfReadResult before = cad::ReadDrawing(drawing.string());
+    ASSERT_TRUE(before.ok());
+    const SavedSigns saved = Read(Place(drawing.string(), kFree, std::string("signed_") + name));
+    ASSERT_EQ(saved.signs.size(), 1u);
+    EXPECT_TRUE(saved.signClass);
+    cad::DxfReadResult after = cad::ReadDrawing(Path(std::string("signed_") + name).string());
+    ASSERT_TRUE(after.ok());
+    for (const cad::DxfClass& c : before.db->classes)
+      EXPECT_TRUE(std::any_of(after.db->classes.begin(), after.db->classes.end(),
+                              [&](const cad::DxfClass& d) { return d.dxfName == c.dxfName; }))
+          << c.dxfName;
+  }
 }
 
 TEST_F(SignDrawingTest, TabTypedAtTheSecondCornerTurnsTheSignature) {
