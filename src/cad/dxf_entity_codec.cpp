@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "cad/codepage.h"
+#include "cad/custom_readers.h"
 #include "cad/dxf_entity_codec_internal.h"
 #include "cad/names_internal.h"
 
@@ -386,7 +387,10 @@ std::unique_ptr<Entity> DecodeEntity(std::string_view name, DxfTokenizer& tok, D
   if (name == "VIEWPORT") return DecodeViewport(r);
   if (name == "IMAGE") return DecodeImage(r);
   if (name == "WIPEOUT") return DecodeWipeout(r);
-  return DecodeProxy(name, r);
+  std::unique_ptr<Entity> proxy = DecodeProxy(name, r);
+  if (auto* p = As<ProxyEntity>(proxy.get()))
+    if (std::unique_ptr<Entity> live = ReviveProxy(*p)) return live;
+  return proxy;
 }
 
 void EncodeEntity(const Entity& e, const Database& db, DxfVersion version, DxfOutput& out) {

@@ -160,6 +160,8 @@ void WriteClassesSection(WriteContext& ctx) {
   };
   for (const DxfClass& c : ctx.db.classes)
     if (!c.dxfName.empty() && !IsBuiltInType(c.dxfName) && !present(c.dxfName)) classes.push_back(c);
+  for (const auto& [name, record] : ctx.customClasses)
+    if (!present(name)) classes.push_back(DxfClass{name, name, record.appName, record.proxyFlags, 0, false, true});
   for (const KnownClass& k : kKnownClasses)
     if (ctx.nameCounts.count(k.dxfName) && !present(k.dxfName))
       classes.push_back(DxfClass{k.dxfName, k.cppName, k.appName, k.proxyFlags, 0, false, k.isEntity});

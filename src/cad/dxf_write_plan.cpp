@@ -175,6 +175,8 @@ void PlanWrite(WriteContext& ctx) {
 
   ForEachWrittenObject(db, [&](const DbObject& o) {
     if (!IsTableRecordType(o.type())) ++ctx.nameCounts[o.dxfName()];
+    if (const auto* custom = As<CustomEntity>(&o); custom && custom->content)
+      if (auto record = custom->content->classRecord()) ctx.customClasses.emplace(custom->dxfName(), std::move(*record));
   });
 }
 

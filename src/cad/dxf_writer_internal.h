@@ -56,6 +56,7 @@ class WriteContext {
   std::map<std::string, ObjectId, std::less<>> tableIds;  // handle of each TABLE head written
   std::unordered_map<ObjectId, ObjectId> listedBy;        // object -> dictionary that lists it
   std::map<std::string, int, std::less<>> nameCounts;     // DXF names of what is written, for CLASSES
+  std::map<std::string, CustomContent::ClassRecord, std::less<>> customClasses;  // application classes written
 
   ObjectId tableId(std::string_view table) const {
     auto it = tableIds.find(table);

@@ -4,6 +4,7 @@
 // stores them, with `normal` the extrusion direction.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -526,6 +527,12 @@ class CustomContent {
   virtual bool isTransient() const = 0;
   // Groups written after the common entity data when the entity is saved.
   virtual Groups dxfGroups() const = 0;
+  // The CLASSES entry a saved file declares for the class; none for classes that need none.
+  struct ClassRecord {
+    std::string appName;
+    std::int32_t proxyFlags = 0;
+  };
+  virtual std::optional<ClassRecord> classRecord() const { return std::nullopt; }
 };
 
 // An entity of an application's own class (a sheet marker, a signature).

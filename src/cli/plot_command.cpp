@@ -57,6 +57,7 @@ struct Options : SheetOptions {
   std::optional<std::string> merge;  // one PDF of all sheets, absolute
   std::optional<PlotWindow> window;  // one rectangle by the single plot
   std::vector<std::string> reports;  // workbooks written beside the files: list, index, papers
+  std::optional<std::int32_t> signatures;  // "打印签名"
   bool no = false;
   bool timings = false;
   bool verbose = false;
@@ -105,6 +106,10 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
   }
   if (auto v = args.value("--report"))
     if (auto error = ReadReportKinds(*v, options.reports)) return error;
+  if (auto v = args.value("--signatures")) {
+    if (*v != "yes" && *v != "no") return "--signatures " + Printable(*v) + " 无效，应为 yes 或 no";
+    options.signatures = *v == "yes" ? 1 : 0;
+  }
   if (args.has("--yes") && args.has("--no")) return "--yes 与 --no 只能选一个";
   options.no = args.has("--no");
   options.timings = args.has("--timings");
@@ -200,6 +205,7 @@ void DefinePlotOutputOptions(CLI::App& app) {
   AddFlag(app, "--yes", "对打印过程中的是/否提问一律回答“是”（默认）");
   AddFlag(app, "--no", "对打印过程中的是/否提问一律回答“否”");
   AddFlag(app, "--verbose", "显示命令行的全部过程");
+  AddValue(app, "--signatures", "yes|no", "打印签名，默认取图纸的打印设置");
   AddValue(app, "--report", "list,index,papers", "打印后在输出文件夹写入表格：文件清单、图纸目录、纸张统计");
 }
 
@@ -286,6 +292,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   config.open_folder_after = 0;  // the summary names the folder; no file manager pops up
   if (options.format) rec.format = *options.format;
   if (options.margin) rec.margin = *options.margin;
+  if (options.signatures) rec.plot_signatures = *options.signatures;
   if (options.order) rec.sort_style = *options.order;
   if (options.pathMode) rec.path_mode = *options.pathMode;
   if (options.out) {
@@ -390,7 +397,7 @@ void DefinePlot(CLI::App& app) {
   Describe(app,
            "用法：tvplot plot 图纸.dxf|文件夹 … [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
-           "                  [--range 范围] [--merge 文件.pdf] [--yes | --no] [--timings] [--verbose]\n"
+           "                  [--range 范围] [--merge 文件.pdf] [--signatures yes|no] [--yes | --no] [--timings] [--verbose]\n"
            "       tvplot plot 图纸.dxf --window X1,Y1 X2,Y2 [--scale 比例] [--out 文件夹] …\n"
            "  识别图纸中的全部图框，按批打印（通用型）逐张输出为文件，每个文件一行，最后给出汇总。\n"
            "  --window 只打印这一个窗口（单张打印到文件），纸张与比例自动确定。\n",

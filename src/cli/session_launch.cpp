@@ -8,6 +8,7 @@
 #include "cli/xref_loading.h"
 #include "console/answer_source.h"
 #include "console/text_table.h"
+#include "host/module_entry.h"
 #include "host/wrappers.h"
 
 namespace tv::cli {
@@ -102,6 +103,7 @@ std::optional<cad::Database> LoadDrawing(const std::string& path, CliStreams& io
     io.err << OneLine(path + " 是文件夹，不是图纸文件") << '\n';
     return std::nullopt;
   }
+  host::RegisterEntityReaders();
   cad::DxfReadResult result = cad::ReadDrawing(path);
   if (!result.ok()) {
     io.err << OneLine(result.error.empty() ? "图纸文件 " + path + " 无法读取" : result.error) << '\n';

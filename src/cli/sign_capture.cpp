@@ -105,14 +105,6 @@ class ModuleLoaded {
 
 }  // namespace
 
-void DefineSignCaptureOptions(CLI::App& app) {
-  AddValue(app, "--id", "N", "capture：新签名的人员编号");
-  AddValue(app, "--name", "姓名", "capture：新签名的姓名");
-  AddValue(app, "--code", "N", "capture：授权码，0 到 999999，0 表示无需授权（默认 0）");
-  AddValue(app, "--window", "X1,Y1,X2,Y2", "capture：只取完全位于此窗口内的曲线");
-  AddValue(app, "--layer", "图层", "capture：只取此图层上的曲线");
-}
-
 int RunSignCapture(const ParsedArgs& args, CliStreams& io) {
   CaptureRequest request;
   if (std::optional<std::string> error = ReadRequest(args, request)) return args.usage(io, *error);

@@ -7,11 +7,6 @@ namespace tv::cli {
 inline constexpr int kExitPersonTaken = 6;
 inline constexpr int kExitNoOutline = 7;
 
-// The options the action adds to `tvplot sign`.
-void DefineSignCaptureOptions(CLI::App& app);
-// The options only the action takes, for the other actions to refuse.
-inline constexpr const char* kSignCaptureOptions[] = {"--id", "--name", "--code", "--window", "--layer"};
-
 int RunSignCapture(const ParsedArgs& args, CliStreams& io);
 
 }  // namespace tv::cli

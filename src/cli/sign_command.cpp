@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <string_view>
 
 #include "cli/library_import.h"
 #include "cli/loaded_module.h"
 #include "cli/sign_capture.h"
+#include "cli/sign_drawing_command.h"
 #include "console/text_table.h"
 #include "settings/config.h"
 #include "signing/sign_library.h"
@@ -18,6 +20,26 @@ namespace tv::cli {
 using console::Printable;
 
 namespace {
+
+// The options of the actions that work on drawings, with the actions that take each.
+struct ActionOption {
+  const char* name;
+  const char* value;
+  const char* help;
+  const char* actions;
+};
+constexpr ActionOption kActionOptions[] = {
+    {"--id", "N", "capture：新签名的人员编号；place、approve：人员编号", "capture、place、approve"},
+    {"--name", "姓名", "capture：新签名的姓名；place：签名库中的姓名", "capture、place"},
+    {"--code", "N", "capture：授权码，0 到 999999，0 表示无需授权（默认 0）；approve：签名授权码", "capture、approve"},
+    {"--window", "X1,Y1,X2,Y2", "capture：只取完全位于此窗口内的曲线", "capture"},
+    {"--layer", "图层", "capture：只取此图层上的曲线", "capture"},
+    {"--at", "X,Y", "place：第一个角点", "place"},
+    {"--to", "X,Y", "place：第二个角点", "place"},
+    {"--direction", "D", "place：0 不转，1 逆时针转 90 度，2 顺时针转 90 度", "place"},
+    {"--days", "D", "approve：授权期限（天，0 - 2000）", "approve"},
+    {"--out", "新图纸.dxf", "place、approve：结果另存为该图纸", "place、approve"},
+};
 
 std::string Size(double w, double h) {
   char buffer[64];
@@ -118,32 +140,39 @@ void DefineSign(CLI::App& app) {
            "      tvplot sign export 文件.tvlib1\n"
            "      tvplot sign import 文件.tvlib1 [--keep | --replace]\n"
            "      tvplot sign capture 图纸.dxf --id N --name 姓名 [--code N] [--window X1,Y1,X2,Y2 | --layer 图层]\n"
+           "      tvplot sign place 图纸.dxf (--name 姓名 | --id 人员编号) --at X1,Y1 --to X2,Y2 [--direction 0|1|2] --out 新图纸.dxf\n"
+           "      tvplot sign approve 图纸.dxf --id 人员编号 --code 授权码 --days 天数 --out 新图纸.dxf\n"
            "  管理用户的签名库（数据文件夹中的 Sign.tvlib1，或设置中指定的文件）。\n"
            "  list          列出签名（人员编号、姓名、轮廓数、尺寸、授权码、状态）\n"
            "  export 文件   把签名库写入文件\n"
            "  import 文件   把文件中的签名并入签名库并保存；人员编号相同的保留库中原有的签名\n"
-           "  capture 图纸  由模型空间的直线、圆弧、多段线和样条曲线（或窗口内、图层上的）录入新签名\n",
+           "  capture 图纸  由模型空间的直线、圆弧、多段线和样条曲线（或窗口内、图层上的）录入新签名\n"
+           "  place 图纸    把签名放进图纸（TV_Sign 层），两个角点之间保持比例居中；方向 1、2 转 90 度\n"
+           "  approve 图纸  用授权码为图纸中该人员的全部签名授权，有效期自今天起若干天（0 取消授权）\n"
+           "  place 和 approve 把结果另存为 --out 给出的图纸，原图纸不会被改写。\n"
            "  签名库不为空而未给出 --keep 或 --replace 时，在终端询问；标准输入不是终端时必须给出其一。\n"
            "  退出码：0 完成，1 用法错误，2 文件无法读取或不是完整的签名库文件，3 提问未得到回答，4 写入失败，\n"
            "  6 签名库中已有该人员编号，7 所选曲线未形成封闭的签名轮廓\n");
   AddFlag(app, "--keep", "导入时保留原签名库信息（回答“是”）");
   AddFlag(app, "--replace", "导入时不保留原签名库信息（回答“否”）");
-  DefineSignCaptureOptions(app);
+  for (const ActionOption& o : kActionOptions) AddValue(app, o.name, o.value, o.help);
 }
 
 int RunSign(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export、import 或 capture");
+  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export、import、capture、place 或 approve");
   const std::string& action = args.positional.front();
   if (action != "import" && (args.has("--keep") || args.has("--replace")))
     return args.usage(io, "--keep 和 --replace 只用于 import");
-  if (action != "capture")
-    for (const char* option : kSignCaptureOptions)
-      if (args.value(option)) return args.usage(io, std::string(option) + " 只用于 capture");
+  for (const ActionOption& o : kActionOptions)
+    if (args.value(o.name) && std::string_view(o.actions).find(action) == std::string_view::npos)
+      return args.usage(io, std::string(o.name) + " 只用于 " + o.actions);
   if (action == "list") return RunList(args, io);
   if (action == "export") return RunExport(args, io);
   if (action == "import") return RunImport(args, io);
   if (action == "capture") return RunSignCapture(args, io);
-  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export、import 或 capture");
+  if (action == "place") return RunSignPlace(args, io);
+  if (action == "approve") return RunSignApprove(args, io);
+  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export、import、capture、place 或 approve");
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
 #include "plot/single_plot.h"
 #include "settings/setting_form.h"
 #include "signing/library_forms.h"
+#include "signing/sign_approval.h"
+#include "signing/sign_placing.h"
 
 namespace tv::host {
 
@@ -48,8 +50,14 @@ void TV_BatchPlot_6() {
   CommandScope scope;
   signing::SignLibraryCommand();
 }
-void TV_BatchPlot_7() { Guarded(7); }
-void TV_BatchPlot_8() { Guarded(8); }
+void TV_BatchPlot_7() {
+  CommandScope scope;
+  signing::SignPlacingCommand();
+}
+void TV_BatchPlot_8() {
+  CommandScope scope;
+  signing::SignAuthorisationCommand();
+}
 void TV_BatchPlot_9() { NotOffered(9); }
 void TV_BatchPlot_13() {
   CommandScope scope;

@@ -1,4 +1,8 @@
 // A host::CustomEntity as the content of the drawing model's custom entity.
+#include <charconv>
+
+#include "cad/custom_readers.h"
+#include "cad/dxf_tokenizer.h"
 #include "host/cad_binding.h"
 #include "host/custom_internal.h"
 
@@ -17,6 +21,7 @@ class CustomAdapter final : public cad::CustomContent {
   std::vector<cad::CustomPrimitive> primitives() const override;
   bool isTransient() const override;
   cad::Groups dxfGroups() const override;
+  std::optional<ClassRecord> classRecord() const override;
 
   CustomEntity& object() { return *object_; }
   const CustomEntity& object() const { return *object_; }
@@ -53,11 +58,50 @@ std::vector<cad::CustomPrimitive> CustomAdapter::primitives() const {
 
 bool CustomAdapter::isTransient() const { return object_->isTransient(); }
 
+// A value the class gave as text, typed as its group code wants it so that binary files hold the
+// right kind; text that doesn't read as that kind stays text.
+cad::GroupValue TypedValue(int code, const std::string& text) {
+  const char* end = text.data() + text.size();
+  switch (cad::KindOfGroupCode(code)) {
+    case cad::GroupKind::Double: {
+      double v = 0;
+      auto [p, ec] = std::from_chars(text.data(), end, v);
+      if (ec == std::errc{} && p == end) return v;
+      break;
+    }
+    case cad::GroupKind::Int16: case cad::GroupKind::Int32: case cad::GroupKind::Int64: case cad::GroupKind::Bool: {
+      std::int64_t v = 0;
+      auto [p, ec] = std::from_chars(text.data(), end, v);
+      if (ec == std::errc{} && p == end) return v;
+      break;
+    }
+    default: break;
+  }
+  return text;
+}
+
 cad::Groups CustomAdapter::dxfGroups() const {
-  // Values are kept as the text the class gave; the writer puts text out as it stands.
   cad::Groups groups;
-  for (auto& [code, value] : object_->dxfGroups()) groups.emplace_back(code, cad::GroupValue{value});
+  for (auto& [code, value] : object_->dxfGroups()) groups.emplace_back(code, TypedValue(code, value));
   return groups;
+}
+
+std::optional<cad::CustomContent::ClassRecord> CustomAdapter::classRecord() const {
+  std::optional<EntityClassData> data = object_->classData();
+  if (!data) return std::nullopt;
+  return ClassRecord{data->appName, data->proxyFlags};
+}
+
+// A read group's value as the text the class wrote: numbers in their shortest exact form.
+std::string GroupText(const cad::GroupValue& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return *text;
+  char buffer[64];
+  if (const auto* real = std::get_if<double>(&value)) {
+    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, *real);
+    return ec == std::errc{} ? std::string(buffer, end) : std::string();
+  }
+  if (const auto* whole = std::get_if<std::int64_t>(&value)) return std::to_string(*whole);
+  return {};
 }
 
 CustomAdapter* AdapterOf(cad::Entity& e) {
@@ -71,6 +115,19 @@ const CustomAdapter* AdapterOf(const cad::Entity& e) {
 }
 
 }  // namespace
+
+void RegisterEntityReader(const std::string& className, EntityReader reader) {
+  if (!reader) {
+    cad::RemoveCustomReader(className);
+    return;
+  }
+  cad::RegisterCustomReader(className, [reader = std::move(reader)](const cad::Groups& groups) -> std::unique_ptr<cad::CustomContent> {
+    DxfGroupList list;
+    list.reserve(groups.size());
+    for (const cad::Group& g : groups) list.emplace_back(g.code, GroupText(g.value));
+    return MakeCustomContent(reader(list));
+  });
+}
 
 std::unique_ptr<cad::CustomContent> MakeCustomContent(std::unique_ptr<CustomEntity> object) {
   if (!object) return nullptr;

@@ -26,6 +26,7 @@ namespace {
 struct EntityClassEntry {
   std::string name;
   std::string parent;
+  EntityClassData data;
 };
 
 // In the order the module registered them, so that unloading can take them down in reverse.
@@ -47,7 +48,18 @@ void RegisterEntityClass(const std::string& name, const std::string& parent) {
     it->parent = parent;
     return;
   }
-  Registry().push_back({name, parent});
+  Registry().push_back({name, parent, {}});
+}
+
+void RegisterEntityClass(const std::string& name, const std::string& parent, const EntityClassData& data) {
+  RegisterEntityClass(name, parent);
+  if (auto it = FindClass(name); it != Registry().end()) it->data = data;
+}
+
+std::optional<EntityClassData> EntityClassDataOf(const std::string& name) {
+  auto it = FindClass(name);
+  if (it == Registry().end()) return std::nullopt;
+  return it->data;
 }
 
 bool DeleteEntityClass(const std::string& name) {

@@ -2,8 +2,11 @@
 // The system's own entity classes (markers, previews, signatures): plain objects that draw
 // themselves with primitives. The host keeps them in the drawing like any entity.
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/geometry.h"
@@ -47,6 +50,17 @@ class PrimitiveRecorder final : public WorldDraw {
   std::vector<DrawnPrimitive> primitives_;
 };
 
+// What registering a runtime class tells the host: the application that owns it, the proxy flags
+// that say what other programs may do with its entities, and the versions it was made for.
+struct EntityClassData {
+  std::string appName;
+  std::int32_t proxyFlags = 0;
+  std::int32_t dwgVersion = 0;
+  std::int32_t maintenanceVersion = 0;
+};
+
+using DxfGroupList = std::vector<std::pair<int, std::string>>;
+
 class CustomEntity {
  public:
   virtual ~CustomEntity() = default;
@@ -59,11 +73,22 @@ class CustomEntity {
   virtual bool isTransient() const { return true; }
   // Entities that stay in the drawing write these DXF groups after the common entity data
   // (code, value pairs as text).
-  virtual std::vector<std::pair<int, std::string>> dxfGroups() const { return {}; }
+  virtual DxfGroupList dxfGroups() const { return {}; }
+  // Classes whose entities stay in drawings declare themselves in a saved file with this.
+  virtual std::optional<EntityClassData> classData() const { return std::nullopt; }
 };
+
+// Turns the DXF groups of a saved entity of one class back into the live entity (the groups as
+// dxfGroups gave them, values as text); null when they don't make one.
+using EntityReader = std::function<std::unique_ptr<CustomEntity>(const DxfGroupList& groups)>;
+// From now on drawings that are read bring entities of `className` back through `reader`.
+void RegisterEntityReader(const std::string& className, EntityReader reader);
 
 // Runtime classes of the module; registering a name twice keeps one entry.
 void RegisterEntityClass(const std::string& name, const std::string& parent);
+void RegisterEntityClass(const std::string& name, const std::string& parent, const EntityClassData& data);
+// What the class was registered with; nullopt when it isn't registered.
+std::optional<EntityClassData> EntityClassDataOf(const std::string& name);
 // False when the class was not registered.
 bool DeleteEntityClass(const std::string& name);
 bool IsEntityClassRegistered(const std::string& name);

@@ -13,6 +13,7 @@
 #include "plot/review_forms.h"
 #include "settings/config.h"
 #include "settings/folders.h"
+#include "signing/sign_entity.h"
 #include "signing/sign_library.h"
 #include "signing/stamp_library.h"
 #include "titleblock/tk_library.h"
@@ -66,6 +67,7 @@ void OnLoad() {
   // The drawing now current brings its own plot settings, or takes the user's last ones.
   settings::LoadDwgPlotSetting(settings::CurrentPlotSetting());
   for (std::string_view name : kRuntimeClasses) RegisterEntityClass(std::string(name), "AcDbEntity");
+  RegisterEntityReaders();
   // An interrupted run may have left file dialogs off.
   SetVar("FILEDIA", std::int32_t{1});
   settings::SaveIni(settings::GlobalIni());
@@ -90,5 +92,7 @@ void OnUnload() {
 }
 
 bool IsLoaded() { return State().loaded; }
+
+void RegisterEntityReaders() { signing::RegisterSignClasses(); }
 
 }  // namespace tv::host

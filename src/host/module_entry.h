@@ -13,5 +13,8 @@ int ModuleEntryPoint(int message, void* appId);
 void OnLoad();
 void OnUnload();
 bool IsLoaded();
+// Lets drawings read from now on bring the module's own entities back alive (signatures); the
+// program calls it before it reads a drawing, as loading the module does.
+void RegisterEntityReaders();
 
 }  // namespace tv::host

@@ -46,6 +46,8 @@ std::vector<LayerFacts> ListLayers();
 // no layer table.
 ObjectId FindOrAddLayer(const std::string& name, bool* existed = nullptr);
 void SetLayerFlag(ObjectId layerId, int which, bool value);
+// An index colour 1..255 for the layer; other values change nothing.
+void SetLayerColor(ObjectId layerId, std::int16_t colorIndex);
 // True for an unknown `which`.
 bool GetLayerFlag(ObjectId layerId, int which);
 // Refills Aids().frozenLayerIds and Aids().offLayerIds from the layer table.
@@ -71,6 +73,8 @@ std::vector<LayoutFacts> ListLayouts();
 std::string BlockName(ObjectId blockId);
 // Block table record by name, compared without regard to case; null when absent.
 ObjectId FindBlock(const std::string& name);
+// Every block table record of the working drawing (spaces and blocks), in table order.
+ObjectIdArray BlockRecordIds();
 // Every live entity of the record, in its own order, appended to `ids`.
 void CollectSpaceIds(ObjectId blockId, ObjectIdArray& ids);
 // Makes the layout of a block table record current; nothing for a bad or null id or a record

@@ -52,6 +52,13 @@ ObjectId FindOrAddLayer(const std::string& name, bool* existed) {
   return db->addLayer(name).id;
 }
 
+void SetLayerColor(ObjectId layerId, std::int16_t colorIndex) {
+  cad::Layer* l = LayerById(layerId);
+  if (!l || colorIndex < 1 || colorIndex > 255) return;
+  l->colorIndex = colorIndex;
+  l->trueColor = -1;
+}
+
 void SetLayerFlag(ObjectId layerId, int which, bool value) {
   cad::Layer* l = LayerById(layerId);
   if (!l) return;

@@ -49,6 +49,13 @@ ObjectId FindBlock(const std::string& name) {
   return block ? block->id : ObjectId{};
 }
 
+ObjectIdArray BlockRecordIds() {
+  ObjectIdArray ids;
+  if (const cad::Database* db = WorkingDatabase())
+    for (const auto& block : db->blocks) ids.push_back(block->id);
+  return ids;
+}
+
 void CollectSpaceIds(ObjectId blockId, ObjectIdArray& ids) {
   const cad::Database* db = WorkingDatabase();
   const auto* block = db ? db->objectAs<cad::BlockRecord>(blockId) : nullptr;

@@ -25,6 +25,7 @@
 #include "recognition/sheet_traversal.h"
 #include "settings/config.h"
 #include "settings/folders.h"
+#include "signing/sign_globals.h"
 
 namespace tv::plot {
 
@@ -143,6 +144,7 @@ bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool r
   JobState& job = Job();
   job.PlotSignaturesVisible = plotSignatures;
   job.InPlot = true;
+  std::optional<signing::PlotSignScope> signs(std::in_place, plotSignatures);
   const std::int32_t format = ActiveSetting().format;
   // An old file stays until the new one replaces it whole, so whether the plot wrote is told by
   // a file fresher than the one that was there.
@@ -152,6 +154,7 @@ bool PlotOne(bool inLayout, const std::string& path, bool plotSignatures, bool r
   if (!inLayout && settings::HostVersion() < kSynchronousPlotVersion) done = IsFreshOutput(path, before);
   job.InPlot = false;
   job.PlotSignaturesVisible = true;
+  signs.reset();
   if (!done) return false;
 
   const settings::Config& config = settings::GlobalConfig();

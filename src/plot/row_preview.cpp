@@ -12,6 +12,7 @@
 #include "plot/plot_job.h"
 #include "plot/sheet_loop.h"
 #include "settings/folders.h"
+#include "signing/sign_globals.h"
 
 namespace tv::plot {
 
@@ -37,6 +38,8 @@ bool PreviewSheet(const SheetToPlot& sheet, const settings::PlotSettingRec& sett
   JobState& job = Job();
   job.PlotSignaturesVisible = setting.plot_signatures != 0;
   job.InPlot = true;
+  // The preview shows the paper as the run will print it.
+  const signing::PlotSignScope signs(setting.plot_signatures != 0);
   std::optional<std::string> keptBackground;
   const bool background = HasBackground(setting.format);
   if (background) {

@@ -20,6 +20,7 @@
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "plot/plotter_lock.h"
+#include "plot/run_checks.h"
 #include "plot/typed_point.h"
 #include "plot/single_plot_form.h"
 #include "plot/sheet_export.h"
@@ -175,6 +176,11 @@ bool RunSinglePlot(const Point3d& first, const Point3d& second) {
       scale = std::max(longSide / paper.length, shortSide / paper.width);
   }
 
+  // Signatures that would be left out of the plot are asked about before anything is set up.
+  if (!SignatureCheckPasses(setting)) {
+    Job().ActivePlotSetting = nullptr;
+    return false;
+  }
   paper::LayoutPlotSetting::SavePlotter(paper::GlobalSavedPlotter());
   const bool inLayout = host::IsPaperSpace();
   host::SetVar("FILEDIA", std::int32_t{0});

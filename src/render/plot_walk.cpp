@@ -328,7 +328,8 @@ void DrawingPlotter::drawEntity(const cad::Entity& e, const DrawContext& ctx) {
       if (c.isTransient()) break;
       for (const auto& prim : c.content->primitives()) {
         Look primLook = look;
-        primLook.pen = PenOf(request_.style, prim.colorIndex, -1, look.pen.widthMm);
+        // Primitives drawn ByLayer or ByBlock take the entity's own pen.
+        if (prim.colorIndex >= 1 && prim.colorIndex <= 255) primLook.pen = PenOf(request_.style, prim.colorIndex, -1, look.pen.widthMm);
         Polyline2d pts;
         if (!toPage(ctx.toPage, prim.points, pts)) continue;
         if (prim.filled) canvas_.fill({pts}, primLook.pen.color);
