@@ -222,7 +222,7 @@ void CairoCanvas::showGlyphs(const GlyphRun& run) {
   }
 }
 
-void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
+void CairoCanvas::glyphs(GlyphRun run, bool asOutlines) {
   if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
   if (asOutlines) {
     flush();
@@ -238,7 +238,7 @@ void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
   const bool otherColor = (pendingStroke_ || !pendingText_.empty()) &&
                           !(run.color == (pendingStroke_ ? pendingColor_ : pendingText_.front().color));
   if (otherColor || pendingText_.size() >= kMaxBatchSegments) flush();
-  pendingText_.push_back(run);
+  pendingText_.push_back(std::move(run));
 }
 
 void CairoCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) {
