@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <memory>
+#include <set>
+#include <tuple>
 #include <vector>
 
 #include "render/plot_canvas.h"
@@ -66,6 +68,9 @@ class CairoCanvas final : public PlotCanvas {
   bool pendingInClip_ = false;  // the pending path passes through a point inside the clip
   std::vector<GlyphRun> pendingText_;
   cairo_font_face_t* face_ = nullptr;  // the face last set
+  // The faces and sizes of the page's text on a vector page, up to the count past which they are
+  // taken for one-off sizes (see finish).
+  std::set<std::tuple<const void*, double, double, double, double>> fonts_;
 };
 
 }  // namespace tv::render
