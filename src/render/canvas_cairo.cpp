@@ -54,6 +54,27 @@ void AddUnitArc(cairo_t* cr, double a, double b, double scale, double tolerance)
   }
 }
 
+// cairo keeps this many released scaled fonts, with the glyphs they loaded, in case they are asked
+// for again.
+constexpr std::size_t kHeldOverFonts = 256;
+
+// After a page of more text sizes than cairo holds over, the fonts it holds are one-off sizes that
+// the next page will not ask for, yet their glyphs take up room in cairo's glyph cache, which the
+// next page needs for the glyphs it looks up again on writing: with fewer free, more of those are
+// dropped and loaded from the font file a second time. Releasing as many fonts of an empty private
+// face, which load no glyphs, makes cairo let go of the held ones.
+void ReleaseHeldOverFonts() {
+  static cairo_font_face_t* const empty = cairo_user_font_face_create();  // kept to the end, like the text faces
+  cairo_font_options_t* options = cairo_font_options_create();
+  const cairo_matrix_t identity{1, 0, 0, 1, 0, 0};
+  for (std::size_t i = 0; i < kHeldOverFonts; ++i) {
+    cairo_matrix_t size;
+    cairo_matrix_init_scale(&size, static_cast<double>(i + 1), static_cast<double>(i + 1));
+    cairo_scaled_font_destroy(cairo_scaled_font_create(empty, &size, &identity, options));
+  }
+  cairo_font_options_destroy(options);
+}
+
 void AddRings(cairo_t* cr, const std::vector<Polyline2d>& rings) {
   for (const auto& ring : rings) {
     if (ring.size() < 2) continue;
@@ -209,6 +230,7 @@ void CairoCanvas::useFontOf(const GlyphRun& run) {
   cairo_matrix_t m;
   FontMatrix(run, m);
   cairo_set_font_matrix(cr_, &m);
+  if (vector_ && fonts_.size() <= kHeldOverFonts) fonts_.emplace(run.face, m.xx, m.yx, m.xy, m.yy);
 }
 
 void CairoCanvas::showGlyphs(const GlyphRun& run) {
@@ -222,7 +244,7 @@ void CairoCanvas::showGlyphs(const GlyphRun& run) {
   }
 }
 
-void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
+void CairoCanvas::glyphs(GlyphRun run, bool asOutlines) {
   if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return;
   if (asOutlines) {
     flush();
@@ -238,7 +260,7 @@ void CairoCanvas::glyphs(const GlyphRun& run, bool asOutlines) {
   const bool otherColor = (pendingStroke_ || !pendingText_.empty()) &&
                           !(run.color == (pendingStroke_ ? pendingColor_ : pendingText_.front().color));
   if (otherColor || pendingText_.size() >= kMaxBatchSegments) flush();
-  pendingText_.push_back(run);
+  pendingText_.push_back(std::move(run));
 }
 
 void CairoCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) {
@@ -288,6 +310,7 @@ bool CairoCanvas::finish(std::string& error) {
   } else {
     cairo_show_page(cr_);
     cairo_surface_finish(surface);
+    if (fonts_.size() > kHeldOverFonts) ReleaseHeldOverFonts();
   }
   const cairo_status_t status = cairo_surface_status(surface);
   if (status != CAIRO_STATUS_SUCCESS) {

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <memory>
+#include <set>
+#include <tuple>
 #include <vector>
 
 #include "render/plot_canvas.h"
@@ -26,7 +28,7 @@ class CairoCanvas final : public PlotCanvas {
   void stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) override;
   void strokeArc(const PageArc& arc, Rgb color, double widthMm) override;
   void fill(const std::vector<Polyline2d>& rings, Rgb color) override;
-  void glyphs(const GlyphRun& run, bool asOutlines) override;
+  void glyphs(GlyphRun run, bool asOutlines) override;
   void image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) override;
   void pushClip(const Polyline2d& polygon) override;
   void popClip() override;
@@ -66,6 +68,9 @@ class CairoCanvas final : public PlotCanvas {
   bool pendingInClip_ = false;  // the pending path passes through a point inside the clip
   std::vector<GlyphRun> pendingText_;
   cairo_font_face_t* face_ = nullptr;  // the face last set
+  // The faces and sizes of the page's text on a vector page, up to the count past which they are
+  // taken for one-off sizes (see finish).
+  std::set<std::tuple<const void*, double, double, double, double>> fonts_;
 };
 
 }  // namespace tv::render

@@ -218,6 +218,10 @@ struct Face {
   double unitsPerEm = 0;
   double ascent = 1, descent = 1.0 / 3.0;
   std::unordered_map<char32_t, double> advances;  // NaN = the font lacks the character
+  // Whole texts measured before: drawings repeat their labels, and a text is measured for its
+  // extents, its selection shape and its plot alike. Bounded, so that it never outgrows a drawing.
+  std::unordered_map<std::string, double> widths;
+  static constexpr std::size_t kMaxWidths = 4096;
   ~Face() {
     if (face) FT_Done_Face(face);
   }
@@ -260,7 +264,19 @@ struct FontTextMeasurer::Impl {
     return (faces[key] = std::move(face)).get();
   }
 
-  Face* faceFor(const cad::TextStyle* style) { return load(ResolveFont(style)); }
+  // A style's font follows from its family and file alone; texts come in runs of one style.
+  Face* faceFor(const cad::TextStyle* style) {
+    const std::string_view family = style ? std::string_view(style->fontFamily) : std::string_view{};
+    const std::string_view file = style ? std::string_view(style->fontFile) : std::string_view{};
+    if (!lastStyle || lastStyle->family != family || lastStyle->file != file)
+      lastStyle = LastStyle{std::string(family), std::string(file), load(ResolveFont(style))};
+    return lastStyle->face;
+  }
+  struct LastStyle {
+    std::string family, file;
+    Face* face = nullptr;
+  };
+  std::optional<LastStyle> lastStyle;
 
   // NaN when the face has no glyph for the character.
   static double glyphAdvance(Face& f, char32_t cp) {
@@ -282,6 +298,8 @@ double FontTextMeasurer::advance(std::string_view utf8, const cad::TextStyle* st
   std::lock_guard lock(impl_->mutex);
   Face* face = impl_->faceFor(style);
   if (!face) return cad::ApproximateTextMeasurer().advance(utf8, style);
+  const std::string key(utf8);
+  if (auto it = face->widths.find(key); it != face->widths.end()) return it->second;
   Face* fallback = nullptr;
   bool fallbackLoaded = false;
   double width = 0;
@@ -301,6 +319,8 @@ double FontTextMeasurer::advance(std::string_view utf8, const cad::TextStyle* st
     }
     width += w;
   }
+  if (face->widths.size() >= Face::kMaxWidths) face->widths.clear();
+  face->widths.emplace(key, width);
   return width;
 }
 

@@ -106,7 +106,7 @@ void HpglCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
   body_ << "PM2;FP0;\n";
 }
 
-void HpglCanvas::glyphs(const GlyphRun& run, bool) {
+void HpglCanvas::glyphs(GlyphRun run, bool) {
   const auto outlines = GlyphOutlines(run, 0.02);
   if (!outlines.empty()) fill(outlines, run.color);
 }

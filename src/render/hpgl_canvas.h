@@ -18,7 +18,7 @@ class HpglCanvas final : public PlotCanvas {
 
   void stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) override;
   void fill(const std::vector<Polyline2d>& rings, Rgb color) override;
-  void glyphs(const GlyphRun& run, bool asOutlines) override;
+  void glyphs(GlyphRun run, bool asOutlines) override;
   void image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) override;
   void pushClip(const Polyline2d& polygon) override;
   void popClip() override;

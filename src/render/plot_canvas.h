@@ -52,7 +52,7 @@ class PlotCanvas {
   // The area inside the rings by the even-odd rule.
   virtual void fill(const std::vector<Polyline2d>& rings, Rgb color) = 0;
   // Text: as text where the format keeps text (searchable), else or when asked as outlines.
-  virtual void glyphs(const GlyphRun& run, bool asOutlines) = 0;
+  virtual void glyphs(GlyphRun run, bool asOutlines) = 0;
   // A picture: `pixelToPage` maps pixel coordinates (x right, y down, pixel corners on integers)
   // onto the page. Formats that cannot carry pictures leave it out.
   virtual void image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) = 0;

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "cad/entity_geometry.h"
@@ -64,13 +65,26 @@ class FaceCache {
     if (!last_ || last_->family != family || last_->file != file) {
       last_ = LastStyle{std::string(family), std::string(file), get(ResolveFont(style))};
       if (!cjk_) cjk_ = get(ResolveFont(nullptr));
+      shaped_.clear();
     }
     return {last_->primary, *cjk_};
+  }
+
+  // Texts shaped before in the style whose faces `facesOf` gave last. Drawings repeat their
+  // labels (room names, axis marks, door tags) thousands of times, in few styles.
+  const std::vector<ShapedGlyph>* shaped(std::string_view utf8) const {
+    const auto it = shaped_.find(std::string(utf8));
+    return it == shaped_.end() ? nullptr : &it->second;
+  }
+  void keep(std::string_view utf8, const std::vector<ShapedGlyph>& glyphs) {
+    if (shaped_.size() >= kMaxShaped) shaped_.clear();  // bounded: a drawing of all-different texts gains nothing
+    shaped_.emplace(std::string(utf8), glyphs);
   }
 
   std::mutex mutex;
 
  private:
+  static constexpr std::size_t kMaxShaped = 4096;
   // A style's font follows from its family and file alone.
   struct LastStyle {
     std::string family, file;
@@ -78,6 +92,7 @@ class FaceCache {
   };
   std::optional<LastStyle> last_;
   std::optional<Face> cjk_;
+  std::unordered_map<std::string, std::vector<ShapedGlyph>> shaped_;
 
   FaceCache() {
     if (FT_Init_FreeType(&library_) != 0) library_ = nullptr;
@@ -98,6 +113,7 @@ std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* 
   FaceCache& cache = FaceCache::instance();
   std::lock_guard lock(cache.mutex);
   const auto [primary, cjk] = cache.facesOf(style);
+  if (const auto* known = cache.shaped(utf8)) return *known;
   std::vector<ShapedGlyph> out;
   for (std::size_t i = 0; i < utf8.size();) {
     const std::size_t at = i;
@@ -116,6 +132,7 @@ std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* 
     if (!g.face) g.advance = cad::ApproximateTextMeasurer().advance(g.utf8, style);
     out.push_back(std::move(g));
   }
+  cache.keep(utf8, out);
   return out;
 }
 

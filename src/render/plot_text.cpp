@@ -1,5 +1,6 @@
 // TEXT, ATTDEF, ATTRIB and MTEXT in the installed fonts.
 #include <cmath>
+#include <utility>
 
 #include "cad/entity_geometry_internal.h"
 #include "render/font_metrics.h"
@@ -35,7 +36,7 @@ void DrawingPlotter::drawGlyphLine(const std::vector<ShapedGlyph>& shaped, Point
   run.emY = emY;
   run.color = color;
   const auto flush = [&] {
-    if (!run.glyphs.empty()) canvas_.glyphs(run, request_.textAsGeometry);
+    if (!run.glyphs.empty()) canvas_.glyphs(std::move(run), request_.textAsGeometry);
     run.glyphs.clear();
     run.clusters.clear();
     run.utf8.clear();

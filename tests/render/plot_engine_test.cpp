@@ -3,6 +3,8 @@
 #include <zlib.h>
 
 #include <regex>
+#include <set>
+#include <utility>
 
 #include "render/font_metrics.h"
 #include "tests/render/plot_test_support.h"
@@ -96,6 +98,55 @@ TEST_F(PlotEngine, PdfTextIsSearchableUnlessDrawnAsGeometry) {
   const std::string outlines = ReadFile(r.outputPath);
   EXPECT_EQ(outlines.find("/Font"), std::string::npos);
   EXPECT_GT(InflatedStreams(outlines).size(), 1000u) << "the glyphs as paths";
+}
+
+TEST_F(PlotEngine, PdfLabelsKeepTheirStylesFontAcrossPagesOfManySizes) {
+  // The same label in a Latin and a Chinese style, then a page of more text sizes than the font
+  // caches keep, then the first page again: both fonts each time, and the same content.
+  cad::TextStyle& latin = db.addTextStyle("LATIN");
+  latin.fontFamily = "DejaVu Sans";
+  cad::TextStyle& hz = db.addTextStyle("HZ");
+  hz.fontFile = "gbcbig.shx";
+  const FontTextMeasurer fonts;
+  if (!fonts.hasFont(&hz) || !fonts.hasFont(&latin) || ResolveFontFile(&latin) == ResolveFontFile(&hz))
+    GTEST_SKIP() << "needs a Latin and a CJK font installed";
+  const auto label = [&](cad::Database& into, const std::string& text, cad::Point3d at, double height, const cad::TextStyle& style) {
+    auto t = std::make_unique<cad::Text>();
+    t->text = text;
+    t->position = at;
+    t->height = height;
+    t->style = style.id;
+    Add(into, *into.modelSpace(), std::move(t));
+  };
+  for (int i = 0; i < 4; ++i) {
+    label(db, "M1021", {20, 40.0 + 60 * i, 0}, 8, i % 2 ? hz : latin);
+    label(db, "M1021", {220, 40.0 + 60 * i, 0}, 8, i % 2 ? latin : hz);
+  }
+  const auto facts = [&](const std::string& name) {
+    PlotRequest r = request(PlotFormat::Pdf, name);
+    EXPECT_TRUE(PlotWindow(db, r).ok);
+    const std::string pdf = ReadFile(r.outputPath);
+    // The embedded fonts by name, without the tags of their subsets.
+    std::set<std::string> names;
+    const std::regex fontName(R"(/FontName /[A-Z]{6}\+([^\s/]+))");
+    for (auto it = std::sregex_iterator(pdf.begin(), pdf.end(), fontName); it != std::sregex_iterator(); ++it) names.insert((*it)[1]);
+    return std::make_pair(names.size(), Lower(InflatedStreams(pdf)));
+  };
+  const auto [fontsBefore, before] = facts("labels.pdf");
+  EXPECT_EQ(fontsBefore, 2u);
+  EXPECT_NE(before.find("m1021"), std::string::npos) << "searchable";
+
+  cad::Database sizes = cad::Database::createDefault();
+  cad::TextStyle& sized = sizes.addTextStyle("HZ");
+  sized.fontFile = "gbcbig.shx";
+  for (int i = 0; i < 400; ++i) label(sizes, "走廊 C1", {10.0 + (i % 20) * 20, 10.0 + (i / 20) * 14, 0}, 2 + i * 0.01, sized);
+  PlotRequest many = request(PlotFormat::Pdf, "sizes.pdf");
+  ASSERT_TRUE(PlotWindow(sizes, many).ok);
+  EXPECT_NE(Lower(InflatedStreams(ReadFile(many.outputPath))).find("<8d70>"), std::string::npos) << "走 as text";
+
+  const auto [fontsAfter, after] = facts("again.pdf");
+  EXPECT_EQ(fontsAfter, 2u);
+  EXPECT_EQ(after, before);
 }
 
 TEST_F(PlotEngine, PdfKeepsCirclesThatReachIntoTheWindow) {
