@@ -1,6 +1,6 @@
 // make_samples OUTDIR [--big N] [--frames N]: writes the shipped sample drawing set (sample.dxf,
 // sample_ucs.dxf, sample_titleblocks.dxf with its library sample_titleblocks.tk,
-// the stamp library sample_stamps.tvlib2) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
+// the stamp library sample_stamps.tvlib2, the traced signature sample_signature.dxf) into OUTDIR; with --big also big.dxf of about N entities for load benchmarks,
 // with --frames also frames.dxf of N frames of 2000 entities each for recognition benchmarks.
 #include <charconv>
 #include <cstdio>
@@ -11,6 +11,7 @@
 #include "cad/dxf_writer.h"
 #include "examples/sample_drawing.h"
 #include "examples/sample_library.h"
+#include "examples/sample_signature.h"
 #include "examples/sample_stamps.h"
 #include "titleblock/tk_library.h"
 
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
   if (!Write(tv::samples::BuildTitleBlockDrawing(), outDir / "sample_titleblocks.dxf")) return 2;
   if (!WriteLibrary(tv::samples::BuildTitleBlockLibrary(), outDir / "sample_titleblocks.tk")) return 2;
   if (!WriteStamps(outDir / "sample_stamps.tvlib2")) return 2;
+  if (!Write(tv::samples::BuildSignatureDrawing(), outDir / "sample_signature.dxf")) return 2;
   if (bigCount > 0 && !Write(tv::samples::BuildBigDrawing(bigCount), outDir / "big.dxf")) return 2;
   if (frameCount > 0 && !Write(tv::samples::BuildFrameSet(frameCount, kContentPerFrame), outDir / "frames.dxf")) return 2;
   return 0;

@@ -17,9 +17,15 @@ cmake --build build -j"$(nproc)"
 # The title-block batch: the frames the sample library defines, named from their fields.
 ./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk
 ./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk --plot --out out/plots/titleblock
-# Stamps: the sample stamp library in a data folder of the samples' own (the user's library stays
-# as it is), and the sheets with an issue-stamp area plotted with the round sample seal on them.
+# Signatures and stamps, with libraries in a data folder of the samples' own (the user's libraries
+# stay as they are): the traced sample signature captured into the signature library, placed in the
+# designer's row of the first title block, and the title-block sheets plotted with signatures and
+# the round sample seal on the sheets that have an issue-stamp area.
+rm -rf out/samples/data
 export XDG_DATA_HOME="$PWD/out/samples/data"
+./build/tvplot sign capture out/samples/sample_signature.dxf --id 1001 --name 张工
+./build/tvplot sign place out/samples/sample_titleblocks.dxf --id 1001 --at 71100,1100 --to 74900,1900 \
+  --out out/samples/sample_signed.dxf
 ./build/tvplot stamp import out/samples/sample_stamps.tvlib2 --replace
-./build/tvplot titleblock out/samples/sample_titleblocks.dxf --tk out/samples/sample_titleblocks.tk --plot \
-  --format png --out out/plots/stamped --stamp 出图=出图专用章
+./build/tvplot titleblock out/samples/sample_signed.dxf --tk out/samples/sample_titleblocks.tk --plot \
+  --out out/plots/signed --signatures yes --stamp 出图=出图专用章
