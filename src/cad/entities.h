@@ -533,6 +533,8 @@ class CustomContent {
     std::int32_t proxyFlags = 0;
   };
   virtual std::optional<ClassRecord> classRecord() const { return std::nullopt; }
+  // Moves the content with its entity; false when the class can't follow a transform.
+  virtual bool transformBy(const Matrix3d&) { return false; }
 };
 
 // An entity of an application's own class (a sheet marker, a signature).

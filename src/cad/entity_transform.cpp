@@ -363,6 +363,10 @@ bool TransformExact(Entity& e, const Matrix3d& xf) {
     case ObjectType::Image: TransformRaster(static_cast<Image&>(e), xf); return true;
     case ObjectType::Proxy: return TransformVendorText(static_cast<ProxyEntity&>(e), xf);
     case ObjectType::Wipeout: TransformRaster(static_cast<Wipeout&>(e), xf); return true;
+    case ObjectType::Custom: {
+      auto& custom = static_cast<CustomEntity&>(e);
+      return custom.content && custom.content->transformBy(xf);
+    }
     default:
       // DIMENSION shows its block, which a transform of the entity alone would leave behind.
       return false;

@@ -22,6 +22,7 @@ class CustomAdapter final : public cad::CustomContent {
   bool isTransient() const override;
   cad::Groups dxfGroups() const override;
   std::optional<ClassRecord> classRecord() const override;
+  bool transformBy(const Matrix3d& xf) override { return object_->transformBy(xf); }
 
   CustomEntity& object() { return *object_; }
   const CustomEntity& object() const { return *object_; }

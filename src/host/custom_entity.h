@@ -76,6 +76,8 @@ class CustomEntity {
   virtual DxfGroupList dxfGroups() const { return {}; }
   // Classes whose entities stay in drawings declare themselves in a saved file with this.
   virtual std::optional<EntityClassData> classData() const { return std::nullopt; }
+  // Moves the entity's geometry when the drawing moves, turns or scales it; false when it can't.
+  virtual bool transformBy(const Matrix3d&) { return false; }
 };
 
 // Turns the DXF groups of a saved entity of one class back into the live entity (the groups as

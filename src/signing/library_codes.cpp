@@ -1,6 +1,7 @@
 #include "signing/library_codes.h"
 
 #include <bit>
+#include <string>
 
 #include "host/editor.h"
 
@@ -38,6 +39,15 @@ std::optional<bool> AskKeepRecords(std::string_view question, bool libraryEmpty)
       host::CurrentEditor().messageBox(question, "Tarvex", host::MessageButtons::YesNo);
   if (answer == host::MessageAnswer::Cancel) return std::nullopt;
   return answer == host::MessageAnswer::Yes;
+}
+
+bool AskAuthCode(std::int64_t& code) {
+  std::int32_t typed = static_cast<std::int32_t>(code);
+  const int rc = host::CurrentEditor().getInteger(
+      "\n授权码：(注：授权码范围 0 - 999999，输入 0 表示无需授权) <" + std::to_string(code) + ">: ", typed);
+  if (rc == host::RTCAN) return false;
+  if (rc == host::RTNORM) code = typed;
+  return true;
 }
 
 }  // namespace tv::signing

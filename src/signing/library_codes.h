@@ -28,6 +28,9 @@ void SortRecordsByKey(Records& records, Key key) {
 // also without asking when it is empty; nullopt when the question got no answer.
 std::optional<bool> AskKeepRecords(std::string_view question, bool libraryEmpty);
 
+// Asks a record's approval code with its range, Enter keeping `code`; false when cancelled.
+bool AskAuthCode(std::int64_t& code);
+
 // The facts of a library file about to be read, for whoever wants to refuse a file cut short or
 // one that is no library at all: its version, the record count it announces, and whether every
 // value was there, the version is a date, the count is not negative and nothing follows the

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "host/editor.h"
+#include "signing/library_codes.h"
 #include "plot/sheet_export.h"
 #include "signing/sign_boundary.h"
 
@@ -47,15 +48,7 @@ bool RunSignNameForm(TV_Sign& sign) {
     form.name = answer;
     return true;
   };
-  const auto askCode = [&] {
-    std::int32_t code = static_cast<std::int32_t>(form.auth_code);
-    const int rc = editor.getInteger("\n授权码：(注：授权码范围 0 - 999999，输入 0 表示无需授权) <" +
-                                         std::to_string(form.auth_code) + ">: ",
-                                     code);
-    if (rc == host::RTCAN) return false;
-    if (rc == host::RTNORM) form.auth_code = code;
-    return true;
-  };
+  const auto askCode = [&] { return AskAuthCode(form.auth_code); };
   const auto ask = [&](Dlg_SignName::Field field) { return field == Dlg_SignName::Field::Name ? askName() : askCode(); };
   if (!askName() || !askCode()) return false;
   while (const std::optional<Dlg_SignName::Refusal> refusal = form.check()) {

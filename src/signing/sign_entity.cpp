@@ -106,8 +106,9 @@ std::vector<std::vector<Point3d>> Sign_Base::loops() const {
   return out;
 }
 
-void Sign_Base::transformBy(const Matrix3d& xf) {
+bool Sign_Base::transformBy(const Matrix3d& xf) {
   for (Point3d& p : points) p = xf.transform(p);
+  return true;
 }
 
 Extents3d Sign_Base::extents() const {

@@ -33,10 +33,11 @@ class Sign_Base : public host::CustomEntity {
   bool isTransient() const override { return false; }
   host::DxfGroupList dxfGroups() const override;
   std::optional<host::EntityClassData> classData() const override { return SignClassData(); }
+  // Every vertex follows the transform, whatever it is.
+  bool transformBy(const Matrix3d& xf) override;
 
   // The loops as closed rings of points; loops running past the points are cut short.
   std::vector<std::vector<Point3d>> loops() const;
-  void transformBy(const Matrix3d& xf);
   Extents3d extents() const;
   // Reads the groups dxfGroups wrote from `at` on; false for groups that don't make outlines.
   bool readBase(const host::DxfGroupList& groups, std::size_t& at);

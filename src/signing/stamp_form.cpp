@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "host/editor.h"
+#include "signing/library_codes.h"
 #include "host/text_files.h"
 #include "settings/folders.h"
 
@@ -106,15 +107,7 @@ bool RunStampForm(TV_Stamp& stamp) {
     if (!Trimmed(answer).empty() || form.name.empty()) form.name = answer;
     return true;
   };
-  const auto askCode = [&] {
-    std::int32_t code = static_cast<std::int32_t>(form.auth_code);
-    const int rc = editor.getInteger("\n授权码：(注：授权码范围 0 - 999999，输入 0 表示无需授权) <" +
-                                         std::to_string(form.auth_code) + ">: ",
-                                     code);
-    if (rc == host::RTCAN) return false;
-    if (rc == host::RTNORM) form.auth_code = code;
-    return true;
-  };
+  const auto askCode = [&] { return AskAuthCode(form.auth_code); };
   const auto askKind = [&] {
     std::vector<std::string> kinds(std::begin(kStampKindNames), std::end(kStampKindNames));
     const std::optional<int> kind = editor.chooseItem("印章类型", kinds, form.stamp_kind);

@@ -4,8 +4,10 @@
 
 #include <sstream>
 
+#include "../render/plot_test_support.h"
 #include "../support/corpus.h"
 #include "../support/entity_builders.h"
+#include "../support/frame_drawings.h"
 #include "../support/tvplot_test.h"
 #include "signing/sign_library.h"
 
@@ -123,6 +125,40 @@ TEST_F(SignCaptureTest, CapturesTheCurvesIntoTheLibraryAndRefusesWhatCannotBeAdd
     const RunResult r = Capture(args);
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(ListedRow("王" + id).at(3), "1");
+  }
+}
+
+// The "口" captured here, placed in a frame and plotted: the outer band inks, the counter stays
+// paper, and nothing shows with signatures off. A turned copy of the sheet keeps its signature.
+TEST_F(SignCaptureTest, ACapturedSignaturePlacedAgainPlotsWithItsHole) {
+  ASSERT_EQ(Capture({"--id", "8", "--name", "王五"}).exitCode, 0);
+  const std::string plan = Write("plan.dxf", FramesInARow({{42000, 29700}}));
+  const std::string signedPlan = Path("signed.dxf").string();
+  const RunResult placed = Tvplot({"sign", "place", plan, "--id", "8", "--at", "20000,3000", "--to", "30000,13000",
+                                   "--out", signedPlan});
+  ASSERT_EQ(placed.exitCode, 0) << placed.err;
+
+  for (const std::string signatures : {"yes", "no"}) {
+    SCOPED_TRACE(signatures);
+    const fs::path out = Path("png_" + signatures);
+    const RunResult r = Tvplot({"plot", signedPlan, "--format", "png", "--margin", "0", "--out", out.string(),
+                                "--signatures", signatures});
+    ASSERT_EQ(r.exitCode, 0) << r.err << r.out;
+    const std::vector<std::string> files = FilesIn(out);
+    ASSERT_EQ(files.size(), 1u);
+    const render::test::Picture png((out / files[0]).string());
+    ASSERT_TRUE(png.ok());
+    // The sheet, 42000 x 29700 units, fills the page; the signature spans 20000..30000 x 3000..13000.
+    const auto at = [&](double x, double y) {
+      const render::Rgb c = png.at(static_cast<int>(x / 42000 * png.width()),
+                                         static_cast<int>((1 - y / 29700) * png.height()));
+      return std::min({c.r, c.g, c.b}) < 128;
+    };
+    const bool on = signatures == "yes";
+    EXPECT_EQ(at(20400, 8000), on) << "left band";
+    EXPECT_EQ(at(25000, 12600), on) << "top band";
+    EXPECT_FALSE(at(25000, 8000)) << "counter";
+    EXPECT_FALSE(at(19000, 8000)) << "outside";
   }
 }
 

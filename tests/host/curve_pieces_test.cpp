@@ -7,6 +7,7 @@
 #include <cmath>
 #include <functional>
 
+#include "../support/shape_builders.h"
 #include "host_test_support.h"
 
 namespace tv::host {
@@ -14,20 +15,11 @@ namespace {
 
 using testing::HostDrawingTest;
 using CurvePieces = HostDrawingTest;
+using test_support::MakeArc;
 
-std::unique_ptr<cad::Arc> MakeArc(Point3d centre, double radius, double from, double to) {
-  auto a = std::make_unique<cad::Arc>();
-  a->center = centre;
-  a->radius = radius;
-  a->startAngle = from;
-  a->endAngle = to;
-  return a;
-}
-
-std::unique_ptr<cad::Ellipse> MakeEllipse(double from, double to) {
-  auto e = std::make_unique<cad::Ellipse>();
-  e->majorAxis = {4, 0, 0};
-  e->ratio = 0.5;
+// An ellipse of axes 4 and 2 at the origin, from `from` to `to`.
+std::unique_ptr<cad::Ellipse> PartEllipse(double from, double to) {
+  auto e = test_support::MakeEllipse({0, 0, 0}, {4, 0, 0}, 0.5);
   e->startParam = from;
   e->endParam = to;
   return e;
@@ -67,8 +59,8 @@ TEST_F(CurvePieces, EachClassGivesItsCountAtTheStepLength) {
       {"arc, short: at least 2", [&] { return add(MakeArc({0, 0}, 1, 0, kPi / 2)).id; }, 10, 2},
       {"arc without a step: 5", [&] { return add(MakeArc({0, 0}, 1, 0, kPi / 2)).id; }, 0, 5},
       {"arc across angle 0", [&] { return add(MakeArc({0, 0}, 10, 3 * kPi / 2, kPi / 2)).id; }, 1, 31},
-      {"full ellipse: closed", [&] { return add(MakeEllipse(0, 2 * kPi)).id; }, 100, 12},
-      {"half ellipse", [&] { return add(MakeEllipse(0, kPi)).id; }, 100, 2},
+      {"full ellipse: closed", [&] { return add(PartEllipse(0, 2 * kPi)).id; }, 100, 12},
+      {"half ellipse", [&] { return add(PartEllipse(0, kPi)).id; }, 100, 2},
       {"spline: its control points", [&] { return add(MakeSpline({{0, 0}, {1, 1}, {2, 0}, {3, 1}, {4, 0}})).id; }, 100, 5},
       {"spline: length / step", [&] { return add(MakeSpline({{0, 0}, {10, 0}, {20, 0}, {30.5, 0}})).id; }, 1, 30},
       {"polyline: lines as they are",
