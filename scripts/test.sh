@@ -14,6 +14,6 @@ fi
 if [ "${TV_SKIP_SANITIZERS:-0}" != 1 ]; then
   cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON -DTV_BUILD_BENCH=OFF >/dev/null
   cmake --build build-asan -j"$jobs"
-  ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" \
     ctest --test-dir build-asan --output-on-failure -j"$jobs"
 fi
