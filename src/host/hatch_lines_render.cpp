@@ -42,24 +42,11 @@ std::vector<Segment3d> HatchPatternSegments(const std::vector<std::vector<Point3
     const double a = family.angleDeg * kPi / 180;
     const Vector2d dir{std::cos(a), std::sin(a)}, across{-dir.y, dir.x};
     const Vector2d offset = dir * (family.offset.x * scale) + across * (family.offset.y * scale);
-    const double spacing = across.dot(offset);
-    if (!(std::abs(spacing) > 1e-12)) continue;
-    double lo = 1e300, hi = -1e300;
-    for (const auto& ring : rings)
-      for (Point2d p : ring) {
-        const double d = across.dot(p - family.base);
-        lo = std::min(lo, d);
-        hi = std::max(hi, d);
-      }
-    const double k0 = std::ceil(lo / spacing), k1 = std::floor(hi / spacing);
-    if (!(k1 - k0 < kMaxLines)) continue;
-    for (double k = k0; k <= k1; ++k) {
-      const Point2d origin = family.base + offset * k;
-      for (const auto& [t0, t1] : render::SpansInside(rings, origin, dir)) {
-        const Point2d p = origin + dir * t0, q = origin + dir * t1;
-        out.push_back({Point3d{p}, Point3d{q}});
-      }
-    }
+    render::ForEachFamilyLine(rings, family.base, dir, offset, kMaxLines,
+                              [&](Point2d origin, const std::vector<std::pair<double, double>>& spans) {
+                                for (const auto& [t0, t1] : spans)
+                                  out.push_back({Point3d{origin + dir * t0}, Point3d{origin + dir * t1}});
+                              });
   }
   return out;
 }

@@ -75,29 +75,18 @@ void DrawingPlotter::drawHatch(const cad::Hatch& h, const Look& look, const Draw
   lineLook.dashesMm.clear();
   for (const auto& family : h.patternLines) {
     const double angle = cad::DegToRad(family.angle);
+    if (!std::isfinite(angle)) continue;
     const Vector2d dir{std::cos(angle), std::sin(angle)};
-    const Vector2d normal{-dir.y, dir.x};
-    const double spacing = normal.dot(family.offset);
-    if (!std::isfinite(angle) || !std::isfinite(spacing) || std::abs(spacing) < 1e-12) continue;
-    double lo = 1e300, hi = -1e300;
-    for (const auto& ring : rings)
-      for (Point2d p : ring) {
-        const double d = normal.dot(p - family.base);
-        lo = std::min(lo, d);
-        hi = std::max(hi, d);
-      }
-    double k0 = std::ceil(std::min(lo / spacing, hi / spacing)), k1 = std::floor(std::max(lo / spacing, hi / spacing));
-    if (!(k1 - k0 < kMaxLinesPerFamily)) continue;
     // Line k passes through base + k * offset; its dashes start there.
-    for (double k = k0; k <= k1; ++k) {
-      const Point2d origin = family.base + family.offset * k;
-      std::vector<std::pair<double, double>> dashes;
-      for (const auto& [t0, t1] : SpansInside(rings, origin, dir)) DashSpan(t0, t1, family.dashes, dashes);
-      for (const auto& [a, b] : dashes) {
-        const Polyline2d seg{onPage(origin + dir * a), onPage(origin + dir * b)};
-        if (AllFinite(seg)) strokePage(a == b ? Polyline2d{seg[0]} : seg, false, lineLook);
-      }
-    }
+    ForEachFamilyLine(rings, family.base, dir, family.offset, kMaxLinesPerFamily,
+                      [&](Point2d origin, const std::vector<std::pair<double, double>>& spans) {
+                        std::vector<std::pair<double, double>> dashes;
+                        for (const auto& [t0, t1] : spans) DashSpan(t0, t1, family.dashes, dashes);
+                        for (const auto& [a, b] : dashes) {
+                          const Polyline2d seg{onPage(origin + dir * a), onPage(origin + dir * b)};
+                          if (AllFinite(seg)) strokePage(a == b ? Polyline2d{seg[0]} : seg, false, lineLook);
+                        }
+                      });
   }
   ++result_.entitiesDrawn;
 }

@@ -172,6 +172,26 @@ Polyline2d ClipPolygonToConvex(const Polyline2d& subject, const Polyline2d& conv
   return unique;
 }
 
+void ForEachFamilyLine(const std::vector<Polyline2d>& rings, Point2d base, Vector2d dir, Vector2d offset, double maxLines,
+                       const std::function<void(Point2d origin, const std::vector<std::pair<double, double>>& spans)>& line) {
+  const Vector2d normal{-dir.y, dir.x};
+  const double spacing = normal.dot(offset);
+  if (!std::isfinite(spacing) || std::abs(spacing) < 1e-12) return;
+  double lo = 1e300, hi = -1e300;
+  for (const auto& ring : rings)
+    for (Point2d p : ring) {
+      const double d = normal.dot(p - base);
+      lo = std::min(lo, d);
+      hi = std::max(hi, d);
+    }
+  const double k0 = std::ceil(std::min(lo / spacing, hi / spacing)), k1 = std::floor(std::max(lo / spacing, hi / spacing));
+  if (!(k1 - k0 < maxLines)) return;
+  for (double k = k0; k <= k1; ++k) {
+    const Point2d origin = base + offset * k;
+    line(origin, SpansInside(rings, origin, dir));
+  }
+}
+
 std::vector<std::pair<double, double>> SpansInside(const std::vector<Polyline2d>& rings, Point2d origin, Vector2d dir) {
   std::vector<double> ts;
   const Vector2d normal{-dir.y, dir.x};

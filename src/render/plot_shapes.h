@@ -1,5 +1,6 @@
 #pragma once
 // Plane geometry of the plot engine on page coordinates: dash patterns, clipping, polygons.
+#include <functional>
 #include <vector>
 
 #include "render/plot_canvas.h"
@@ -26,6 +27,13 @@ bool IsConvex(const Polyline2d& polygon);
 // pairs of points along the infinite line through `origin` in direction `dir` (unit), as
 // parameters t along it, sorted.
 std::vector<std::pair<double, double>> SpansInside(const std::vector<Polyline2d>& rings, cad::Point2d origin, cad::Vector2d dir);
+
+// The lines of one hatch pattern family across the rings: each line through base + k * offset
+// (k whole, in increasing order) along `dir` (unit) that meets the rings' extent, with its spans
+// inside them. A family of `maxLines` lines or more, or of no spacing, gives none.
+void ForEachFamilyLine(const std::vector<Polyline2d>& rings, cad::Point2d base, cad::Vector2d dir, cad::Vector2d offset,
+                       double maxLines,
+                       const std::function<void(cad::Point2d origin, const std::vector<std::pair<double, double>>& spans)>& line);
 
 // True when every coordinate is a finite number.
 bool AllFinite(const Polyline2d& points);
