@@ -12,6 +12,7 @@
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_traversal.h"
 #include "settings/plot_setting.h"
+#include "titleblock/frame_paper.h"
 #include "titleblock/name_rule.h"
 
 namespace tv::titleblock {
@@ -34,19 +35,6 @@ Extents3d Box(Point3d a, Point3d b) {
 double DefaultScale() {
   const double s = settings::CurrentPlotSetting().default_scale;
   return s > 0.0 ? s : 100.0;
-}
-
-// The sides brought into the range of real paper, as the capture does for a frame.
-paper::MyPaper PaperOfSides(double w, double h) {
-  double big = std::max(w, h), small = std::min(w, h);
-  while (small < 100.0) big *= 10.0, small *= 10.0;
-  while (small > 1000.0) big /= 10.0, small /= 10.0;
-  while (big > 5080.0) big /= 10.0, small /= 10.0;
-  paper::MyPaper p;
-  p.length = static_cast<std::int32_t>(big + 0.5);
-  p.width = static_cast<std::int32_t>(small + 0.5);
-  paper::NormalizePaperSize(p);
-  return p;
 }
 
 // The rule without its escapes, as the marks and the check read it.
@@ -220,7 +208,7 @@ bool Dlg_TK_Set::storePrintExtents(Point3d a, Point3d b, std::string& message) {
   const Vector3d toCentre = definition_.pick_centre.asVector();
   definition_.print_extents.min = box.min - toCentre;
   definition_.print_extents.max = box.max - toCentre;
-  if (!paperByHand) definition_.paper = PaperOfSides(w / definition_.scale, h / definition_.scale);
+  if (!paperByHand) definition_.paper = FramePaperOfSides(w / definition_.scale, h / definition_.scale);
   return true;
 }
 

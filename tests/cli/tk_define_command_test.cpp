@@ -152,5 +152,48 @@ TEST_F(TkDefineCommandTest, WhatCannotBeDefinedOrSavedLeavesTheLibraryAsItWas) {
   EXPECT_TRUE(Has(replaced.out, "共 1 个图框")) << replaced.out;
 }
 
+// The library form of the drawing's command line enters what `tk define` enters; a block already
+// defined, answered No, and a Cancel leave the file as it was.
+TEST_F(TkDefineCommandTest, TheLibraryFormEntersWhatDefineEnters) {
+  cad::Database db = samples::BuildTitleBlockDrawing();
+  ObjectId blockId;
+  for (const auto& b : db.blocks)
+    if (b->name == samples::kTitleFrameA2) blockId = b->id;
+  const cad::Insert* insert = nullptr;
+  db.forEachEntity(*db.modelSpace(), [&](const cad::Entity& e) {
+    if (const auto* i = dynamic_cast<const cad::Insert*>(&e); i && i->block == blockId && !insert) insert = i;
+  });
+  ASSERT_NE(insert, nullptr);
+  const std::string handle = insert->id.handleText();
+  // The drawing number's cell as picked on that insert.
+  const cad::Point2d o = samples::kit::TitleGridOrigin(samples::kit::kA2);
+  auto onDrawing = [&](cad::Point2d p) {
+    return std::to_string(insert->position.x + insert->scale.x * (o.x + p.x)) + "," +
+           std::to_string(insert->position.y + insert->scale.y * (o.y + p.y));
+  };
+  const std::string drawing = Write("form.dxf", db);
+  auto run = [&](const std::vector<std::string>& answers) {
+    std::vector<std::string> args{"run", drawing, "TV_BatchPlot_3"};
+    for (const std::string& a : answers) args.insert(args.end(), {"--answer", a});
+    return Tvplot(args);
+  };
+  const RunResult entered = run({"A", "H " + handle, "1", onDrawing(samples::kit::kCellDrawingNo.min),
+                                 onDrawing(samples::kit::kCellDrawingNo.max), "N", "A", "O", "O"});
+  ASSERT_EQ(entered.exitCode, 0) << entered.out << entered.err;
+  const std::string byForm = ReadFile(library_);
+
+  for (const auto& answers : {std::vector<std::string>{"A", "H " + handle, "N", "C"},  // known block kept
+                              std::vector<std::string>{"D", "1", "C"}}) {             // cancelled delete
+    const RunResult r = run(answers);
+    EXPECT_EQ(r.exitCode, 0) << r.out << r.err;
+    EXPECT_EQ(ReadFile(library_), byForm) << r.out;
+  }
+
+  fs::remove(library_);
+  const RunResult defined = Define(samples::kTitleFrameA2, {{"图号", Corners(samples::kit::kA2, samples::kit::kCellDrawingNo)}}, "A");
+  ASSERT_EQ(defined.exitCode, 0) << defined.err;
+  EXPECT_EQ(ReadFile(library_), byForm);
+}
+
 }  // namespace
 }  // namespace tv::cli
