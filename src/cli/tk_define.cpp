@@ -180,6 +180,8 @@ int RunTkDefine(const ParsedArgs& args, CliStreams& io) {
           if (!replace) return false;
           std::erase_if(current.definitions, [&](const auto& d) { return d.get() == old; });
         }
+        // The rule confirmed is the one the next definition starts from, as in the form.
+        current.DefaultNameRule = added->name_rule;
         current.definitions.push_back(std::move(definition));
         return true;
       },

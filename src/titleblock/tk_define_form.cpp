@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 
 #include "host/editor.h"
 #include "paper/paper.h"
@@ -39,9 +40,10 @@ std::string Letter(const std::string& answer) {
   return std::string(1, static_cast<char>(std::toupper(static_cast<unsigned char>(answer[0]))));
 }
 
-std::optional<std::size_t> AskRow(std::size_t count) {
+std::optional<std::size_t> AskRow(std::size_t count, const char* what = "行号") {
   std::int32_t row = 0;
-  if (host::CurrentEditor().getInteger("\n行号 (1 - " + std::to_string(count) + "): ", row) != host::RTNORM)
+  if (host::CurrentEditor().getInteger("\n" + std::string(what) + " (1 - " + std::to_string(count) + "): ", row) !=
+      host::RTNORM)
     return std::nullopt;
   if (row < 1 || static_cast<std::size_t>(row) > count) return std::nullopt;
   return static_cast<std::size_t>(row - 1);
@@ -288,7 +290,7 @@ bool Dlg_TK_Define::runIndexPage() {
     } else if (k == "H") {
       if (const auto h = PickLength(true)) library_.index_row_height = *h;
     } else if (k == "W") {
-      if (const auto row = AskRow(library_.index_columns.size())) {
+      if (const auto row = AskRow(library_.index_columns.size(), "列号")) {
         if (const auto w = PickLength(false)) {
           library_.index_col_widths.resize(library_.index_columns.size(), kNewColumnWidth);
           library_.index_col_widths[*row] = *w;
