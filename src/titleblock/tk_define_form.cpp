@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "host/editor.h"
+#include "host/text_sample.h"
 #include "paper/paper.h"
 #include "titleblock/file_naming.h"
 #include "titleblock/name_rule.h"
@@ -135,6 +136,30 @@ bool CheckIndexPage(const TK_Library& library, const std::function<bool(const st
   return true;
 }
 
+bool PickIndexTextStyle(TK_IndexStyle& style) {
+  ObjectIdArray picked;
+  if (host::CurrentEditor().select("_:$", {"\n选择字符：", ""}, {}, host::TypeFilter({"Text", "MText"}), picked) !=
+          host::RTNORM ||
+      picked.empty())
+    return false;
+  const std::optional<host::TextSampleFacts> facts = host::ReadTextSample(picked.front());
+  if (!facts) return false;
+  style.text_height = facts->text_height;
+  style.width_factor = facts->width_factor;
+  style.color = facts->color;
+  style.layer = facts->layer;
+  style.style_name = facts->style_name;
+  style.font_file = facts->font_file;
+  style.bigfont_file = facts->bigfont_file;
+  style.style_text_size = facts->style_text_size;
+  style.style_x_scale = facts->style_x_scale;
+  style.is_shape_file = facts->is_shape_file;
+  style.layer_color = facts->layer_color;
+  style.layer_linetype = facts->layer_linetype;
+  style.layer_lineweight = facts->layer_lineweight;
+  return true;
+}
+
 std::string IndexStyleLabel(const TK_IndexStyle& style) {
   const char* pattern = style.text_height > 100   ? "字型：%s     字高：%d     图层：%s"
                         : style.text_height > 10 ? "字型：%s     字高：%.1f     图层：%s"
@@ -246,7 +271,7 @@ bool Dlg_TK_Define::runIndexPage() {
   showIndexPage();
   while (true) {
     std::string answer;
-    const int rc = editor.getString("\n增加列(A)/删除列(D)/行高(H)/列宽(W)/边框线(F)/返回(R) <返回>: ", answer);
+    const int rc = editor.getString("\n选择字符获取参数(T)/增加列(A)/删除列(D)/行高(H)/列宽(W)/边框线(F)/返回(R) <返回>: ", answer);
     const std::string k = rc == host::RTNORM ? (answer.empty() ? "R" : Letter(answer)) : "R";
     if (k == "R") {
       std::string message;
@@ -255,7 +280,9 @@ bool Dlg_TK_Define::runIndexPage() {
       if (rc != host::RTNORM) return false;
       continue;
     }
-    if (k == "A") {
+    if (k == "T") {
+      PickIndexTextStyle(library_.index_style);
+    } else if (k == "A") {
       std::vector<std::string> names;
       std::vector<std::int32_t> numbers;
       for (std::int32_t c = 0; c < static_cast<std::int32_t>(kIndexColumnNames.size()); ++c) {

@@ -41,6 +41,9 @@ bool AddDefinition(TK_Library& library);
 // The check of leaving the page. `confirm` asks a Yes/No question and is true on Yes.
 bool CheckIndexPage(const TK_Library& library, const std::function<bool(const std::string&)>& confirm,
                     std::string& message);
+// "选择字符获取参数": the look of the index's text taken from a text or multiline text the user
+// picks at "\n选择字符："; false when nothing fitting was picked.
+bool PickIndexTextStyle(TK_IndexStyle& style);
 // "字型：%s     字高：…     图层：%s" with as many decimals as the height needs.
 std::string IndexStyleLabel(const TK_IndexStyle& style);
 // The colour of the sample text: "ByLayer", "ByBlock" or "---" beside a swatch.

@@ -193,6 +193,12 @@ TEST_F(TkDefineCommandTest, TheLibraryFormEntersWhatDefineEnters) {
   const RunResult defined = Define(samples::kTitleFrameA2, {{"图号", Corners(samples::kit::kA2, samples::kit::kCellDrawingNo)}}, "A");
   ASSERT_EQ(defined.exitCode, 0) << defined.err;
   EXPECT_EQ(ReadFile(library_), byForm);
+
+  // The index takes its look from a text picked on the drawing, and keeps it on OK.
+  const RunResult styled = run({"M", "T", "ALL", "", "O"});
+  ASSERT_EQ(styled.exitCode, 0) << styled.out << styled.err;
+  EXPECT_TRUE(Has(styled.out, "字型：HZ     字高：500     图层：AXIS_TEXT")) << styled.out;
+  EXPECT_TRUE(Has(ReadFile(library_), "\nAXIS_TEXT\n"));
 }
 
 }  // namespace
