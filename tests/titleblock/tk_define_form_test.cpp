@@ -7,6 +7,7 @@
 
 #include "titleblock/tk_define_form.h"
 #include "titleblock/tk_set_form.h"
+#include "titleblock/tuhao_form.h"
 
 namespace tv::titleblock {
 namespace {
@@ -107,6 +108,33 @@ TEST(TkDefineFormTest, EnteringADefinition) {
   EXPECT_EQ(d.area_drawing_no.min, (Point3d{100, -100, 0}));
   EXPECT_EQ(d.area_drawing_no.max, (Point3d{150, -50, 0}));
   EXPECT_TRUE(form.ok(message)) << message;
+}
+
+TEST(TkDefineFormTest, PaperChoicePreselectsTheRowOfThePaper) {
+  struct Case {
+    paper::MyPaper paper;
+    int preselected;
+    std::size_t rows;
+  };
+  const Case cases[] = {
+      {{841, 594, true}, 3, 10},   // A1
+      {{297, 210, true}, 0, 10},   // A4
+      {{1051, 594, true}, 8, 10},  // A1 lengthened
+      {{733, 512, false}, 10, 11}, // neither: its own eleventh row
+  };
+  for (const Case& c : cases) {
+    int preselected = -1;
+    EXPECT_EQ(PaperChoiceRows(c.paper, preselected).size(), c.rows) << c.paper.length;
+    EXPECT_EQ(preselected, c.preselected) << c.paper.length;
+  }
+}
+
+TEST(TkDefineFormTest, RenumberingSample) {
+  Dlg_TuHao form;
+  form.start = 9;
+  EXPECT_EQ(form.sample(), "示   例\n\n结施-09\n\n结施-10\n\n结施-11\n\n..........\n\n结施-19\n\n结施-20");
+  EXPECT_FALSE(Dlg_TuHao::Refreshes("-"));
+  EXPECT_TRUE(Dlg_TuHao::Refreshes("-1"));
 }
 
 }  // namespace
