@@ -14,6 +14,7 @@
 #include "cli/command_line.h"
 #include "cli/json_output.h"
 #include "cli/loaded_module.h"
+#include "cli/tk_define.h"
 #include "cli/tk_file_check.h"
 #include "console/session.h"
 #include "console/text_table.h"
@@ -263,26 +264,35 @@ void DefineTk(CLI::App& app) {
            "用法：tvplot tk list [--json]\n"
            "      tvplot tk export 文件.tk\n"
            "      tvplot tk import 文件.tk [--keep | --replace]\n"
+           "      tvplot tk define 图纸 --block 图块名 --area 图号 X1,Y1 X2,Y2 … [--rule A_C] [--replace]\n"
            "  管理用户的图框信息库（数据文件夹中的 BPlot_TK.tk）。\n"
            "  list          列出图框定义（图块名、纸张、旋转角度、比例、命名规则、排序优先级别、\n"
            "                动态图框、已录入的范围）和文件命名设置\n"
            "  export 文件   把图框信息库写入文件\n"
            "  import 文件   把文件中的图框定义并入图框信息库并保存；同名图块保留库中原有的定义，\n"
-           "                目录样式和文件命名设置取文件中的\n",
+           "                目录样式和文件命名设置取文件中的\n"
+           "  define 图纸   由图纸模型空间中图块的第一个插入录入图框定义（同“录入新图框”），加入图框信息库；\n"
+           "                --area 之后的两个角点是图块自身坐标（图块定义中的坐标，不是图纸上的点）\n",
            "  图框信息库不为空而未给出 --keep 或 --replace 时，在终端询问；标准输入不是终端时必须给出其一。\n"
-           "  退出码：0 完成，1 用法错误，2 文件无法读取，3 提问未得到回答，4 写入失败\n");
+           "  退出码：0 完成，1 用法错误，2 文件无法读取，3 提问未得到回答或图框未能录入，4 写入失败\n");
   AddFlag(app, "--keep", "导入时保留原图框信息（回答“是”）");
-  AddFlag(app, "--replace", "导入时不保留原图框信息（回答“否”）");
+  AddFlag(app, "--replace", "导入时不保留原图框信息（回答“否”）；录入时替换同名图块的原有定义");
+  AddValue(app, "--block", "图块名", "define：图框对应的图块");
+  AddValue(app, "--area", "名称",
+           "define：一个范围，名称为 图号、版次、图名、日期、信息1、信息2（或 A 至 F）、注册章、出图章、\n"
+           "项目章、竣工章、打印范围，其后两个角点 X1,Y1 X2,Y2 为图块自身坐标；可多次给出");
+  AddValue(app, "--rule", "规则", "define：文件命名规则（缺省为上次使用的规则）");
   AddFlag(app, "--json", "以一个 JSON 对象输出");
 }
 
 int RunTk(const ParsedArgs& args, CliStreams& io) {
-  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export 或 import");
+  if (args.positional.empty()) return args.usage(io, "缺少操作：list、export、import 或 define");
   const std::string& action = args.positional.front();
   if (action == "list") return RunList(args, io);
   if (action == "export") return RunExport(args, io);
   if (action == "import") return RunImport(args, io);
-  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export 或 import");
+  if (action == "define") return RunTkDefine(args, io);
+  return args.usage(io, "未知操作 " + Printable(action) + "，应为 list、export、import 或 define");
 }
 
 }  // namespace

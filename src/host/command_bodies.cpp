@@ -12,6 +12,7 @@
 #include "signing/library_forms.h"
 #include "signing/sign_approval.h"
 #include "signing/sign_placing.h"
+#include "titleblock/tk_define_form.h"
 
 namespace tv::host {
 
@@ -40,7 +41,10 @@ void TV_BatchPlot_2() {
   CommandScope scope;
   plot::GenericPlotCommand();
 }
-void TV_BatchPlot_3() { NotOffered(3); }
+void TV_BatchPlot_3() {
+  CommandScope scope;
+  titleblock::TkDefineCommand();
+}
 void TV_BatchPlot_4() {
   CommandScope scope;
   plot::TitlePlotCommand();

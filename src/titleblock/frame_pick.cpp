@@ -10,6 +10,7 @@
 #include "host/wrappers.h"
 #include "recognition/sheet_geometry.h"
 #include "settings/plot_setting.h"
+#include "titleblock/frame_paper.h"
 #include "titleblock/tk_library.h"
 
 namespace tv::titleblock {
@@ -24,9 +25,9 @@ constexpr double kMinimumSide = 0.00001;
 
 void Show(std::string_view text) { host::CurrentEditor().messageBox(text, kCaption, host::MessageButtons::Ok); }
 
-// Brings the sides of a frame drawn in another unit (metres, centimetres, inches scaled by ten)
-// into the range of real paper, then onto the paper catalogue.
-paper::MyPaper PaperOfSides(double w, double h) {
+}  // namespace
+
+paper::MyPaper FramePaperOfSides(double w, double h) {
   double big = std::max(w, h), small = std::min(w, h);
   while (small < 100.0) {
     big *= 10.0;
@@ -46,8 +47,6 @@ paper::MyPaper PaperOfSides(double w, double h) {
   paper::NormalizePaperSize(p);
   return p;
 }
-
-}  // namespace
 
 bool PickFrameBlock(TK_Customization& definition) {
   ObjectIdArray picked;
@@ -82,7 +81,7 @@ bool PickFrameBlock(TK_Customization& definition) {
     Show(kVoidExtents);
     return false;
   }
-  definition.paper = PaperOfSides(w, h);
+  definition.paper = FramePaperOfSides(w, h);
   return !definition.block_name.empty();
 }
 

@@ -60,7 +60,7 @@ TEST_F(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
       {{"titleblock", "a.dxf", "--plot", "--json"}, "选项 --json 不用于 --plot"},
       {{"titleblock", "a.dxf", "--plot", "--margin", "x"}, "周边留白 x 无效"},
       {{"titleblock", "a.dxf", "--tk"}, "选项 --tk 缺少值"},
-      {{"tk"}, "缺少操作：list、export 或 import"},
+      {{"tk"}, "缺少操作：list、export、import 或 define"},
       {{"tk", "merge"}, "未知操作 merge"},
       {{"tk", "export"}, "缺少 .tk 文件"},
       {{"tk", "import", "x.tk", "--keep", "--replace"}, "--keep 和 --replace 只能给出其一"},
