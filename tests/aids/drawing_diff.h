@@ -9,11 +9,13 @@
 
 namespace tv::test_support {
 
-// Every record of a DXF file that has a handle (group 5, or 105 for dimension styles), as its text.
+// Every record of a DXF file named by a handle (group 5, or 105 for dimension styles, right after
+// its 0 group), as its text.
 inline std::map<std::string, std::string> RecordsByHandle(const std::string& path) {
   std::istringstream in(ReadFile(path));
   std::map<std::string, std::string> records;
   std::string code, value, text, handle;
+  int groups = 0;
   const auto close = [&] {
     if (!handle.empty()) records[handle] = text;
     text.clear();
@@ -26,8 +28,11 @@ inline std::map<std::string, std::string> RecordsByHandle(const std::string& pat
   while (std::getline(in, code) && std::getline(in, value)) {
     code = trim(code);
     if (!value.empty() && value.back() == '\r') value.pop_back();
-    if (code == "0") close();
-    if ((code == "5" || code == "105") && handle.empty()) handle = value;
+    if (code == "0") {
+      close();
+      groups = 0;
+    }
+    if (++groups == 2 && (code == "5" || code == "105")) handle = value;
     text += code + "=" + value + "\n";
   }
   close();
