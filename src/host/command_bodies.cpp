@@ -3,6 +3,7 @@
 #include <string>
 
 #include "aids/attribute_brush.h"
+#include "aids/frame_fit.h"
 #include "aids/outer_frame.h"
 #include "aids/text_brush.h"
 #include "aids/true_color.h"
@@ -82,7 +83,10 @@ void TV_BatchPlot_17() {
   CommandScope scope;
   aids::OuterFrameCommand();
 }
-void TV_BatchPlot_18() { Guarded(18); }
+void TV_BatchPlot_18() {
+  CommandScope scope;
+  aids::FrameFitCommand();
+}
 void TV_BatchPlot_19() {
   CommandScope scope;
   aids::TrueColorCommand();
