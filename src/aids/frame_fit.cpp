@@ -7,7 +7,6 @@
 #include "host/editor.h"
 #include "host/entity.h"
 #include "host/entity_copy.h"
-#include "host/input_state.h"
 #include "host/wrappers.h"
 #include "plot/typed_point.h"
 #include "recognition/sheet_geometry.h"
@@ -29,6 +28,9 @@ constexpr const char* kContentPrompt = "\n选择套图框的图形：( 按Tab键
 constexpr const char* kFirstCorner = "\n指定图框第一角点：( 按Tab键-->改变图框方向 )";
 constexpr const char* kSecondCorner = "\n指定图框第二角点：( 按Tab键-->改变图框方向 )";
 constexpr int kDeepest = 16;
+// Entities looked at for one frame, nested ones included: blocks used many times at every level
+// can't hold the command up.
+constexpr long kMostEntities = 1'000'000;
 
 // Set as the command ends: its own second entry finds it and ends at once.
 bool& JustFinished() {
@@ -38,8 +40,9 @@ bool& JustFinished() {
 
 Point2d Working2d(Point3d world) { return recognition::ToWorking(world).to2d(); }
 
-void AddSegments(const host::Entity& e, std::vector<FrameSegment>& out, std::vector<std::string>& blocks, int depth) {
-  if (!e) return;
+void AddSegments(const host::Entity& e, std::vector<FrameSegment>& out, std::vector<std::string>& blocks, int depth,
+                 long& budget) {
+  if (!e || --budget < 0) return;
   if (e.kind() == host::EntityClass::Line) {
     out.push_back({Working2d(e.startPoint()), Working2d(e.endPoint())});
   } else if (host::IsPolylineClass(e.kind())) {
@@ -52,7 +55,7 @@ void AddSegments(const host::Entity& e, std::vector<FrameSegment>& out, std::vec
       const std::string name = host::BlockName(e.blockTableRecord());
       if (std::find(blocks.begin(), blocks.end(), name) == blocks.end()) blocks.push_back(name);
     }
-    for (const host::Entity& piece : e.explode()) AddSegments(piece, out, blocks, depth + 1);
+    for (const host::Entity& piece : e.explode()) AddSegments(piece, out, blocks, depth + 1, budget);
   }
 }
 
@@ -148,7 +151,8 @@ bool FindFrameArea(const ObjectIdArray& ids, FrameFitState& state) {
   state = {};
   state.ids = ids;
   std::vector<FrameSegment> segments;
-  for (ObjectId id : ids) AddSegments(host::OpenEntity(id), segments, state.attributedBlocks, 0);
+  long budget = kMostEntities;
+  for (ObjectId id : ids) AddSegments(host::OpenEntity(id), segments, state.attributedBlocks, 0, budget);
   state.extents = recognition::SelectionExtents(ids);
   state.area = AreaOfSegments(segments);
   if (state.area.isEmpty()) state.area = state.extents;
