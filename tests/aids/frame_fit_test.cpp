@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "../support/entity_builders.h"
+#include "aids_drawings.h"
 #include "../support/tvplot_test.h"
 #include "cad/drawing_file.h"
 #include "drawing_diff.h"
@@ -22,6 +23,10 @@ class FrameFitTest : public TvplotTest {
     db.append(ms, MakeLwPolyline({{0, 0}, {420, 0}, {420, 297}, {0, 297}}, true));
     const cad::Point3d corners[4] = {{25, 5, 0}, {415, 5, 0}, {415, 292, 0}, {25, 292, 0}};
     for (int i = 0; i < 4; ++i) db.append(ms, MakeLine(corners[i], corners[(i + 1) % 4]));
+    // Its title block, with an attribute.
+    auto title = MakeInsert(TitleBlock(db), {300, 10, 0});
+    title->attribs.push_back(MakeAttribute("图号", "A-01", {310, 9, 0}));
+    db.append(ms, std::move(title));
     db.append(ms, MakeLine({1000, -100, 0}, {1100, -100, 0}));
     drawing_ = Write("frame.dxf", db);
   }
@@ -48,11 +53,16 @@ TEST_F(FrameFitTest, PlacesACopyWithItsDrawingAreaBetweenTheCorners) {
     EXPECT_TRUE(ChangedHandles(before, after).empty()) << c.what;
     cad::DxfReadResult saved = cad::ReadDrawing(out);
     ASSERT_TRUE(saved.ok()) << saved.error;
-    int lines = 0, polylines = 0;
+    int lines = 0, polylines = 0, inserts = 0;
     Extents3d border;
     for (const std::string& h : AddedHandles(before, after)) {
       const cad::DbObject* o = saved.db->object(ObjectId::fromHandleText(h));
       if (cad::As<cad::LwPolyline>(o)) ++polylines;
+      if (const auto* i = cad::As<cad::Insert>(o)) {
+        ++inserts;
+        ASSERT_EQ(i->attribs.size(), 1u) << c.what;
+        EXPECT_EQ(i->attribs[0]->text, "A-01") << c.what;
+      }
       if (const auto* l = cad::As<cad::Line>(o)) {
         ++lines;
         border.add(l->start);
@@ -60,6 +70,7 @@ TEST_F(FrameFitTest, PlacesACopyWithItsDrawingAreaBetweenTheCorners) {
       }
     }
     EXPECT_EQ(polylines, 1) << c.what;
+    EXPECT_EQ(inserts, 1) << c.what;  // the copy keeps its attributes
     ASSERT_EQ(lines, 4) << c.what;
     EXPECT_NEAR(border.min.y, 500, 1e-6) << c.what;
     EXPECT_NEAR(border.max.y, 1500, 1e-6) << c.what;
