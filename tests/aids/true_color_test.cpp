@@ -2,6 +2,7 @@
 // compared record by record with the drawing it started from.
 #include <gtest/gtest.h>
 
+#include "../support/corpus.h"
 #include "../support/entity_builders.h"
 #include "../support/tvplot_test.h"
 #include "cad/drawing_file.h"
@@ -121,6 +122,32 @@ TEST_F(TrueColorCommandTest, EnterAtTheFirstPromptConvertsTheWholeDrawingAndEnds
   EXPECT_EQ(EntityOf(o, grey_).colorIndex, 8);
   EXPECT_EQ(o.saved.db->findLayer("KEEP")->colorIndex, 5);
   EXPECT_NE(o.run.out.find("图形 4 个，图层 2 个。"), std::string::npos) << o.run.out;
+}
+
+// A real drawing with true colours in model space, in blocks it inserts and in blocks it doesn't,
+// and in visual styles: Enter converts what model space shows and touches no other record.
+TEST_F(TrueColorCommandTest, ARealDrawingLosesItsTrueColoursWhereTheyShowAndNowhereElse) {
+  const std::filesystem::path drawing = CorpusDir() / "ezdxf/examples_dxf/colors.dxf";
+  TV_SKIP_WITHOUT_CORPUS(drawing);
+  // The drawing as this program saves it, and converted.
+  const std::string base = Path("base.dxf").string(), out = Path("converted.dxf").string();
+  ASSERT_EQ(Run({"run", drawing.string(), "TV_BatchPlot_19", "--answer", "^C", "--save-as", base}).exitCode, 0);
+  const RunResult r = Run({"run", drawing.string(), "TV_BatchPlot_19", "--answer", "", "--save-as", out});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  const auto before = RecordsByHandle(base);
+  const std::set<std::string> changed = ChangedHandles(before, RecordsByHandle(out));
+  EXPECT_FALSE(changed.empty());
+  for (const std::string& h : changed)
+    EXPECT_TRUE(before.at(h).find("\n420=") != std::string::npos || before.at(h).find("\n430=") != std::string::npos)
+        << before.at(h);
+  cad::DxfReadResult saved = cad::ReadDrawing(out);
+  ASSERT_TRUE(saved.ok()) << saved.error;
+  saved.db->forEachEntity(*saved.db->modelSpace(), [&](const cad::Entity& e) {
+    EXPECT_FALSE(e.hasTrueColor()) << e.dxfName() << " " << e.id.handleText();
+    if (const auto* insert = cad::As<cad::Insert>(&e))
+      if (const auto* block = saved.db->objectAs<cad::BlockRecord>(insert->block))
+        saved.db->forEachEntity(*block, [&](const cad::Entity& inner) { EXPECT_FALSE(inner.hasTrueColor()) << inner.id.handleText(); });
+  });
 }
 
 }  // namespace
