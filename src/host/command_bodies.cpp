@@ -7,7 +7,6 @@
 #include "aids/outer_frame.h"
 #include "aids/text_brush.h"
 #include "aids/true_color.h"
-
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
