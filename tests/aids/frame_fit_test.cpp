@@ -85,5 +85,23 @@ TEST_F(FrameFitTest, ALineAloneGivesNoDrawingArea) {
   EXPECT_NE(r.out.find("未能获得图框的绘图区域，退出 !"), std::string::npos) << r.out;
 }
 
+TEST_F(FrameFitTest, TheSettingsChooseTheFrameFolderWhoseFramesTheChoiceThenOffers) {
+  const std::filesystem::path frames = Path("frames");
+  std::filesystem::create_directories(frames);
+  for (const char* name : {"A3.dwg", "A2.dxf", "notes.txt"}) WriteText(frames / name, "x");
+  const std::string home = Path("home").string();
+  const RunResult r = Run({"run", drawing_, "TV_BatchPlot_18", "--answer", "1", "--answer", "2", "--answer", "3",
+                           "--answer", frames.string(), "--answer", "", "--answer", "^C"},
+                          {}, home);
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  // The second showing of the choice, after the settings.
+  const std::string after = r.out.substr(r.out.rfind("选 择 图 框"));
+  EXPECT_NE(after.find("3. A2"), std::string::npos) << after;
+  EXPECT_NE(after.find("4. A3"), std::string::npos) << after;
+  EXPECT_EQ(after.find("notes"), std::string::npos) << after;
+  const std::string config = ReadFile(std::filesystem::path(home) / ".local/share/Tarvex/BPlot_Cfg.cfg");
+  EXPECT_NE(config.find(frames.string()), std::string::npos);
+}
+
 }  // namespace
 }  // namespace tv::aids
