@@ -55,6 +55,7 @@ TEST_F(FrameFitTest, PlacesACopyWithItsDrawingAreaBetweenTheCorners) {
     ASSERT_TRUE(saved.ok()) << saved.error;
     int lines = 0, polylines = 0, inserts = 0;
     Extents3d border;
+    cad::Point3d attributeAt{};
     for (const std::string& h : AddedHandles(before, after)) {
       const cad::DbObject* o = saved.db->object(ObjectId::fromHandleText(h));
       if (cad::As<cad::LwPolyline>(o)) ++polylines;
@@ -62,6 +63,7 @@ TEST_F(FrameFitTest, PlacesACopyWithItsDrawingAreaBetweenTheCorners) {
         ++inserts;
         ASSERT_EQ(i->attribs.size(), 1u) << c.what;
         EXPECT_EQ(i->attribs[0]->text, "A-01") << c.what;
+        attributeAt = i->attribs[0]->position;
       }
       if (const auto* l = cad::As<cad::Line>(o)) {
         ++lines;
@@ -76,6 +78,7 @@ TEST_F(FrameFitTest, PlacesACopyWithItsDrawingAreaBetweenTheCorners) {
     EXPECT_NEAR(border.max.y, 1500, 1e-6) << c.what;
     EXPECT_NEAR(border.min.x, c.x0, 1e-6) << c.what;
     EXPECT_NEAR(border.max.x, c.x1, 1e-6) << c.what;
+    EXPECT_TRUE(border.contains(attributeAt)) << c.what;  // the attribute went with its block
   }
 }
 
