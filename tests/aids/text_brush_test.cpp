@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "../support/tvplot_test.h"
+#include "aids/text_brush.h"
 #include "aids_drawings.h"
 #include "cad/drawing_file.h"
 #include "drawing_diff.h"
@@ -13,6 +14,26 @@ namespace tv::aids {
 namespace {
 
 using namespace test_support;
+
+TEST(BrushContent, OneLineForPlainTargetsAndAnotherVendorsTextAsStored) {
+  const struct {
+    std::string text, raw, rich, plain;
+  } cases[] = {
+      {" 第一行\\P第二行 ", "", " 第一行\\P第二行 ", "第一行 第二行"},
+      // Another vendor's text: its group 1 as stored, line ends of every kind made blanks.
+      {"甲\\P乙", "甲\r\n乙\\n丙", "甲\r\n乙\\n丙", "甲 乙 丙"},
+  };
+  for (const auto& c : cases) {
+    const BrushContent content = MakeBrushContent(c.text, c.raw);
+    EXPECT_EQ(content.rich, c.rich);
+    EXPECT_EQ(content.plain, c.plain);
+  }
+  // A text ending in "\P" gets a second one: only its last single character is looked at.
+  EXPECT_EQ(JoinWithLineBreak("甲\\P", "乙"), "甲\\P\\P乙");
+  EXPECT_EQ(JoinWithLineBreak("甲\n", "乙"), "甲\n乙");
+  EXPECT_EQ(JoinWithBlank("甲 ", "乙"), "甲 乙");
+  EXPECT_EQ(JoinWithBlank("", "乙"), "乙");
+}
 
 class TextBrushTest : public TvplotTest {
  protected:
