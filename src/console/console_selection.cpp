@@ -11,6 +11,7 @@
 #include "console/text_match.h"
 #include "console/user_box_selection.h"
 #include "host/cad_binding.h"
+#include "host/input_state.h"
 
 namespace tv::console {
 
@@ -160,9 +161,20 @@ int ConsoleEditor::selectInteractively(const std::vector<std::string>& prompts, 
   const std::string prompt = prompts.empty() ? std::string("\n选择对象: ") : prompts.front();
   while (true) {
     auto reply = ask(prompt);
+    host::NoteSelectionInput(false, std::nullopt);
     if (!reply) return RTCAN;
-    if (TrimBlanks(*reply).empty()) return RTERROR;
-    const std::optional<SelectionAnswer> answer = ParseSelectionAnswer(*reply);
+    std::string_view typed = TrimBlanks(*reply);
+    // A key the input filter watches, typed alone, acts while the prompt stands.
+    if (typed.size() == 1 && host::RunSelectionKey(typed.front())) continue;
+    // "TAB" ahead of an answer: the Tab key was held as the selection ended.
+    const std::vector<std::string> words = SplitBlanks(typed);
+    const bool tabHeld = !words.empty() && AsciiUpper(words.front()) == "TAB";
+    if (tabHeld) typed = TrimBlanks(typed.substr(words.front().size()));
+    if (typed.empty()) {
+      host::NoteSelectionInput(tabHeld, std::nullopt);
+      return RTERROR;
+    }
+    const std::optional<SelectionAnswer> answer = ParseSelectionAnswer(typed);
     if (!answer) {
       print("\n无效的选择。");
       continue;
@@ -199,6 +211,9 @@ int ConsoleEditor::selectInteractively(const std::vector<std::string>& prompts, 
       AddMarkersInBox(db_, *space, answer->points[0], answer->points[1], ucs,
                       answer->kind == SelectionAnswer::Kind::Crossing, filter, found);
     if (!found.empty()) print("\n找到 " + std::to_string(found.size()) + " 个");
+    // The cursor rests where the answer's last point was picked.
+    const bool picked = answer->kind != SelectionAnswer::Kind::All && answer->kind != SelectionAnswer::Kind::Handles;
+    host::NoteSelectionInput(tabHeld, picked ? std::optional(answer->points.back()) : std::nullopt);
     return Finish(found, ids);
   }
 }

@@ -2,6 +2,11 @@
 
 #include <string>
 
+#include "aids/attribute_brush.h"
+#include "aids/frame_fit.h"
+#include "aids/outer_frame.h"
+#include "aids/text_brush.h"
+#include "aids/true_color.h"
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
@@ -69,15 +74,30 @@ void TV_BatchPlot_13() {
 }
 // The settings form leaves CMDECHO alone and has no gate, as the help and the other set-up commands.
 void TV_BatchPlot_14() { settings::SettingCommand(); }
-void TV_BatchPlot_15() { Guarded(15); }
+void TV_BatchPlot_15() {
+  CommandScope scope;
+  aids::TextBrushCommand();
+}
 void TV_BatchPlot_16() {
   CommandScope scope;
   plot::OldPaperBatchCommand();
 }
-void TV_BatchPlot_17() { Guarded(17); }
-void TV_BatchPlot_18() { Guarded(18); }
-void TV_BatchPlot_19() { Guarded(19); }
-void TV_BatchPlot_20() { Guarded(20); }
+void TV_BatchPlot_17() {
+  CommandScope scope;
+  aids::OuterFrameCommand();
+}
+void TV_BatchPlot_18() {
+  CommandScope scope;
+  aids::FrameFitCommand();
+}
+void TV_BatchPlot_19() {
+  CommandScope scope;
+  aids::TrueColorCommand();
+}
+void TV_BatchPlot_20() {
+  CommandScope scope;
+  aids::AttributeBrushCommand();
+}
 
 // Gets a plotted document of a multi-file run out of the way: closed without a save question.
 void singledwg_plot() {
