@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds and runs the test suite, gives each fuzz target a short run (scripts/fuzz.sh), then runs
-# the suite again under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Builds and runs the test suite, gives each fuzz target a short run (scripts/fuzz.sh), then builds
+# the suite in the fuzzers' tree and runs it again under AddressSanitizer and
+# UndefinedBehaviorSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -12,8 +13,8 @@ if [ "${TV_SKIP_FUZZ:-0}" != 1 ]; then
   bash scripts/fuzz.sh
 fi
 if [ "${TV_SKIP_SANITIZERS:-0}" != 1 ]; then
-  cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON -DTV_BUILD_BENCH=OFF >/dev/null
-  cmake --build build-asan -j"$jobs"
+  bash scripts/san_tree.sh
+  cmake --build build-san -j"$jobs"
   ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" \
-    ctest --test-dir build-asan --output-on-failure -j"$jobs"
+    ctest --test-dir build-san --output-on-failure -j"$jobs"
 fi
