@@ -89,20 +89,6 @@ TEST(PlotStyleTableText, LineweightNumbersKeepTheShiftBetweenTheHalvesOfTheList)
   EXPECT_EQ(choices[11], "0.50 mm");
 }
 
-TEST(PlotStyleTableText, NamesAndKinds) {
-  EXPECT_EQ(PlotStyleTableName(1), "黑白.ctb");
-  EXPECT_EQ(PlotStyleTableName(2), "彩色.ctb");
-  EXPECT_EQ(PlotStyleTableName(3), "蓝白.ctb");
-  EXPECT_EQ(PlotStyleTableName(4), "");
-  EXPECT_EQ(PlotStyleTableKind("蓝白.ctb"), 3);
-  EXPECT_EQ(PlotStyleTableKind("acad.ctb"), 0);
-  settings::Config config;
-  EXPECT_EQ(StoredLineweightChoice(config, 1), &config.ctb_colour_a);
-  EXPECT_EQ(StoredLineweightChoice(config, 2), &config.ctb_colour_b);
-  EXPECT_EQ(StoredLineweightChoice(config, 3), &config.ctb_colour_c);
-  EXPECT_EQ(StoredLineweightChoice(config, 0), nullptr);
-}
-
 // ---- the tables in the host's folders -------------------------------------------------------------------
 
 class PlotStyleFolderTest : public PlotterFolderTest {
