@@ -173,19 +173,6 @@ TEST(JsonOutput, QuotesAnyBytesIntoValidJsonAndWritesNumbersShortest) {
   }
 }
 
-TEST(JsonOutput, KeepsChosenContainersOnOneLine) {
-  Json doc;
-  doc["empty"] = Json::object();
-  doc["point"] = Json::array({2.5, nullptr, true});
-  doc["rows"] = Json::array({Json{{"k", 1}}, Json::array()});
-  doc["s"] = "x";
-  const std::string text = Printed(doc, {.inlineKeys = {"point"}, .inlineItemsOf = {"rows"}});
-  EXPECT_EQ(text,
-            "{\n  \"empty\": {},\n  \"point\": [2.5, null, true],\n  \"rows\": [\n    {\"k\": 1},\n    []\n  ],\n"
-            "  \"s\": \"x\"\n}\n");
-  EXPECT_TRUE(IsValidJson(text)) << text;
-}
-
 TEST(DrawingSummary, SummarisesAnonymousBlocksAndLimitsDictionaries) {
   cad::Database db = samples::BuildSampleDrawing();
   // A dictionary that holds itself must not send the walk round in circles.

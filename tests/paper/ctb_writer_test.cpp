@@ -89,20 +89,6 @@ TEST(PlotStyleTableText, LineweightNumbersKeepTheShiftBetweenTheHalvesOfTheList)
   EXPECT_EQ(choices[11], "0.50 mm");
 }
 
-TEST(PlotStyleTableText, NamesAndKinds) {
-  EXPECT_EQ(PlotStyleTableName(1), "黑白.ctb");
-  EXPECT_EQ(PlotStyleTableName(2), "彩色.ctb");
-  EXPECT_EQ(PlotStyleTableName(3), "蓝白.ctb");
-  EXPECT_EQ(PlotStyleTableName(4), "");
-  EXPECT_EQ(PlotStyleTableKind("蓝白.ctb"), 3);
-  EXPECT_EQ(PlotStyleTableKind("acad.ctb"), 0);
-  settings::Config config;
-  EXPECT_EQ(StoredLineweightChoice(config, 1), &config.ctb_colour_a);
-  EXPECT_EQ(StoredLineweightChoice(config, 2), &config.ctb_colour_b);
-  EXPECT_EQ(StoredLineweightChoice(config, 3), &config.ctb_colour_c);
-  EXPECT_EQ(StoredLineweightChoice(config, 0), nullptr);
-}
-
 // ---- the tables in the host's folders -------------------------------------------------------------------
 
 class PlotStyleFolderTest : public PlotterFolderTest {
@@ -247,8 +233,6 @@ TEST_F(PlotStyleFolderTest, FormOpensOnTheStoredChoice) {
   settings::GlobalConfig().ctb_colour_c = 9;
   Dlg_LineWeight form(kBlueWhiteTable);
   EXPECT_EQ(form.selected, 9);
-  EXPECT_EQ(form.title(), "修改<蓝白.ctb>的打印线宽");
-  EXPECT_EQ(Dlg_LineWeight::items().size(), 12u);
   settings::GlobalConfig().ctb_colour_c = 40;  // out of the list: the objects' lineweights
   EXPECT_EQ(Dlg_LineWeight(kBlueWhiteTable).selected, 6);
 }

@@ -48,24 +48,13 @@ TEST_F(LayoutPlotSettingTest, OwnTablesLeadTheStyleListInTheirOrder) {
   EXPECT_EQ(named.styleList, (Strings{"acad.stb"}));
 }
 
-TEST_F(LayoutPlotSettingTest, StyleNameAtFallsToTheFirstAndToAcadCtb) {
-  LayoutPlotSetting empty;
-  EXPECT_TRUE(empty.styleList.empty());
-  EXPECT_EQ(empty.StyleNameAt(0), "acad.ctb");
-  EXPECT_EQ(empty.StyleNameAt(-1), "acad.ctb");
-
-  touch(styleFolder() + "/彩色.ctb");
-  touch(styleFolder() + "/黑白.ctb");
-  LayoutPlotSetting setting;
-  EXPECT_EQ(setting.StyleNameAt(1), "彩色.ctb");
-  EXPECT_EQ(setting.StyleNameAt(2), "黑白.ctb");
-  EXPECT_EQ(setting.StyleNameAt(-1), "黑白.ctb");
-}
-
+// A place past the list gives the default table, -1 the last one.
 TEST_F(LayoutPlotSettingTest, SetPlotStyleMakesTheTableCurrentOrGivesTheDefault) {
+  EXPECT_EQ(LayoutPlotSetting().StyleNameAt(0), "acad.ctb");
   touch(styleFolder() + "/黑白.ctb");
   touch(styleFolder() + "/彩色.ctb");
   LayoutPlotSetting setting;
+  EXPECT_EQ(setting.StyleNameAt(-1), "黑白.ctb");
   EXPECT_EQ(setting.SetPlotStyle(1), "彩色.ctb");
   EXPECT_EQ(plot().styleSheet, "彩色.ctb");
   EXPECT_EQ(setting.styleName, "彩色.ctb");
@@ -154,13 +143,6 @@ TEST_F(LayoutPlotSettingTest, PaperGoesOnTheMediumOfItsOrientation) {
   // Unknown to the device both ways: the previous medium stays.
   setting.SetPaper("TV_A0", false);
   EXPECT_EQ(plot().paperSize, "P_(500.00_x_500.00_MM)");
-}
-
-TEST_F(LayoutPlotSettingTest, RotationIsAlwaysNone) {
-  host::LayoutPlotSettings::Current().setPlotRotation(1);
-  LayoutPlotSetting setting;
-  setting.SetRotation(true);
-  EXPECT_EQ(plot().rotation, 0);
 }
 
 // ---- the window -------------------------------------------------------------------------------------------

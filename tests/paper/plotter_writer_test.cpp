@@ -230,14 +230,6 @@ TEST(PlotterMedia, MediaOfEachPaperAndMargin) {
     const std::string text = PmpText(papers, o, "p", "d");
     EXPECT_EQ(HasLine(text, "1{"), media.size() > 1);
   }
-  const std::string shrunk = [] {
-    PlotterOptions o = Options(0);
-    o.margin = -5;
-    return PmpText(Papers({{420, 297}}), o, "p", "d");
-  }();
-  EXPECT_TRUE(HasLine(shrunk, "printable_bounds_llx=5.0"));
-  EXPECT_TRUE(HasLine(shrunk, "printable_bounds_urx=415.0"));
-  EXPECT_TRUE(HasLine(shrunk, "printable_area=117670.0"));
 }
 
 TEST(PlotterMedia, MarginLargerThanThePaperIsDroppedInBothOrientations) {

@@ -7,7 +7,6 @@
 #include "host/text_files.h"
 #include "settings/checked_write.h"
 #include "settings/field_table.h"
-#include "settings/resolution.h"
 #include "settings_fixture.h"
 #include "titleblock/tk_library.h"
 
@@ -360,15 +359,6 @@ TEST_F(ConfigFileTest, FirstRunBringsOldSettingsToCurrentDefaults) {
   c.vector_dpi_step = 20;  // lower: raised
   RunFirstRunSteps();
   EXPECT_EQ(c.vector_dpi_step, 43);
-}
-
-TEST(ResolutionSteps, TheTableAndItsBoundaries) {
-  const std::pair<int, int> table[] = {{-5, 300},  {0, 300},   {1, 310},   {20, 500},  {21, 520},  {35, 800},
-                                       {36, 850},  {43, 1200}, {71, 2600}, {72, 2700}, {93, 4800}, {94, 4800},
-                                       {10, 400},  {500, 4800}};
-  for (const auto& [step, dpi] : table) EXPECT_EQ(ResolutionDpi(step), dpi) << step;
-  EXPECT_EQ(ImageScaleLabel(0), "放大系数1.0");  // the other labels are checked on the settings form
-  EXPECT_DOUBLE_EQ(ImageScaleFactor(5), 1.5);
 }
 
 }  // namespace

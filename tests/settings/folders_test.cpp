@@ -1,5 +1,5 @@
 // The folders computed at load: the host's version and plotter folders with their warnings, the
-// proof by writing that picks the working folder, file lists and the dialog wrappers.
+// proof by writing that picks the working folder, and file lists.
 #include "settings/folders.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -193,20 +192,10 @@ TEST_F(FolderFilesTest, MissingRootsAndBlockedTestFilesFail) {
 class FakeHost final : public test_support::FakeEditor {
  public:
   std::vector<std::pair<std::string, std::string>> boxes;  // caption, text
-  std::optional<std::string> dialogAnswer;
-  std::string dialogInitial;
 
   host::MessageAnswer messageBox(std::string_view text, std::string_view caption, host::MessageButtons) override {
     boxes.emplace_back(std::string(caption), std::string(text));
     return host::MessageAnswer::Ok;
-  }
-  std::optional<std::string> askOpenPath(std::string_view, std::string_view) override { return dialogAnswer; }
-  std::optional<std::string> askSavePath(std::string_view, std::string_view, std::string_view) override {
-    return dialogAnswer;
-  }
-  std::optional<std::string> askFolder(std::string_view, std::string_view initial) override {
-    dialogInitial = initial;
-    return dialogAnswer;
   }
 };
 
@@ -350,29 +339,6 @@ TEST_F(ComputeFoldersTest, DataFolderIsTheLastRootAndDocumentsTheFallback) {
   ComputeFolders();
   EXPECT_EQ(WorkRootIndex(), 3);
   EXPECT_EQ(TempFolder(), Path("docs") + "/Tarvex_Temp");
-}
-
-// ---- dialogs -----------------------------------------------------------------------------------------------
-
-TEST(FolderDialogs, AnswersFillThePathAndCancelLeavesIt) {
-  FakeHost host;
-  std::string path = "/before";
-  EXPECT_FALSE(AskOpenPath("打开", "tk", path));
-  EXPECT_FALSE(AskSavePath("保存", "a.tk", "tk", path));
-  EXPECT_FALSE(AskFolder("文件夹", path));
-  EXPECT_EQ(path, "/before");
-  EXPECT_EQ(host.dialogInitial, "/before");
-
-  host.dialogAnswer = "/chosen";
-  EXPECT_TRUE(AskOpenPath("打开", "tk", path));
-  EXPECT_EQ(path, "/chosen");
-  path = "/start";
-  EXPECT_TRUE(AskFolder("文件夹", path));
-  EXPECT_EQ(host.dialogInitial, "/start");
-  EXPECT_EQ(path, "/chosen");
-  path.clear();
-  EXPECT_TRUE(AskSavePath("保存", "a.tk", "tk", path));
-  EXPECT_EQ(path, "/chosen");
 }
 
 }  // namespace

@@ -52,19 +52,6 @@ TEST(PlotSettingRecord, DefaultsAndTheCopyThatForgetsSessionValues) {
   EXPECT_EQ(copy, source);
 }
 
-TEST(PlotSettingStream, EveryFieldSurvivesButTheSessionScale) {
-  const PlotSettingRec rec = Distinct();
-  ValueWriter writer;
-  WritePlotSetting(rec, writer);
-  EXPECT_TRUE(writer.text().starts_with("20240329\n"));
-  const PlotSettingRec back = ReadStream(writer.text());
-  EXPECT_EQ(back.auto_scale, 0);  // set in a form, stored, but never brought back
-  PlotSettingRec expected = rec;
-  expected.auto_scale = 0;
-  EXPECT_EQ(back, expected);
-  EXPECT_EQ(back.stamp_register_name, "图 20 x");
-}
-
 TEST(PlotSettingStream, MarginOutsideItsRangeReadsAsZero) {
   PlotSettingRec rec;
   for (const auto& [margin, expected] : {std::pair{101, 0}, {-101, 0}, {100, 100}, {-100, -100}}) {
@@ -147,23 +134,6 @@ TEST_F(DwgPlotSettingTest, TheRecordTravelsInTheDrawing) {
   expectedDefault.auto_scale = 0;
   expectedDefault.stamp_authorised = 0;
   EXPECT_EQ(GlobalConfig().plot_setting, expectedDefault);
-}
-
-TEST_F(DwgPlotSettingTest, SavingTwiceLeavesOneRecord) {
-  PlotSettingRec rec;
-  rec.format = kFormatPng;
-  SaveDwgPlotSetting(rec);
-  rec.format = kFormatDwf;
-  SaveDwgPlotSetting(rec);
-  ASSERT_NE(settingDictionary(), nullptr);
-  ASSERT_EQ(settingDictionary()->entries.size(), 1u);
-  EXPECT_EQ(settingDictionary()->entries[0].first, "DWG_PLOT_SETTING");
-  int dictionaries = 0;
-  for (const auto& entry : db.rootDictionary()->entries) dictionaries += entry.first == "DWG_PLOT_SETTING";
-  EXPECT_EQ(dictionaries, 1);
-  PlotSettingRec back;
-  LoadDwgPlotSetting(back);
-  EXPECT_EQ(back.format, kFormatDwf);
 }
 
 TEST_F(DwgPlotSettingTest, WithoutARecordTheUsersLastSettingsApply) {
