@@ -33,7 +33,9 @@ TEST(TkFormsTest, PaperSidesTypedOnOneLine) {
   for (const Case& c : cases) {
     const auto sides = ParsePaperSides(c.typed);
     ASSERT_EQ(sides.has_value(), c.read) << c.typed;
-    if (sides) EXPECT_EQ(*sides, (std::pair{c.a, c.b})) << c.typed;
+    if (sides) {
+      EXPECT_EQ(*sides, (std::pair{c.a, c.b})) << c.typed;
+    }
   }
   // A standard paper still offers the custom paper form, as the eleventh row.
   int preselected = -1;
