@@ -264,7 +264,8 @@ void DefineTk(CLI::App& app) {
            "用法：tvplot tk list [--json]\n"
            "      tvplot tk export 文件.tk\n"
            "      tvplot tk import 文件.tk [--keep | --replace]\n"
-           "      tvplot tk define 图纸 --block 图块名 --area 图号 X1,Y1 X2,Y2 … [--rule A_C] [--replace]\n"
+           "      tvplot tk define 图纸 --block 图块名 --area 图号 X1,Y1 X2,Y2 … [--rule A_C] [--paper 长x宽]\n"
+           "                       [--digits N] [--replace]\n"
            "  管理用户的图框信息库（数据文件夹中的 BPlot_TK.tk）。\n"
            "  list          列出图框定义（图块名、纸张、旋转角度、比例、命名规则、排序优先级别、\n"
            "                动态图框、已录入的范围）和文件命名设置\n"
@@ -282,6 +283,8 @@ void DefineTk(CLI::App& app) {
            "define：一个范围，名称为 图号、版次、图名、日期、信息1、信息2（或 A 至 F）、注册章、出图章、\n"
            "项目章、竣工章、打印范围，其后两个角点 X1,Y1 X2,Y2 为图块自身坐标；可多次给出");
   AddValue(app, "--rule", "规则", "define：文件命名规则（缺省为上次使用的规则）");
+  AddValue(app, "--paper", "长x宽", "define：自定义纸张，两边的毫米数，如 841x594（缺省由图框大小定出）");
+  AddValue(app, "--digits", "N", "define：序号位数，1 至 9（缺省 2）");
   AddFlag(app, "--json", "以一个 JSON 对象输出");
 }
 

@@ -48,6 +48,8 @@ std::string_view ControlLabel(ListControl control) {
     case ListControl::DrawIndex: return "绘制目录";
     case ListControl::PaperStatistics: return "纸张统计";
     case ListControl::Background: return "背景色";
+    case ListControl::SerialNaming: return "文件名前面插入序号";
+    case ListControl::Renumber: return "图号重编";
   }
   return {};
 }
@@ -76,7 +78,9 @@ std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format) {
              {SortType, !titleBlock},
              {FileList, titleBlock},
              {DrawIndex, titleBlock},
-             {PaperStatistics, !dwg}};
+             {PaperStatistics, !dwg},
+             {SerialNaming, titleBlock},
+             {Renumber, titleBlock}};
   std::vector<ListControl> out;
   for (const auto& c : all)
     if (c.shown) out.push_back(c.control);
@@ -141,6 +145,7 @@ std::string ControlValueText(ListControl control, const ControlValues& v) {
     case ListControl::SortType:
       return v.sortStyle >= 1 && v.sortStyle <= 9 ? std::to_string(v.sortStyle) + " " + SortTypeItems()[v.sortStyle - 1]
                                                   : "";
+    case ListControl::SerialNaming: return v.serialNaming;
     case ListControl::Background:
       return std::to_string(v.red) + "," + std::to_string(v.green) + "," + std::to_string(v.blue);
     default: return {};

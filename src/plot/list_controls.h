@@ -28,6 +28,8 @@ enum class ListControl {
   DrawIndex,    // "绘制目录": the index drawn into the drawing, title-block list
   PaperStatistics,  // "纸张统计": a menu of five base sizes; not for DWG
   Background,   // "背景色", JPG, PNG and DWF
+  SerialNaming, // "文件名前面插入序号", title-block list
+  Renumber,     // "图号重编", title-block list
 };
 
 std::string_view ControlLabel(ListControl control);
@@ -65,6 +67,7 @@ struct ControlValues {
   bool asBlock = true;
   std::int32_t sortStyle = 1;
   std::int32_t red = 255, green = 255, blue = 255;
+  std::string serialNaming;
 };
 std::string ControlValueText(ListControl control, const ControlValues& values);
 

@@ -15,6 +15,7 @@
 #include "plot/list_row_edits.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/title_numbering.h"
 #include "plot/title_review.h"
 #include "reports/list_reports.h"
 #include "settings/config.h"
@@ -128,6 +129,7 @@ class ReviewSession {
     v.red = s.back_red;
     v.green = s.back_green;
     v.blue = s.back_blue;
+    if (rows_.titleBlock()) v.serialNaming = SerialNamingText();
     const std::vector<ListControl> controls = ControlsInPlay(rows_.titleBlock(), s.format);
     if (std::find(controls.begin(), controls.end(), ListControl::Style) != controls.end()) v.style = StyleName();
     std::string text = "\n选项：";
@@ -270,6 +272,8 @@ class ReviewSession {
       case ListControl::Index: rows_.makeIndex(); return false;
       case ListControl::FileList: rows_.makeFileList(); return false;
       case ListControl::DrawIndex: rows_.drawIndex(); return false;
+      case ListControl::SerialNaming: return rows_.serialNaming(typed);
+      case ListControl::Renumber: return rows_.renumber(typed);
       case ListControl::PaperStatistics: {
         int chosen = 0;
         if (typed.empty()) {

@@ -58,6 +58,10 @@ class ListRows {
   // "文件清单" and "绘制目录" of the title-block list.
   virtual void makeFileList() {}
   virtual void drawIndex() {}
+  // "文件名前面插入序号" and "图号重编" (`typed` the rows, all when empty) of the title-block list;
+  // true when the rows changed.
+  virtual bool serialNaming(const std::string& typed) { (void)typed; return false; }
+  virtual bool renumber(const std::string& typed) { (void)typed; return false; }
   // "纸张统计": the rows' papers converted into the base, 1 A4 to 5 A0.
   virtual void paperStatistics(std::int32_t base) = 0;
   // The OK: the checks and, when they pass, the run started. False leaves the list open.

@@ -2,11 +2,14 @@
 #include <algorithm>
 #include <map>
 
+#include "host/editor.h"
 #include "paper/scale_fitting.h"
 #include "plot/plot_job.h"
 #include "plot/review_forms.h"
 #include "plot/review_list.h"
+#include "plot/list_command.h"
 #include "plot/row_preview.h"
+#include "plot/title_numbering.h"
 #include "plot/title_review.h"
 #include "recognition/sheet_geometry.h"
 #include "reports/drawn_index.h"
@@ -118,6 +121,25 @@ class TitleRows final : public ListRows {
   void makeIndex() override { reports::MakeIndexFromList(f_); }
   void makeFileList() override { reports::MakeFileListFromList(f_); }
   void drawIndex() override { reports::DrawIndexFromList(f_); }
+  bool serialNaming(const std::string& typed) override { return EditSerialNaming(typed); }
+  bool renumber(const std::string& typed) override {
+    std::vector<std::size_t> rows;
+    if (typed.empty()) {
+      for (std::size_t i = 0; i < f_.rows.size(); ++i) rows.push_back(i);
+    } else {
+      std::string error;
+      rows = ParseRows(typed, f_.rows.size(), error);
+      if (rows.empty()) {
+        host::Print("\n" + error);
+        return false;
+      }
+    }
+    const std::optional<titleblock::Dlg_TuHao> numbers = AskRenumbering(rows.size());
+    if (!numbers) return false;
+    RenumberRows(f_, rows, *numbers);
+    refreshNamesAndNotes();
+    return true;
+  }
   void paperStatistics(std::int32_t base) override {
     reports::MakePaperStatisticsFromList(f_, static_cast<reports::BaseSize>(base));
   }

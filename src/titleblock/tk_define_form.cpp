@@ -271,7 +271,7 @@ bool Dlg_TK_Define::runIndexPage() {
   showIndexPage();
   while (true) {
     std::string answer;
-    const int rc = editor.getString("\n选择字符获取参数(T)/增加列(A)/删除列(D)/行高(H)/列宽(W)/边框线(F)/返回(R) <返回>: ", answer);
+    const int rc = editor.getString("\n选择字符获取参数(T)/增加列(A)/删除列(D)/行高(H)/列宽(W)/绘制目录内容边框线(F)/返回(R) <返回>: ", answer);
     const std::string k = rc == host::RTNORM ? (answer.empty() ? "R" : Letter(answer)) : "R";
     if (k == "R") {
       std::string message;
@@ -381,7 +381,7 @@ bool Dlg_TK_Define::run() {
   host::Editor& editor = host::CurrentEditor();
   showList();
   const std::string prompt =
-      "\n录入新图框(A)/删除(D)/纸张(Z)/排序级别(S)/命名规则(N)/按列排序(L)/目录生成配置(M)/其它(Q)/导入设置(I)/"
+      "\n录入新图框(A)/删除(D)/纸张(Z)/排序级别(S)/命名规则(N)/序号位数(W)/按列排序(L)/目录生成配置(M)/其它(Q)/导入设置(I)/"
       "导出设置(E)/确定(O)/取消(C) <确定>: ";
   while (true) {
     std::string answer;
@@ -395,13 +395,14 @@ bool Dlg_TK_Define::run() {
     if (k == "C") return false;
     if (k == "A") {
       AddDefinition(library_);
-    } else if ((k == "D" || k == "Z" || k == "S" || k == "N") && count > 0) {
+    } else if ((k == "D" || k == "Z" || k == "S" || k == "N" || k == "W") && count > 0) {
       const auto row = AskRow(count);
       if (!row) continue;
       TK_Customization& d = *library_.definitions[*row];
       if (k == "D") library_.definitions.erase(library_.definitions.begin() + static_cast<std::ptrdiff_t>(*row));
       else if (k == "Z") ChoosePaper(d);
       else if (k == "S") ChooseSortPriority(d);
+      else if (k == "W") ChooseSerialDigits(d);
       else EditNameRule(d, library_);
     } else if (k == "L") {
       std::vector<std::string> columns;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <sstream>
 
 #include "host/editor.h"
 #include "host/wrappers.h"
@@ -44,22 +46,44 @@ std::string LettersOf(std::string rule) {
   return rule;
 }
 
-bool AskCustomPaper(paper::MyPaper& result) {
+std::string SidesText(double a, double b) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%gx%g", a, b);
+  return text;
+}
+
+// "自定义纸张" with the two sides as its fields on one line, opened on the definition's paper.
+// A refused size says why and asks again, as the form keeps focus on the field.
+bool AskCustomPaper(const paper::MyPaper& current, paper::MyPaper& result) {
   host::Editor& editor = host::CurrentEditor();
   paper::Dlg_New_Paper form;
-  if (editor.getReal("\n" + std::string(paper::Dlg_New_Paper::kTitle) + " 长度 (mm): ", form.length) != host::RTNORM ||
-      editor.getReal("\n宽度 (mm): ", form.width) != host::RTNORM)
-    return false;
-  std::string message;
-  paper::Dlg_New_Paper::Field focus;
-  const bool accepted = form.Accept(
-      [&](std::string_view question) {
-        return editor.messageBox(question, kCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes;
-      },
-      message, focus);
-  if (!accepted) {
+  form.length = current.length;
+  form.width = current.width;
+  while (true) {
+    std::string typed;
+    if (editor.getString("\n" + std::string(paper::Dlg_New_Paper::kTitle) + " " +
+                             std::string(paper::Dlg_New_Paper::kSizeLabel) + " <" + SidesText(form.length, form.width) +
+                             ">: ",
+                         typed) != host::RTNORM)
+      return false;
+    if (!typed.empty()) {
+      const std::optional<std::pair<double, double>> sides = ParsePaperSides(typed);
+      if (!sides) {
+        editor.print("\n应输入两个数，如 841x594。");
+        continue;
+      }
+      form.length = sides->first;
+      form.width = sides->second;
+    }
+    std::string message;
+    paper::Dlg_New_Paper::Field focus;
+    const bool accepted = form.Accept(
+        [&](std::string_view question) {
+          return editor.messageBox(question, kCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes;
+        },
+        message, focus);
+    if (accepted) break;
     if (!message.empty()) editor.messageBox(message, kCaption, host::MessageButtons::Ok);
-    return false;
   }
   result.length = std::max(form.customLength, form.customWidth);
   result.width = std::min(form.customLength, form.customWidth);
@@ -103,8 +127,23 @@ std::vector<std::string> PaperChoiceRows(const paper::MyPaper& paper, int& prese
   if (preselected < 0) {
     rows.push_back(paper::PaperDisplayName(paper, false, false));
     preselected = 10;
+  } else {
+    rows.emplace_back(paper::Dlg_New_Paper::kTitle);
   }
   return rows;
+}
+
+std::optional<std::pair<double, double>> ParsePaperSides(std::string_view text) {
+  std::string t(text);
+  // Every separator becomes a blank; then exactly two numbers must remain.
+  for (std::string_view times : {"×", "x", "X", "*", ",", "，"})
+    for (std::size_t at = t.find(times); at != std::string::npos; at = t.find(times, at)) t.replace(at, times.size(), " ");
+  std::istringstream in(t);
+  double a = 0, b = 0;
+  std::string rest;
+  if (!(in >> a >> b) || (in >> rest)) return std::nullopt;
+  if (!std::isfinite(a) || !std::isfinite(b)) return std::nullopt;
+  return std::pair{a, b};
 }
 
 bool PaperOfChoice(const TK_Customization& d, int row, paper::MyPaper& result) {
@@ -123,7 +162,7 @@ bool ChoosePaper(TK_Customization& d) {
   const std::optional<int> row = host::CurrentEditor().chooseItem("选  择  纸  张", rows, preselected);
   if (!row) return false;
   paper::MyPaper chosen;
-  if (PaperOfChoice(d, *row, chosen) || (*row >= 10 && AskCustomPaper(chosen))) {
+  if (PaperOfChoice(d, *row, chosen) || (*row >= 10 && AskCustomPaper(d.paper, chosen))) {
     d.paper = chosen;
     return true;
   }
@@ -137,6 +176,16 @@ bool ChooseSortPriority(TK_Customization& d) {
       host::CurrentEditor().chooseItem("排序优先级别", items, std::clamp(d.sort_priority, 0, 8));
   if (!row || *row < 0 || *row > 8) return false;
   d.sort_priority = *row;
+  return true;
+}
+
+bool ChooseSerialDigits(TK_Customization& d) {
+  std::vector<std::string> items;
+  for (int i = 1; i <= 9; ++i) items.push_back(std::to_string(i));
+  const std::optional<int> row =
+      host::CurrentEditor().chooseItem("序号位数", items, std::clamp(d.serial_digits - 1, 0, 8));
+  if (!row || *row < 0 || *row > 8) return false;
+  d.serial_digits = *row + 1;
   return true;
 }
 
@@ -275,6 +324,7 @@ void Dlg_TK_Set::show() const {
   text += "\n对应纸张：" + paper::PaperDisplayName(definition_.paper, true, false);
   text += "\n文件命名规则：" + ruleLabel();
   text += "\n排序优先级别：" + std::to_string(definition_.sort_priority + 1);
+  text += "\n序号位数：" + std::to_string(definition_.serial_digits);
   for (int slot = 1; slot <= 10; ++slot) {
     text += "\n  " + std::to_string(slot) + " " + buttonText(slot);
     if (marked(slot) && !IsAreaSet(SetSlotArea(definition_, slot))) text += "  ← 命名规则需要";
@@ -286,8 +336,9 @@ void Dlg_TK_Set::show() const {
 bool Dlg_TK_Set::run() {
   host::Editor& editor = host::CurrentEditor();
   show();
-  std::string keywords = "\n范围编号(1-11)/纸张(Z)/命名规则(N)/排序级别(S)";
-  if (canCopy()) keywords += "/复制(Y)";
+  // The buttons of the form by their own texts.
+  std::string keywords = "\n范围编号(1-11)/选择对应纸张(Z)/定义文件命名规则(N)/序号位数(W)/排序优先级别(S)";
+  if (canCopy()) keywords += "/从已录图框复制信息(Y)";
   const std::string prompt = keywords + "/确定(O)/取消(C) <确定>: ";
   while (true) {
     std::string answer;
@@ -309,6 +360,8 @@ bool Dlg_TK_Set::run() {
       if (ChoosePaper(definition_)) paperByHand = true;
     } else if (k == 'N') {
       EditNameRule(definition_, library_);
+    } else if (k == 'W') {
+      ChooseSerialDigits(definition_);
     } else if (k == 'S') {
       ChooseSortPriority(definition_);
     } else if (k == 'Y' && canCopy()) {

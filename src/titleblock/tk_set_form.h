@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/object_id.h"
@@ -22,9 +23,13 @@ const Extents3d& SetSlotArea(const TK_Customization& definition, int slot);
 // "图号(A)" … "竣工章位置": the name of a field or stamp slot (1 to 10).
 std::string_view SetSlotName(int slot);
 
-// The papers of the choice "选  择  纸  张": A4 to A0, then the same lengthened; a paper that is
-// none of them is an eleventh row. `preselected` is the row the definition's paper stands on.
+// The papers of the choice "选  择  纸  张": A4 to A0, then the same lengthened, and an eleventh
+// row for a custom paper: a paper that is none of them stands there under its own name, else the
+// row reads "自定义纸张". `preselected` is the row the definition's paper stands on.
 std::vector<std::string> PaperChoiceRows(const paper::MyPaper& paper, int& preselected);
+// The two sides of a custom paper typed on one line, "841x594" (also "841 594", "841,594",
+// "841*594", "841×594"); nullopt unless both are numbers.
+std::optional<std::pair<double, double>> ParsePaperSides(std::string_view text);
 // Row `row` of those for `definition`: the lengthened rows follow the print extents' proportion
 // (the frame's when none is set). False for a row that needs the custom paper form.
 bool PaperOfChoice(const TK_Customization& definition, int row, paper::MyPaper& result);
@@ -32,6 +37,8 @@ bool PaperOfChoice(const TK_Customization& definition, int row, paper::MyPaper& 
 bool ChoosePaper(TK_Customization& definition);
 // The list "排序优先级别" (1 to 9); true when chosen.
 bool ChooseSortPriority(TK_Customization& definition);
+// The list "序号位数" (1 to 9), on the definition's digits; true when chosen.
+bool ChooseSerialDigits(TK_Customization& definition);
 // The rule form with the definition's rule; true when a rule was stored.
 bool EditNameRule(TK_Customization& definition, TK_Library& library);
 

@@ -117,9 +117,9 @@ TEST(TkDefineFormTest, PaperChoicePreselectsTheRowOfThePaper) {
     std::size_t rows;
   };
   const Case cases[] = {
-      {{841, 594, true}, 3, 10},   // A1
-      {{297, 210, true}, 0, 10},   // A4
-      {{1051, 594, true}, 8, 10},  // A1 lengthened
+      {{841, 594, true}, 3, 11},   // A1; the eleventh row is the custom paper form
+      {{297, 210, true}, 0, 11},   // A4
+      {{1051, 594, true}, 8, 11},  // A1 lengthened
       {{733, 512, false}, 10, 11}, // neither: its own eleventh row
   };
   for (const Case& c : cases) {
