@@ -52,13 +52,6 @@ TEST(Database, HandlesStayUniqueWhateverTheFileSays) {
   EXPECT_GT(db.newHandle().value, c.id.value);
 }
 
-TEST(Database, NewHandlesStartAboveTheHandseed) {
-  Database db = Database::createDefault();
-  db.header.setHandle("$HANDSEED", ObjectId{0x9000});
-  EXPECT_GE(db.newHandle().value, 0x9000u);
-  EXPECT_GT(db.header.getHandle("$HANDSEED").value, 0x9000u);
-}
-
 TEST(Database, ErasedEntitiesVanishFromLookupAndPurge) {
   Database db = Database::createDefault();
   BlockRecord& ms = *db.modelSpace();
@@ -185,15 +178,6 @@ TEST(Database, CopiesOwnTheirRarelySetFields) {
   EXPECT_EQ(poly.endWidthAt(1), 4);
   EXPECT_EQ(p->endWidthAt(1), 7);
   EXPECT_EQ(p->elevation(), 5);
-}
-
-TEST(Database, VersionNames) {
-  EXPECT_EQ(DxfVersionOf("AC1009"), DxfVersion::R12);
-  EXPECT_EQ(DxfVersionOf("AC1006"), DxfVersion::R12);
-  EXPECT_EQ(DxfVersionOf("AC1015"), DxfVersion::R2000);
-  EXPECT_EQ(DxfVersionOf("AC1033"), DxfVersion::R2018);
-  EXPECT_EQ(DxfVersionOf("garbage"), DxfVersion::R12);
-  EXPECT_EQ(AcadVerText(DxfVersion::R2013), "AC1027");
 }
 
 }  // namespace

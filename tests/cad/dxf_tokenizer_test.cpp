@@ -220,28 +220,6 @@ TEST(DxfTokenizerAscii, TypedValuesOfEveryKind) {
   }
 }
 
-TEST(DxfTokenizerAscii, PushBackReturnsTheSameGroupWithLiveViews) {
-  DxfTokenizer t = DxfTokenizer::fromBytes("0\nLINE\n8\nWalls\n0\nCIRCLE\n");
-  DxfGroup a, b;
-  t.pushBack();  // nothing read yet: no effect
-  ASSERT_TRUE(t.next(a));
-  EXPECT_EQ(a.text, "LINE");
-  ASSERT_TRUE(t.next(a));
-  t.pushBack();
-  t.pushBack();  // one level only
-  t.release();   // the pushed-back group survives a release
-  ASSERT_TRUE(t.next(b));
-  EXPECT_EQ(b.code, 8);
-  EXPECT_EQ(b.text, "Walls");
-  EXPECT_EQ(b.text.data(), a.text.data());
-  ASSERT_TRUE(t.next(b));
-  EXPECT_EQ(b.text, "CIRCLE");
-  EXPECT_FALSE(t.next(b));
-  t.pushBack();  // after the end: nothing to give back
-  EXPECT_FALSE(t.next(b));
-  EXPECT_EQ(t.error(), "");
-}
-
 std::string ToHex(int v) {
   char buf[16];
   std::snprintf(buf, sizeof buf, "%X", v);
@@ -326,18 +304,6 @@ TEST(DxfTokenizerBuffers, TinyBuffersKeepEveryViewUntilRelease) {
   DxfTokenizer t(file.path(), 257);
   ReadStressDocument(t, kEntities);
   EXPECT_EQ(t.fileSize(), doc.size());
-}
-
-TEST(DxfTokenizerBuffers, ValueLongerThanTheBuffer) {
-  const std::string big(100000, 'q');
-  DxfTokenizer t = DxfTokenizer::fromBytes("1\n" + big + "\n1\nshort\n", 64);
-  DxfGroup a, b;
-  ASSERT_TRUE(t.next(a));
-  ASSERT_TRUE(t.next(b));
-  EXPECT_EQ(a.text, big);  // still valid: no release in between
-  EXPECT_EQ(b.text, "short");
-  EXPECT_FALSE(t.next(b));
-  EXPECT_EQ(t.error(), "");
 }
 
 // Both flavours, read whole and through a tiny buffer, from memory and from a file.
@@ -440,19 +406,6 @@ TEST(DxfTokenizerErrors, EmptyMissingAndDirectory) {
   DxfTokenizer d(dir);
   EXPECT_FALSE(d.next(g));
   EXPECT_EQ(d.error(), "不是文件：" + dir);
-}
-
-TEST(DxfTokenizerFile, MovedTokenizerKeepsReading) {
-  TempFile file("0\nSECTION\n2\nHEADER\n0\nENDSEC\n0\nEOF\n");
-  DxfTokenizer a(file.path());
-  DxfGroup g;
-  ASSERT_TRUE(a.next(g));
-  DxfTokenizer b = std::move(a);
-  EXPECT_EQ(g.text, "SECTION");  // the view survives the move
-  ASSERT_TRUE(b.next(g));
-  EXPECT_EQ(g.text, "HEADER");
-  EXPECT_EQ(ReadAll(b).size(), 2u);
-  EXPECT_EQ(b.error(), "");
 }
 
 struct Digest {

@@ -14,6 +14,7 @@
 #include "../support/corpus.h"
 #include "../support/entity_builders.h"
 #include "../support/run_program.h"
+#include "../support/shape_builders.h"
 #include "cad/dxf_reader.h"
 
 namespace tv::cad {
@@ -165,32 +166,20 @@ TEST(DxfWriter, BuiltDrawingReadsBackWithEverythingItHolds) {
   xref.blockFlags = BlockRecord::kXref;
   xref.xrefPath = "..\\plans\\plan.dxf";
 
-  auto doorInsert = std::make_unique<Insert>();
-  doorInsert->block = door.id;
+  auto doorInsert = test_support::MakeInsert(door, {});
   for (const char* value : {"D1", "防火门"}) {
-    auto a = std::make_unique<Attrib>();
-    a->tag = value[0] == 'D' ? "NO" : "TYPE";
-    a->text = value;
-    doorInsert->attribs.push_back(std::move(a));
+    doorInsert->attribs.push_back(test_support::MakeAtt<Attrib>(value, {}, 0));
+    doorInsert->attribs.back()->tag = value[0] == 'D' ? "NO" : "TYPE";
   }
   db.append(model, std::move(doorInsert));
-  auto clippedInsert = std::make_unique<Insert>();
-  clippedInsert->block = anonymous.id;
-  Insert& clipped = db.append(model, std::move(clippedInsert));
-  Dictionary& filters = db.ensureDictionary(db.ensureExtensionDictionary(clipped), "ACAD_FILTER");
-  auto filter = std::make_unique<SpatialFilter>();
-  filter->boundary = {{0, 0}, {10, 5}};
-  filter->displayBoundary = true;
-  filter->clipTransform = Matrix3d::translation({1, 2, 0});
-  SpatialFilter& clip = db.addObject(std::move(filter), filters.id);
-  filters.set("SPATIAL", clip.id);
+  Insert& clipped = db.append(model, test_support::MakeInsert(anonymous, {}));
+  SpatialFilter& clip = test_support::AddSpatialClip(db, clipped, {{0, 0}, {10, 5}});
+  clip.displayBoundary = true;
+  clip.clipTransform = Matrix3d::translation({1, 2, 0});
 
-  auto text = std::make_unique<Text>();
-  text->text = "中文文字 ABC";
-  text->style = fangSong.id;
-  text->layer = wall.id;
-  text->height = 3.5;
-  db.append(model, std::move(text));
+  Text& text = db.append(model, test_support::MakeText("中文文字 ABC", {}, 3.5));
+  text.style = fangSong.id;
+  text.layer = wall.id;
   db.erase(db.append(model, std::make_unique<Line>()).id);
   // An entity put into a block by hand has neither handle nor owner: the writer gives it both.
   model.entities.push_back(std::make_unique<Line>());

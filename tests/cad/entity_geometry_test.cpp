@@ -199,16 +199,12 @@ TEST(EntityExtents, NestedInsertsRotatedScaledAndMirrored) {
   ExpectBox(EntityExtents(mirrored, d.db), {99, 0}, {101, 5});
   mirrored.rotation = kPi / 2;
   ExpectBox(EntityExtents(mirrored, d.db), {95, -1}, {100, 1});
-  ExtentsCache cache;
-  ExpectBox(cache.entityExtents(mirrored, d.db), {95, -1}, {100, 1});
-  ExpectBox(cache.blockExtents(outer, d.db), {0, 1}, {2, 6});
 
   // A circle in a block rotated by 45 degrees keeps its tight box (not its box's rotated box).
   BlockRecord& round = d.db.addBlock("ROUND");
   d.circle(round, {0, 0, 0}, 1);
   Insert& turned = d.insert(d.model, round, {0, 0, 0}, {1, 1, 1}, kPi / 4);
   ExpectBox(EntityExtents(turned, d.db), {-1, -1}, {1, 1});
-  ExpectBox(cache.entityExtents(turned, d.db), {-1, -1}, {1, 1});
 }
 
 TEST(EntityExtents, MInsertCellsAttributesAndAttDefs) {
@@ -259,8 +255,6 @@ TEST(EntityExtents, SelfReferencingBlocksEnd) {
   const auto box = EntityExtents(top, d.db);
   ASSERT_TRUE(box.has_value());
   EXPECT_LE(box->max.x, 1000);
-  ExtentsCache cache;
-  EXPECT_TRUE(cache.entityExtents(top, d.db).has_value());
   EXPECT_LT(Explode(top, d.db).size(), 100u);
 }
 

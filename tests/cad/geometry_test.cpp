@@ -25,28 +25,6 @@ void ExpectOrthonormalRightHanded(Vector3d x, Vector3d y, Vector3d z) {
   EXPECT_NEAR(x.cross(y).dot(z), 1, kEps);
 }
 
-TEST(GeometryMatrix, RotationDirectionCentreAndComposition) {
-  // Right-hand rule: +90 degrees about z takes x to y, about x takes y to z.
-  ExpectPoint(Matrix3d::rotation(kPi / 2).transform(Point3d{1, 0, 0}), {0, 1, 0});
-  ExpectPoint(Matrix3d::rotation(kPi / 2, Vector3d::xAxis()).transform(Point3d{0, 1, 0}),
-              {0, 0, 1});
-  ExpectPoint(Matrix3d::rotation(kPi / 2, Vector3d::zAxis(), {1, 1, 0}).transform(Point3d{2, 1, 0}),
-              {1, 2, 0});
-  // Vectors ignore the centre.
-  EXPECT_TRUE(Matrix3d::rotation(kPi / 2, Vector3d::zAxis(), {5, 5, 5})
-                  .transform(Vector3d{1, 0, 0})
-                  .isEqualTo({0, 1, 0}));
-
-  const Vector3d axis{1, 2, 3};  // not unit length on purpose
-  const Point3d c{4, -1, 2};
-  const Matrix3d a = Matrix3d::rotation(0.3, axis, c), b = Matrix3d::rotation(0.9, axis, c);
-  EXPECT_TRUE((a * b).isEqualTo(Matrix3d::rotation(1.2, axis, c)));
-  EXPECT_TRUE((a * Matrix3d::rotation(-0.3, axis, c)).isIdentity(1e-12));
-  EXPECT_NEAR(a.determinant(), 1, kEps);
-  EXPECT_TRUE(a.isUniformScaledOrthogonal());
-  ExpectPoint(a.transform(c), c);
-}
-
 TEST(GeometryMatrix, InverseRoundTripsAndSingular) {
   const Matrix3d xf = Matrix3d::translation({10, -3, 7}) * Matrix3d::rotation(0.7, {1, 1, 0}) *
                       Matrix3d::scaling(2.5, 0.5, 4);
@@ -73,24 +51,6 @@ TEST(GeometryMatrix, InverseRoundTripsAndSingular) {
   Matrix3d bad;
   bad.m[1][2] = std::numeric_limits<double>::quiet_NaN();
   EXPECT_FALSE(bad.inverse());
-}
-
-TEST(GeometryMatrix, MirroringAndShapeChecks) {
-  const Matrix3d mir = Matrix3d::mirroring({2, 0, 0}, {3, 0, 0});  // plane x = 2, non-unit normal
-  EXPECT_NEAR(mir.determinant(), -1, kEps);
-  ExpectPoint(mir.transform(Point3d{5, 1, 1}), {-1, 1, 1});
-  EXPECT_TRUE((mir * mir).isIdentity(1e-12));
-  const Matrix3d tilted = Matrix3d::mirroring({1, 2, 3}, {1, -1, 2});
-  EXPECT_NEAR(tilted.determinant(), -1, kEps);
-  ExpectPoint(tilted.transform(Point3d{1, 2, 3} + Vector3d{1, 1, 0}), {2, 3, 3});  // in-plane
-
-  EXPECT_TRUE((Matrix3d::scaling(3) * tilted).isUniformScaledOrthogonal());
-  EXPECT_NEAR((Matrix3d::scaling(3) * Matrix3d::rotation(1.1)).scaleX(), 3, kEps);
-  EXPECT_FALSE(Matrix3d::scaling(1, 2, 1).isUniformScaledOrthogonal());
-  Matrix3d shear;
-  shear.m[0][1] = 0.5;
-  EXPECT_FALSE(shear.isUniformScaledOrthogonal());
-  ExpectPoint(Matrix3d::scaling(2, {1, 1, 1}).transform(Point3d{2, 1, 0}), {3, 1, -1});
 }
 
 TEST(GeometryPlane, ArbitraryAxisRule) {
@@ -155,26 +115,6 @@ TEST(GeometryExtents, TransformedEmptyAndQueries) {
   EXPECT_TRUE(shrunk.isEmpty());
   shrunk.add(Point3d{3, 3, 3});
   EXPECT_EQ(shrunk.min, (Point3d{3, 3, 3}));
-}
-
-TEST(GeometryUcs, RoundTripsAndOrthogonalisation) {
-  EXPECT_TRUE(CoordSystem{}.isWorld());
-  CoordSystem ucs{{10, 5, 2}, {0, 1, 0}, {-1, 0, 0}};
-  EXPECT_FALSE(ucs.isWorld());
-  ExpectPoint(ucs.toWorld().transform(Point3d{1, 0, 0}), {10, 6, 2});
-  ExpectPoint(ucs.toWorld().transform(Point3d{0, 1, 3}), {9, 5, 5});
-  EXPECT_TRUE((ucs.fromWorld() * ucs.toWorld()).isIdentity(1e-12));
-
-  CoordSystem skew{{1, 2, 3}, {2, 0, 0}, {1, 1, 0}};  // unnormalised, y not perpendicular
-  const Matrix3d w = skew.toWorld();
-  EXPECT_TRUE(w.transform(Vector3d::xAxis()).isEqualTo({1, 0, 0}));
-  EXPECT_TRUE(w.transform(Vector3d::yAxis()).isEqualTo({0, 1, 0}));
-  EXPECT_TRUE((skew.fromWorld() * w).isIdentity(1e-12));
-
-  CoordSystem tilted{{-4, 0, 1}, {1, 2, 2}, {0, 1, -1}};
-  const Point3d p{3, -7, 0.5};
-  ExpectPoint(tilted.fromWorld().transform(tilted.toWorld().transform(p)), p);
-  EXPECT_TRUE(tilted.toWorld().isUniformScaledOrthogonal());
 }
 
 TEST(GeometryAngles, NormalizeAndBulgeArcs) {

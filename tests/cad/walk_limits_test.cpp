@@ -16,19 +16,6 @@
 namespace tv::cad {
 namespace {
 
-TEST(DistinctCellsTest, CopiesOnOnePointAreOne) {
-  struct Case {
-    int count;
-    double spacing, size;
-    int cells;
-  };
-  const double nan = std::nan("");
-  for (const Case& c : {Case{1, 10, 0, 1}, Case{0, 10, 0, 1}, Case{-7, 10, 0, 1}, Case{5, 0, 0, 1}, Case{32767, 1e-300, 1000, 1},
-                        Case{32767, -1e-300, 0, 1}, Case{32767, 1.0, 1000, 32767}, Case{3, 1e-9, 1, 3}, Case{3, 1e-9, 1e9, 1},
-                        Case{4, nan, 0, 4}, Case{4, HUGE_VAL, 0, 4}})
-    EXPECT_EQ(DistinctCells(c.count, c.spacing, c.size), c.cells) << c.count << " " << c.spacing << " " << c.size;
-}
-
 using test_support::DoublingBlocks;
 using test_support::GridOfCopies;
 

@@ -19,60 +19,6 @@ using testing::HostDrawingTest;
 using testing::RecordingEditor;
 using testing::SquareMarker;
 
-TEST(HostPrimitiveRecorder, KeepsColourAndFillPerPrimitive) {
-  PrimitiveRecorder r;
-  EXPECT_TRUE(r.extents().isEmpty());
-  r.polyline({{0, 0, 0}, {1, 1, 0}});  // defaults: colour 7, no fill
-  r.setColor(3);
-  r.setFill(true);
-  r.polygon({{-2, 5, 0}, {0, 6, 1}, {1, 5, 0}});
-  r.polyline({{4, 4, 0}});  // fill applies to polygons only
-  r.setFill(false);
-  r.polygon({{0, 0, 0}});
-
-  const auto& p = r.primitives();
-  ASSERT_EQ(p.size(), 4u);
-  EXPECT_EQ(p[0].kind, DrawnPrimitive::Kind::Polyline);
-  EXPECT_EQ(p[0].colorIndex, 7);
-  EXPECT_FALSE(p[0].filled);
-  EXPECT_EQ(p[1].kind, DrawnPrimitive::Kind::Polygon);
-  EXPECT_EQ(p[1].colorIndex, 3);
-  EXPECT_TRUE(p[1].filled);
-  EXPECT_EQ(p[1].points.size(), 3u);
-  EXPECT_FALSE(p[2].filled);
-  EXPECT_FALSE(p[3].filled);
-  const Extents3d box = r.extents();
-  EXPECT_EQ(box.min, (Point3d{-2, 0, 0}));
-  EXPECT_EQ(box.max, (Point3d{4, 6, 1}));
-}
-
-TEST(HostEntityClassRegistry, RegisteringTwiceKeepsOneEntryInRegistrationOrder) {
-  // The registry is the process's: use names no module registers and leave it as found.
-  const std::vector<std::string> before = RegisteredEntityClasses();
-  auto positions = [](const std::vector<std::string>& names, const std::string& name) {
-    return std::count(names.begin(), names.end(), name);
-  };
-  RegisterEntityClass("HostTest_Marker", "AcDbEntity");
-  RegisterEntityClass("HostTest_Stamp", "AcDbEntity");
-  RegisterEntityClass("HostTest_Marker", "AcDbCurve");
-  RegisterEntityClass("", "AcDbEntity");
-  std::vector<std::string> now = RegisteredEntityClasses();
-  EXPECT_EQ(now.size(), before.size() + 2);
-  EXPECT_EQ(positions(now, "HostTest_Marker"), 1);
-  EXPECT_EQ(positions(now, ""), 0);
-  ASSERT_GE(now.size(), 2u);
-  EXPECT_EQ(now[now.size() - 2], "HostTest_Marker");
-  EXPECT_EQ(now.back(), "HostTest_Stamp");
-  EXPECT_TRUE(IsEntityClassRegistered("HostTest_Stamp"));
-  EXPECT_FALSE(IsEntityClassRegistered("hosttest_stamp"));
-
-  EXPECT_TRUE(DeleteEntityClass("HostTest_Marker"));
-  EXPECT_FALSE(DeleteEntityClass("HostTest_Marker"));
-  EXPECT_FALSE(IsEntityClassRegistered("HostTest_Marker"));
-  EXPECT_TRUE(DeleteEntityClass("HostTest_Stamp"));
-  EXPECT_EQ(RegisteredEntityClasses(), before);
-}
-
 using HostCustomEntity = HostDrawingTest;
 
 TEST_F(HostCustomEntity, AppendedMarkersReadBackAsTheSameObject) {

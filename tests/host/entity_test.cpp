@@ -59,13 +59,8 @@ TEST_F(HostEntityOpen, OpensLiveEntitiesOnlyAndReadsCommonFacts) {
 }
 
 TEST_F(HostEntityOpen, AttributesBelongToTheRecordOfTheirInsert) {
-  cad::BlockRecord& title = db.addBlock("TITLE");
-  auto insert = std::make_unique<cad::Insert>();
-  insert->block = title.id;
-  auto att = std::make_unique<cad::Attrib>();
-  att->tag = "NO";
-  att->text = "A-01";
-  insert->attribs.push_back(std::move(att));
+  auto insert = test_support::MakeInsert(db.addBlock("TITLE"), {});
+  insert->attribs.push_back(test_support::MakeAtt<cad::Attrib>("A-01", {}, 1));
   cad::Insert& ins = add(std::move(insert), &paper());
 
   Entity a = OpenEntity(ins.attribs[0]->id);
@@ -147,9 +142,7 @@ TEST_F(HostEntityPolyline, PolyfaceMeshesCountAsThreeDimensionalAndSkipTheirFace
 using HostEntityKinds = HostDrawingTest;
 
 TEST_F(HostEntityKinds, TextContentIsPlainForEveryTextClass) {
-  auto text = std::make_unique<cad::Text>();
-  text->text = "%%c20 钢筋";
-  const ObjectId textId = add(std::move(text)).id;
+  const ObjectId textId = add(test_support::MakeText("%%c20 钢筋", {}, 1)).id;
 
   auto mtext = std::make_unique<cad::MText>();
   mtext->text = "{\\fSimSun|b0|i0;图纸目录}\\P第\\H0.7x;2\\H1.4286x;页";
@@ -160,10 +153,8 @@ TEST_F(HostEntityKinds, TextContentIsPlainForEveryTextClass) {
   proxy->groups = {cad::Group{100, std::string("TDbText")}, cad::Group{1, std::string("建筑施工图")}};
   const ObjectId proxyId = add(std::move(proxy)).id;
 
-  auto insert = std::make_unique<cad::Insert>();
-  insert->block = db.addBlock("B").id;
-  auto att = std::make_unique<cad::Attrib>();
-  att->text = "上\\P下";
+  auto insert = test_support::MakeInsert(db.addBlock("B"), {});
+  auto att = test_support::MakeAtt<cad::Attrib>("上\\P下", {}, 1);
   att->editDetails().multiline = {cad::Group{101, std::string("Embedded Object")}, cad::Group{1, std::string("上\\P下")}};
   insert->attribs.push_back(std::move(att));
   const ObjectId attId = add(std::move(insert)).attribs[0]->id;
@@ -192,12 +183,7 @@ class HostEntityInsert : public HostDrawingTest {
     return b;
   }
   cad::Insert& insertOf(const cad::BlockRecord& b, Point3d at, double scale, double rotation) {
-    auto ins = std::make_unique<cad::Insert>();
-    ins->block = b.id;
-    ins->position = at;
-    ins->scale = {scale, scale, scale};
-    ins->rotation = rotation;
-    return add(std::move(ins));
+    return add(test_support::MakeInsert(b, at, {scale, scale, scale}, rotation));
   }
   // Clips `ins` as it stands now: `boundary` in world coordinates relative to `origin`.
   cad::SpatialFilter& clip(cad::Insert& ins, std::vector<Point2d> boundary, Point3d origin, bool inverted = false) {

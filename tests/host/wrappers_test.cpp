@@ -55,37 +55,6 @@ TEST_F(HostLayers, FindOrAddTellsNewFromExistingAndTakesCaseVariants) {
   SetWorkingDatabase(&db);
 }
 
-TEST_F(HostLayers, FlagsAreSetAndReadOneByOne) {
-  const ObjectId id = FindOrAddLayer("A");
-  struct Case {
-    int which;
-    bool LayerFacts::*field;
-  };
-  for (Case c : {Case{kLayerOff, &LayerFacts::off}, Case{kLayerFrozen, &LayerFacts::frozen},
-                 Case{kLayerLocked, &LayerFacts::locked}, Case{kLayerPlottable, &LayerFacts::plottable}}) {
-    const bool initial = GetLayerFlag(id, c.which);
-    SetLayerFlag(id, c.which, !initial);
-    EXPECT_EQ(GetLayerFlag(id, c.which), !initial) << c.which;
-    EXPECT_EQ(ReadLayer(id).value().*c.field, !initial) << c.which;
-    SetLayerFlag(id, c.which, initial);
-    EXPECT_EQ(GetLayerFlag(id, c.which), initial) << c.which;
-  }
-  // The model keeps these in its own fields: off is a negative colour in the file.
-  SetLayerFlag(id, kLayerOff, true);
-  EXPECT_FALSE(db.findLayer("A")->on);
-  SetLayerFlag(id, kLayerLocked, true);
-  EXPECT_TRUE(db.findLayer("A")->isLocked());
-  EXPECT_FALSE(db.findLayer("A")->isFrozen());
-
-  EXPECT_TRUE(GetLayerFlag(id, 0));
-  EXPECT_TRUE(GetLayerFlag(id, 5));
-  EXPECT_TRUE(GetLayerFlag(ObjectId{}, 9));
-  EXPECT_FALSE(GetLayerFlag(ObjectId{}, kLayerLocked));
-  SetLayerFlag(ObjectId{}, kLayerLocked, true);  // nothing to change
-  SetLayerFlag(id, 7, true);
-  EXPECT_FALSE(ReadLayer(model().id).has_value());
-}
-
 TEST_F(HostLayers, LayerStatesAreRefilledFromTheTable) {
   const ObjectId frozen = FindOrAddLayer("F");
   const ObjectId off = FindOrAddLayer("O");
@@ -221,24 +190,6 @@ TEST_F(HostWriting, AppendSetsColourOnlyInRangeAndLayerOnlyWhenGiven) {
   EXPECT_EQ(paper().entities.size(), before);
 }
 
-TEST_F(HostWriting, EraseOnALockedLayerLeavesTheLayerLocked) {
-  const ObjectId locked = FindOrAddLayer("LOCKED");
-  const ObjectId id = AppendToSpace(NewLine({}, {1, 0, 0}), 0, locked);
-  SetLayerFlag(locked, kLayerLocked, true);
-
-  EXPECT_TRUE(EraseEntity(id));
-  EXPECT_FALSE(OpenEntity(id));
-  EXPECT_TRUE(GetLayerFlag(locked, kLayerLocked));
-  EXPECT_FALSE(EraseEntity(id));  // gone already
-  EXPECT_FALSE(EraseEntity(ObjectId{}));
-  EXPECT_TRUE(GetLayerFlag(locked, kLayerLocked));
-
-  // An unlocked layer stays unlocked.
-  const ObjectId other = AppendToSpace(NewLine({}, {1, 0, 0}), 0, {});
-  EXPECT_TRUE(EraseEntity(other));
-  EXPECT_FALSE(GetLayerFlag(db.findLayer("0")->id, kLayerLocked));
-}
-
 TEST_F(HostWriting, EraseEntitiesEmptiesTheArrayAndReportsWhetherAllWent) {
   const ObjectId locked = FindOrAddLayer("MARKS");
   ObjectIdArray ids;
@@ -261,14 +212,6 @@ TEST_F(HostWriting, EraseEntitiesEmptiesTheArrayAndReportsWhetherAllWent) {
 // ---- editor-backed wrappers --------------------------------------------------------------------------------
 
 using HostEditorWrappers = HostDrawingTest;
-
-TEST_F(HostEditorWrappers, SelectionSetsAreAppendedAndFreed) {
-  SelectionSet set{ObjectId{3}, ObjectId{1}};
-  ObjectIdArray ids{ObjectId{1}};
-  SelectionToIds(set, ids);
-  EXPECT_EQ(ids, (ObjectIdArray{ObjectId{1}, ObjectId{3}, ObjectId{1}}));
-  EXPECT_TRUE(set.empty());
-}
 
 // Fences, views and paper space are checked against the console host; only the case its screen
 // cannot show is left here: a rectangle wider than the screen's proportion.

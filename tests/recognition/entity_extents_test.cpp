@@ -13,6 +13,15 @@ namespace {
 using test::DrawingTest;
 using test::ExpectBox;
 
+// A clamped quadratic spline through `a` and `c`, pulled towards `b`.
+std::unique_ptr<cad::Spline> Quadratic(Point3d a, Point3d b, Point3d c) {
+  auto s = std::make_unique<cad::Spline>();
+  s->degree = 2;
+  s->controlPoints = {a, b, c};
+  s->knots = {0, 0, 0, 1, 1, 1};
+  return s;
+}
+
 class EntityExtentsTest : public DrawingTest {
  protected:
   // BlockExtents of a reference into a fresh box; nullopt when it reports nothing.
@@ -110,9 +119,7 @@ TEST_F(EntityExtentsTest, OtherVendorTextWithoutExtentsDoesNotPullTheBoxToTheOri
   // A point of another class does count, even at the origin.
   cad::BlockRecord& dotted = db().addBlock("DOTTED");
   AddLine({100, 100, 0}, {200, 150, 0}, &dotted);
-  auto point = std::make_unique<cad::PointEntity>();
-  point->position = {0, 0, 0};
-  Append(std::move(point), &dotted);
+  Append(test_support::MakePoint({0, 0, 0}), &dotted);
   const ObjectId dottedInsert = AddInsert(dotted, {1000, 0, 0}).id;
   Open();
   const auto box = ContentOf(insert);
@@ -136,10 +143,7 @@ TEST_F(EntityExtentsTest, HiddenLayersInvisibleEntitiesAndWipeoutsAreLeftOut) {
   AddLine({0, 0, 0}, {10, 10, 0}, &def);
   AddLine({-100, -100, 0}, {-90, -90, 0}, &def, frozen);
   AddLine({500, 500, 0}, {510, 510, 0}, &def, off);
-  cad::Line& hidden = db().append(def, std::make_unique<cad::Line>());
-  hidden.start = {0, 0, 0};
-  hidden.end = {1000, 0, 0};
-  hidden.setVisible(false);
+  db().entity(AddLine({0, 0, 0}, {1000, 0, 0}, &def))->setVisible(false);
   auto wipeout = std::make_unique<cad::Wipeout>();
   wipeout->position = {-50, -50, 0};
   wipeout->uPixel = {1, 0, 0};
@@ -166,11 +170,7 @@ TEST_F(EntityExtentsTest, TextsSplinesAndDimensionsFollowTheFlags) {
   cad::BlockRecord& def = db().addBlock("NOTES");
   AddLine({0, 0, 0}, {10, 10, 0}, &def);
   AddText("WIDE TEXT", {100, 0, 0}, 10, &def);
-  auto spline = std::make_unique<cad::Spline>();
-  spline->degree = 2;
-  spline->controlPoints = {{0, -200, 0}, {5, -250, 0}, {10, -200, 0}};
-  spline->knots = {0, 0, 0, 1, 1, 1};
-  Append(std::move(spline), &def);
+  Append(Quadratic({0, -200, 0}, {5, -250, 0}, {10, -200, 0}), &def);
   auto dim = std::make_unique<cad::Dimension>();
   dim->block = dimBlock.id;
   Append(std::move(dim), &def);
@@ -220,12 +220,8 @@ TEST_F(EntityExtentsTest, SpatialClipIsIntersected) {
   cad::Insert& inverted = AddInsert(def, {2000, 0, 0});
   const ObjectId plain = AddInsert(def, {3000, 0, 0}).id;
   for (cad::Insert* insert : {&clipped, &inverted}) {
-    cad::Dictionary& xdict = db().ensureExtensionDictionary(*insert);
-    cad::Dictionary& filters = db().ensureDictionary(xdict, "ACAD_FILTER");
-    cad::SpatialFilter& filter = db().addObject(std::make_unique<cad::SpatialFilter>(), filters.id);
-    filters.set("SPATIAL", filter.id);
     // Drawn in the space; the inverse of the reference's transform takes it into the block.
-    filter.boundary = {{insert->position.x + 10, 10}, {insert->position.x + 50, 60}};
+    cad::SpatialFilter& filter = test_support::AddSpatialClip(db(), *insert, {{insert->position.x + 10, 10}, {insert->position.x + 50, 60}});
     filter.inverseInsertTransform = Matrix3d::translation(-insert->position.asVector());
     filter.inverted = insert == &inverted;
   }
@@ -272,11 +268,7 @@ TEST_F(EntityExtentsTest, MTextExtentsHugTheLettersInsideTheFrame) {
 }
 
 TEST_F(EntityExtentsTest, SplineExtentsFollowTheCurveNotItsControlPoints) {
-  auto spline = std::make_unique<cad::Spline>();
-  spline->degree = 2;
-  spline->controlPoints = {{0, 0, 0}, {50, 100, 0}, {100, 0, 0}};
-  spline->knots = {0, 0, 0, 1, 1, 1};
-  const ObjectId id = Append(std::move(spline)).id;
+  const ObjectId id = Append(Quadratic({0, 0, 0}, {50, 100, 0}, {100, 0, 0})).id;
   Open();
   Extents3d box{Point3d{-10, -10, 0}, Point3d{-5, -5, 0}};  // grown, not replaced
   SplineExtents(host::OpenEntity(id), box);

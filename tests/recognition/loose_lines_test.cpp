@@ -322,27 +322,6 @@ TEST_F(LooseLinesTest, SegmentsStrictlyInsideASheetAreItsContent) {
   EXPECT_EQ(segments_.hIds.size(), 3u);
 }
 
-TEST_F(LooseLinesTest, SegmentEndsAreOrderedAndLevelledPerFamily) {
-  Split();  // nothing: empty families
-  EXPECT_TRUE(segments_.hIds.empty() && segments_.vIds.empty());
-
-  // The scan's record of a line gives its ends back; a line leaning either way (within a
-  // thousandth), drawn from either end, must give the ends it has, the lower or left one first.
-  Line({500, 10}, {100, 10.3});   // falling to the right, drawn leftwards
-  Line({100, 20}, {500, 20.3});   // rising, drawn rightwards
-  Line({5, 900}, {5.2, 100});     // leaning right at the foot, drawn downwards
-  Line({7.2, 100}, {7, 900});     // leaning left at the foot, drawn upwards
-  Split();
-  SheetList none;
-  AddSegment(ObjectId(3), {0, 0}, {100, 20}, none, segments_);  // slanted
-  AddSegment(ObjectId(4), {7, 7}, {7, 7}, none, segments_);     // a point
-  EXPECT_EQ(segments_.hIds.size(), 2u);
-  EXPECT_EQ(segments_.hStarts, (std::vector<Point2d>{{100, 10.3}, {100, 20}}));
-  EXPECT_EQ(segments_.hEnds, (std::vector<Point2d>{{500, 10}, {500, 20.3}}));
-  EXPECT_EQ(segments_.vStarts, (std::vector<Point2d>{{5.2, 100}, {7.2, 100}}));
-  EXPECT_EQ(segments_.vEnds, (std::vector<Point2d>{{5, 900}, {7, 900}}));
-}
-
 TEST_F(LooseLinesTest, SegmentContentAgreesBetweenTheWholeSplitAndSingleSegments) {
   // Sheets in rows, one large sheet ahead of them and others behind that overlap them or hold
   // them, and lines all over: which sheet takes a segment must not depend on the way in.
@@ -443,36 +422,6 @@ void DropOneByOne(std::size_t firstH, const SheetList& sheets, SegmentArrays& s)
   for (const auto& sheet : sheets) {
     drop(s.hIds, s.hStarts, s.hEnds, firstH, *sheet);
     drop(s.vIds, s.vStarts, s.vEnds, 0, *sheet);
-  }
-}
-
-TEST_F(LooseLinesTest, LinesGivenApartSplitAsThoughAppended) {
-  Polyline({{0, 0}, {100, 0}, {100, 50}});
-  Line({10, 10}, {60, 10});
-  Polyline({{200, 0}, {300, 0}, {300, 80}, {200, 80}}, true);
-  Line({5, 5}, {5, 40});
-  Line({400, 90}, {400, 0});
-  ExistingSheet({150, -10}, {350, 100});  // holds the closed polyline
-  OpenOnce();
-  TempIdArray all;
-  for (ObjectId id : pending_) {
-    const host::Entity e = host::OpenEntity(id);
-    MakeTempId(e.kind() == host::EntityClass::Line ? TempKind::Line : TempKind::Polyline, e, all);
-  }
-  SegmentArrays whole;
-  SplitIntoSegments(master_, all, whole);
-  ASSERT_EQ(whole.hIds.size() + whole.vIds.size(), 5u);
-  for (std::size_t cut : {std::size_t{0}, std::size_t{2}, all.size()}) {
-    const TempIdArray first(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(cut));
-    const TempIdArray rest(all.begin() + static_cast<std::ptrdiff_t>(cut), all.end());
-    SegmentArrays apart;
-    SplitIntoSegments(master_, first, rest, apart);
-    EXPECT_EQ(apart.hIds, whole.hIds) << cut;
-    EXPECT_EQ(apart.hStarts, whole.hStarts) << cut;
-    EXPECT_EQ(apart.hEnds, whole.hEnds) << cut;
-    EXPECT_EQ(apart.vIds, whole.vIds) << cut;
-    EXPECT_EQ(apart.vStarts, whole.vStarts) << cut;
-    EXPECT_EQ(apart.vEnds, whole.vEnds) << cut;
   }
 }
 

@@ -40,30 +40,6 @@ bool HasPoint(const host::DrawnPrimitive& p, Point2d q, double tol = 1e-9) {
 
 class MakeTempIdTest : public DrawingTest {};
 
-TEST_F(MakeTempIdTest, AxisLinesAreKeptSlantedOnesDropped) {
-  const ObjectId flat = AddLine({0, 0, 5}, {1000, 0, 5});
-  const ObjectId leaning = AddLine({0, 0, 0}, {1000, 1, 0});     // 0.002 x d is about 2 > 1
-  const ObjectId slanted = AddLine({0, 0, 0}, {1000, 3, 0});     // 2 < 3 and 2 < 1000
-  const ObjectId upright = AddLine({0, 0, 0}, {1.9, 1000, 0});
-  const ObjectId diagonal = AddLine({0, 0, 0}, {100, 100, 0});
-  Open();
-  TempIdArray records;
-  EXPECT_TRUE(MakeTempId(TempKind::Line, flat, records));
-  EXPECT_TRUE(MakeTempId(TempKind::Line, leaning, records));
-  EXPECT_FALSE(MakeTempId(TempKind::Line, slanted, records));
-  EXPECT_TRUE(MakeTempId(TempKind::Line, upright, records));
-  EXPECT_FALSE(MakeTempId(TempKind::Line, diagonal, records));
-  ASSERT_EQ(records.size(), 3u);
-  const Temp_Id& first = records[0];
-  EXPECT_EQ(first.kind, TempKind::Line);
-  EXPECT_EQ(first.id, flat);
-  EXPECT_EQ(first.minPt(), Point3d(0, 0, 0));
-  EXPECT_EQ(first.maxPt(), Point3d(1000, 0, 0));
-  EXPECT_EQ(first.extents.min.z, 5.0);  // the box keeps its z, the corners drop it
-  EXPECT_EQ(first.area, 0.0);
-  EXPECT_EQ(records[2].id, upright);
-}
-
 TEST_F(MakeTempIdTest, PolylinesAndInsertsCarryTheirScaledArea) {
   const ObjectId frame = AddLw({{0, 0}, {2000, 0}, {2000, 1000}, {0, 1000}}, true);
   cad::BlockRecord& def = db().addBlock("A3");
@@ -79,17 +55,6 @@ TEST_F(MakeTempIdTest, PolylinesAndInsertsCarryTheirScaledArea) {
   EXPECT_DOUBLE_EQ(records[1].area, 42.0 * 29.7);
   EXPECT_EQ(records[1].kind, TempKind::BlockReference);
   ExpectNear2d(records[1].maxPt(), {42000, 29700}, 1e-6);
-}
-
-TEST_F(MakeTempIdTest, SlantIsJudgedInWorkingCoordinates) {
-  const Matrix3d ucs = Matrix3d::rotation(DegToRad(30));
-  const ObjectId alongUcs = AddLine({0, 0, 0}, ucs.transform(Point3d{1000, 0, 0}));
-  Open();
-  TempIdArray records;
-  EXPECT_FALSE(MakeTempId(TempKind::Line, alongUcs, records));
-  UseUcs(ucs);
-  ASSERT_TRUE(MakeTempId(TempKind::Line, alongUcs, records));
-  ExpectNear2d(records[0].maxPt(), {1000, 0}, 1e-9);
 }
 
 // ---- sheets and their markers ----------------------------------------------------------------------

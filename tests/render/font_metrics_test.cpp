@@ -43,20 +43,6 @@ TEST(FontMetrics, TrueTypeAdvancesDifferByGlyph) {
   }
 }
 
-TEST(FontMetrics, EachStyleMeasuresInItsOwnFontWhateverCameBefore) {
-  const FontTextMeasurer m;
-  const cad::TextStyle latin = StyleWithFont("", "DejaVu Sans"), cjk = StyleWithFont("txt.shx");
-  if (!m.hasFont(&latin) || !m.hasFont(&cjk) || ResolveFontFile(&latin) == ResolveFontFile(&cjk))
-    GTEST_SKIP() << "needs a Latin and a CJK font installed";
-  const double inLatin = m.advance("WMW", &latin), inCjk = m.advance("WMW", &cjk);
-  ASSERT_NE(inLatin, inCjk);
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(m.advance("WMW", &cjk), inCjk);
-    EXPECT_EQ(m.advance("WMW", &latin), inLatin);
-  }
-  EXPECT_NEAR(FontTextMeasurer().advance("WMW", &cjk), inCjk, 1e-12) << "a fresh measurer agrees";
-}
-
 TEST(FontMetrics, MissingFontsFallBackWithoutFailing) {
   const FontTextMeasurer m;
   const cad::TextStyle odd = StyleWithFont("/no/such/dir/nothing_here.ttf", "No Such Family At All");

@@ -10,6 +10,7 @@
 #include "cad/dxf_writer.h"
 #include "render/font_metrics.h"
 #include "tests/render/plot_test_support.h"
+#include "tests/support/shape_builders.h"
 
 namespace tv::render::test {
 namespace {
@@ -33,6 +34,33 @@ class PlotDrawing : public ::testing::Test {
   }
   std::unique_ptr<Picture> plot() { return plot(PngRequest(dir / "out.png")); }
   Rgb background() const { return {230, 240, 250}; }
+
+  // A view of `viewHeight` model units around (500, 500), framed at `centre` on paper.
+  cad::Viewport& viewport(cad::BlockRecord& paper, Point3d centre, double width, double height, std::int16_t number,
+                          double viewHeight, cad::ObjectId layer = {}) {
+    auto vp = std::make_unique<cad::Viewport>();
+    vp->center = centre;
+    vp->width = width;
+    vp->height = height;
+    vp->status = number - 1;
+    vp->number = number;
+    vp->viewCenter = {500, 500};
+    vp->viewHeight = viewHeight;
+    return Add(db, paper, std::move(vp), layer);
+  }
+  // An image of `pixels` square pixels of `size` at (10, 10), showing `file`.
+  void image(const std::string& file, double pixels, double size) {
+    auto def = std::make_unique<cad::ImageDef>();
+    def->fileName = file;
+    def->imageSize = {pixels, pixels};
+    auto image = std::make_unique<cad::Image>();
+    image->imageDef = db.addObject(std::move(def), db.rootDictionaryId).id;
+    image->position = {10, 10, 0};
+    image->uPixel = {size, 0, 0};
+    image->vPixel = {0, size, 0};
+    image->imageSize = {pixels, pixels};
+    Add(db, model, std::move(image));
+  }
 };
 
 TEST_F(PlotDrawing, HiddenLayersInvisibleEntitiesAndMarkersNeverPlot) {
@@ -113,12 +141,7 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
   // A counter-clockwise half circle: below the chord from left to right.
   Add(db, model, test_support::MakeLwPolyline({{60, 30}, {80, 30}}, false, {1, 0}));
   Add(db, model, test_support::MakeCircle({20, 15, 0}, 8));
-  auto solid = std::make_unique<cad::Solid>();
-  solid->corners[0] = {50, 5, 0};
-  solid->corners[1] = {60, 5, 0};
-  solid->corners[2] = {50, 12, 0};
-  solid->corners[3] = {60, 12, 0};
-  Add(db, model, std::move(solid));
+  Add(db, model, test_support::MakeQuad<cad::Solid>({50, 5, 0}, {60, 5, 0}, {50, 12, 0}, {60, 12, 0}));
 
   const auto pic = plot();
   EXPECT_TRUE(IsDark(pic->at(Px(25), Py(41.5))));
@@ -133,28 +156,13 @@ TEST_F(PlotDrawing, CurvesWidthsAndBulges) {
 
 TEST_F(PlotDrawing, CurvesKeepTheirShapeUnderEveryTransform) {
   cad::Circle& whole = Add(db, model, test_support::MakeCircle({20, 25, 0}, 10));
-  auto arc = std::make_unique<cad::Arc>();  // the upper right quarter
-  arc->center = {50, 20, 0};
-  arc->radius = 10;
-  arc->startAngle = 0;
-  arc->endAngle = cad::kPi / 2;
-  Add(db, model, std::move(arc));
-  auto ellipse = std::make_unique<cad::Ellipse>();
-  ellipse->center = {80, 25, 0};
-  ellipse->majorAxis = {12, 0, 0};
-  ellipse->ratio = 0.5;
-  ellipse->startParam = 0;
-  ellipse->endParam = 2 * cad::kPi;
-  Add(db, model, std::move(ellipse));
+  Add(db, model, test_support::MakeArc({50, 20, 0}, 10, 0, cad::kPi / 2));  // the upper right quarter
+  Add(db, model, test_support::MakeEllipse({80, 25, 0}, {12, 0, 0}, 0.5));
   // A circle of radius 4 stretched twice as wide by its insert, and a quarter arc mirrored by its own.
   cad::BlockRecord& round = db.addBlock("ROUND");
   Add(db, round, test_support::MakeCircle({}, 4));
   cad::BlockRecord& quarter = db.addBlock("QUARTER");
-  auto q = std::make_unique<cad::Arc>();
-  q->radius = 5;
-  q->startAngle = 0;
-  q->endAngle = cad::kPi / 2;
-  Add(db, quarter, std::move(q));
+  Add(db, quarter, test_support::MakeArc({}, 5, 0, cad::kPi / 2));
   const auto insert = [&](const cad::BlockRecord& block, Point3d at, cad::Vector3d scale) {
     Add(db, model, test_support::MakeInsert(block, at, scale));
   };
@@ -257,38 +265,21 @@ TEST_F(PlotDrawing, LinetypesBreakLinesIntoDashes) {
 
 TEST_F(PlotDrawing, ArrayedAndClippedInsertsWithAttributes) {
   cad::BlockRecord& block = db.addBlock("BOX");
-  auto solid = std::make_unique<cad::Solid>();
-  solid->corners[0] = {0, 0, 0};
-  solid->corners[1] = {4, 0, 0};
-  solid->corners[2] = {0, 4, 0};
-  solid->corners[3] = {4, 4, 0};
-  solid->colorIndex = cad::kColorByBlock;
-  Add(db, block, std::move(solid));
-  auto ins = std::make_unique<cad::Insert>();
-  ins->block = block.id;
-  ins->position = {10, 30, 0};
+  Add(db, block, test_support::MakeQuad<cad::Solid>({0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0})).colorIndex = cad::kColorByBlock;
+  auto ins = test_support::MakeInsert(block, {10, 30, 0});
   ins->columnCount = 3;
   ins->columnSpacing = 10;
   ins->rowCount = 2;
   ins->rowSpacing = -20;
   ins->colorIndex = 5;
-  auto att = std::make_unique<cad::Attrib>();
-  att->text = "A";
-  att->tag = "T";
-  att->height = 0;
-  ins->attribs.push_back(std::move(att));
+  ins->attribs.push_back(test_support::MakeAtt<cad::Attrib>("A", {}, 0));
   Add(db, model, std::move(ins));
 
   // A nested insert of the same block, clipped to its left half.
   cad::BlockRecord& outer = db.addBlock("OUTER");
   Add(db, outer, test_support::MakeInsert(block, {}, {2, 2, 2}));
   cad::Insert& c = Add(db, model, test_support::MakeInsert(outer, {70, 30, 0}));
-  cad::Dictionary& filters = db.ensureDictionary(db.ensureExtensionDictionary(c), "ACAD_FILTER");
-  auto filter = std::make_unique<cad::SpatialFilter>();
-  filter->boundary = {{69, 29}, {74, 39}};
-  filter->inverseInsertTransform = *cad::InsertTransform(c, outer).inverse();
-  cad::SpatialFilter& sf = db.addObject(std::move(filter), filters.id);
-  filters.set("SPATIAL", sf.id);
+  test_support::AddSpatialClip(db, c, {{69, 29}, {74, 39}}).inverseInsertTransform = *cad::InsertTransform(c, outer).inverse();
 
   const auto pic = plot();
   for (double x : {12, 22, 32})
@@ -345,12 +336,7 @@ TEST_F(PlotDrawing, TextPlotsInTheInstalledFont) {
   cad::TextStyle& style = db.addTextStyle("HZ");
   style.fontFile = "hztxt.shx";
   if (!FontTextMeasurer().hasFont(&style)) GTEST_SKIP() << "no CJK font installed";
-  auto text = std::make_unique<cad::Text>();
-  text->text = "中文字";
-  text->position = {10, 20, 0};
-  text->height = 10;
-  text->style = style.id;
-  Add(db, model, std::move(text));
+  Add(db, model, test_support::MakeText("中文字", {10, 20, 0}, 10)).style = style.id;
   auto mtext = std::make_unique<cad::MText>();
   mtext->text = "图纸\\P目录";
   mtext->position = {60, 45, 0};
@@ -359,13 +345,10 @@ TEST_F(PlotDrawing, TextPlotsInTheInstalledFont) {
   Add(db, model, std::move(mtext));
 
   // Right aligned: the text ends at its alignment point.
-  auto right = std::make_unique<cad::Text>();
-  right->text = "ABC";
-  right->setAlignPoint({95, 5, 0});
-  right->hAlign = cad::TextHAlign::Right;
-  right->height = 5;
-  right->style = style.id;
-  Add(db, model, std::move(right));
+  cad::Text& right = Add(db, model, test_support::MakeText("ABC", {}, 5));
+  right.setAlignPoint({95, 5, 0});
+  right.hAlign = cad::TextHAlign::Right;
+  right.style = style.id;
 
   PlotRequest r = PngRequest(dir / "text.png");
   for (bool outlines : {false, true}) {
@@ -387,28 +370,11 @@ TEST_F(PlotDrawing, ViewportsShowModelSpaceInsideTheirFrameOnly) {
   AddLine(db, model, {500, 0}, {500, 1000}, frozen.id);
   cad::Layout& layout = db.addLayout("图纸");
   cad::BlockRecord& paper = *db.blockOf(layout);
-  auto vp = std::make_unique<cad::Viewport>();
-  vp->center = {50, 25, 0};
-  vp->width = 40;
-  vp->height = 20;
-  vp->status = 1;
-  vp->number = 2;
-  vp->viewCenter = {500, 500};
-  vp->viewHeight = 40;  // half scale: 80 x 40 model units show
-  vp->frozenLayers = {frozen.id};
-  Add(db, paper, std::move(vp));
+  viewport(paper, {50, 25, 0}, 40, 20, 2, 40).frozenLayers = {frozen.id};  // half scale: 80 x 40 model units show
   // A second view on a layer that does not plot: its edge stays off the paper, its view does not.
   cad::Layer& hidden = db.addLayer("VPORT");
   hidden.plottable = false;
-  auto second = std::make_unique<cad::Viewport>();
-  second->center = {85, 42, 0};
-  second->width = 20;
-  second->height = 10;
-  second->status = 2;
-  second->number = 3;
-  second->viewCenter = {500, 500};
-  second->viewHeight = 10;
-  Add(db, paper, std::move(second), hidden.id);
+  viewport(paper, {85, 42, 0}, 20, 10, 3, 10, hidden.id);
 
   // Through the DXF writer and back, as a drawing from disk comes.
   const auto path = dir / "layout.dxf";
@@ -436,16 +402,10 @@ TEST_F(PlotDrawing, ViewportsShowModelSpaceInsideTheirFrameOnly) {
 TEST_F(PlotDrawing, TwistedViewsTurnTheModelAboutTheTarget) {
   AddLine(db, model, {500, 500}, {520, 500});
   cad::Layout& layout = db.addLayout("L");
-  auto vp = std::make_unique<cad::Viewport>();
-  vp->center = {50, 25, 0};
-  vp->width = 40;
-  vp->height = 20;
-  vp->status = 1;
-  vp->number = 2;
-  vp->viewTarget = {500, 500, 0};
-  vp->viewHeight = 40;
-  vp->twist = cad::kPi / 2;  // the view turned a quarter: the model's x axis points up the paper
-  Add(db, *db.blockOf(layout), std::move(vp));
+  cad::Viewport& vp = viewport(*db.blockOf(layout), {50, 25, 0}, 40, 20, 2, 40);
+  vp.viewCenter = {};
+  vp.viewTarget = {500, 500, 0};
+  vp.twist = cad::kPi / 2;  // the view turned a quarter: the model's x axis points up the paper
   PlotRequest r = PngRequest(dir / "twist.png");
   r.spaceBlock = db.blockOf(layout)->id;
   const auto pic = plot(r);
@@ -455,17 +415,7 @@ TEST_F(PlotDrawing, TwistedViewsTurnTheModelAboutTheTarget) {
 }
 
 TEST_F(PlotDrawing, MissingImagesAreLeftOutWithANote) {
-  auto def = std::make_unique<cad::ImageDef>();
-  def->fileName = "C:\\pictures\\gone.png";
-  def->imageSize = {10, 10};
-  cad::ImageDef& d = db.addObject(std::move(def), db.rootDictionaryId);
-  auto image = std::make_unique<cad::Image>();
-  image->imageDef = d.id;
-  image->position = {10, 10, 0};
-  image->uPixel = {1, 0, 0};
-  image->vPixel = {0, 1, 0};
-  image->imageSize = {10, 10};
-  Add(db, model, std::move(image));
+  image("C:\\pictures\\gone.png", 10, 1);
   AddLine(db, model, {5, 40}, {95, 40});
   PlotRequest r = PngRequest(dir / "img.png");
   const PlotResult result = PlotWindow(db, r);
@@ -483,16 +433,7 @@ TEST_F(PlotDrawing, ImagesBesideTheDrawingArePainted) {
   cairo_destroy(cr);
   ASSERT_EQ(cairo_surface_write_to_png(s, (dir / "red.png").c_str()), CAIRO_STATUS_SUCCESS);
   cairo_surface_destroy(s);
-  auto def = std::make_unique<cad::ImageDef>();
-  def->fileName = "D:\\work\\red.png";
-  cad::ImageDef& d = db.addObject(std::move(def), db.rootDictionaryId);
-  auto image = std::make_unique<cad::Image>();
-  image->imageDef = d.id;
-  image->position = {10, 10, 0};
-  image->uPixel = {5, 0, 0};
-  image->vPixel = {0, 5, 0};
-  image->imageSize = {4, 4};
-  Add(db, model, std::move(image));
+  image("D:\\work\\red.png", 4, 5);
   PlotRequest r = PngRequest(dir / "img.png");
   r.drawingFolder = dir.path().string();
   const auto pic = plot(r);

@@ -77,12 +77,7 @@ TEST_F(PlotEngine, PdfTextIsSearchableUnlessDrawnAsGeometry) {
   cad::TextStyle& style = db.addTextStyle("HZ");
   style.fontFile = "gbcbig.shx";
   if (!FontTextMeasurer().hasFont(&style)) GTEST_SKIP() << "no CJK font installed";
-  auto text = std::make_unique<cad::Text>();
-  text->text = "中国 ABC";
-  text->position = {50, 50, 0};
-  text->height = 10;
-  text->style = style.id;
-  Add(db, model, std::move(text));
+  Add(db, model, test_support::MakeText("中国 ABC", {50, 50, 0}, 10)).style = style.id;
   PlotRequest r = request(PlotFormat::Pdf, "text.pdf");
   ASSERT_TRUE(PlotWindow(db, r).ok);
   const std::string pdf = ReadFile(r.outputPath);
@@ -111,12 +106,7 @@ TEST_F(PlotEngine, PdfLabelsKeepTheirStylesFontAcrossPagesOfManySizes) {
   if (!fonts.hasFont(&hz) || !fonts.hasFont(&latin) || ResolveFontFile(&latin) == ResolveFontFile(&hz))
     GTEST_SKIP() << "needs a Latin and a CJK font installed";
   const auto label = [&](cad::Database& into, const std::string& text, cad::Point3d at, double height, const cad::TextStyle& style) {
-    auto t = std::make_unique<cad::Text>();
-    t->text = text;
-    t->position = at;
-    t->height = height;
-    t->style = style.id;
-    Add(into, *into.modelSpace(), std::move(t));
+    Add(into, *into.modelSpace(), test_support::MakeText(text, at, height)).style = style.id;
   };
   for (int i = 0; i < 4; ++i) {
     label(db, "M1021", {20, 40.0 + 60 * i, 0}, 8, i % 2 ? hz : latin);
@@ -158,11 +148,8 @@ TEST_F(PlotEngine, PdfKeepsCirclesThatReachIntoTheWindow) {
   for (const Case c : {Case{0.2, 20, 0}, Case{0.5, 20, 0}, Case{0.8, 60, 0}, Case{2, 5, 0}, Case{0.5, 20, 2}}) {
     SCOPED_TRACE(testing::Message() << "depth " << c.depth << " radius " << c.radius << " width " << c.width);
     cad::Database one = cad::Database::createDefault();
-    auto circle = std::make_unique<cad::Circle>();
-    circle->center = {420 + c.radius - c.depth, 150, 0};
-    circle->radius = c.radius;
-    if (c.width > 0) circle->lineweight = static_cast<std::int16_t>(c.width * 100);
-    Add(one, *one.modelSpace(), std::move(circle));
+    cad::Circle& circle = Add(one, *one.modelSpace(), test_support::MakeCircle({420 + c.radius - c.depth, 150, 0}, c.radius));
+    if (c.width > 0) circle.lineweight = static_cast<std::int16_t>(c.width * 100);
     PlotRequest r = request(PlotFormat::Pdf, "reach.pdf");
     ASSERT_TRUE(PlotWindow(one, r).ok);
     const std::string content = InflatedStreams(ReadFile(r.outputPath));
