@@ -58,7 +58,7 @@ void ConsoleEditor::addMenuCommands() {
       value = std::string(TrimBlanks(value));
       if (value.empty()) return host::RTNORM;
       host::Value v = value;
-      if (std::holds_alternative<std::int32_t>(*getVar(name))) {
+      if (const auto current = getVar(name); current && std::holds_alternative<std::int32_t>(*current)) {
         std::int32_t n = 0;
         const auto [end, ec] = std::from_chars(value.data(), value.data() + value.size(), n);
         if (ec != std::errc() || end != value.data() + value.size()) {
