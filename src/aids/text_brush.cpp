@@ -5,6 +5,7 @@
 
 #include "host/editor.h"
 #include "host/entity.h"
+#include "host/doc_state.h"
 #include "host/input_state.h"
 #include "host/text_edit.h"
 #include "host/wrappers.h"
@@ -155,6 +156,8 @@ void TextBrushCommand() {
     return;
   }
   const BrushContent content = MakeBrushContent(text, rawText);
+  // The cursor carries the text it brushes.
+  const host::BadgeScope badge(content.plain);
 
   for (;;) {
     ObjectIdArray targets;

@@ -13,6 +13,7 @@
 #include "console/answer_parse.h"
 #include "console/text_match.h"
 #include "console/text_table.h"
+#include "host/doc_state.h"
 
 extern char** environ;
 
@@ -32,6 +33,15 @@ std::ostream& NullStream() {
 std::string WithoutLeadingNewlines(std::string_view prompt) {
   while (!prompt.empty() && (prompt.front() == '\n' || prompt.front() == '\r')) prompt.remove_prefix(1);
   return std::string(prompt);
+}
+
+// The badge beside the cursor, where a console has no cursor: ahead of the prompt's text.
+std::string WithBadge(std::string_view prompt) {
+  const std::string badge = host::BadgePrefix();
+  if (badge.empty()) return std::string(prompt);
+  std::size_t text = 0;
+  while (text < prompt.size() && (prompt[text] == '\n' || prompt[text] == '\r')) ++text;
+  return std::string(prompt.substr(0, text)) + badge + std::string(prompt.substr(text));
 }
 
 // One keyword of a getKeyword list: "Yes" (abbreviated by its leading capitals) or "是(Y)".
@@ -127,6 +137,7 @@ ConsoleEditor::ConsoleEditor(cad::Database& db, std::string path, const SessionO
     requestClose();
     return RTNORM;
   });
+  addMenuCommands();
 }
 
 ConsoleEditor::~ConsoleEditor() {
@@ -142,7 +153,7 @@ std::optional<std::string> ConsoleEditor::ask(std::string_view prompt) {
   // Once a run has run out of answers, its later prompts are cancelled without a word, unless a
   // queued command line has brought answers of its own.
   if (exhausted_ && answers_.listed() == 0) return std::nullopt;
-  *out_ << prompt << std::flush;
+  *out_ << WithBadge(prompt) << std::flush;
   std::optional<AnswerLine> line = answers_.next();
   if (!line) {
     exhausted_ = true;
@@ -226,7 +237,12 @@ int ConsoleEditor::getKeyword(std::string_view prompt, std::string_view keywords
 // ---- variables, environment, UCS ----------------------------------------------------------------------
 
 std::optional<host::Value> ConsoleEditor::getVar(std::string_view name) { return variables_.get(name); }
-bool ConsoleEditor::setVar(std::string_view name, const host::Value& value) { return variables_.set(name, value); }
+bool ConsoleEditor::setVar(std::string_view name, const host::Value& value) {
+  const std::optional<host::Value> before = variables_.get(name);
+  if (!variables_.set(name, value)) return false;
+  if (before != variables_.get(name)) host::SystemVariableChanged(name);
+  return true;
+}
 
 std::optional<std::string> ConsoleEditor::getEnv(std::string_view name) {
   auto it = env_.find(std::string(name));

@@ -161,6 +161,9 @@ class ConsoleEditor final : public host::Editor {
   int plotStampCommand(const std::vector<std::string>& args);
   int plotCommand(const std::vector<std::string>& args);
   int eraseCommand(const std::vector<std::string>& args);
+  // MENU, MENUBAR and WSCURRENT (console_menu.cpp).
+  void addMenuCommands();
+  int menuCommand(const std::vector<std::string>& args);
   // What a plot of `layout` with `plot` on `device` and `medium` asks the plot engine, but for the
   // format, the resolution and the output path.
   void fillPlotRequest(const cad::Layout& layout, const cad::PlotSettings& plot, const render::PlotterConfig& device,

@@ -11,6 +11,7 @@
 #include "console/text_match.h"
 #include "console/user_box_selection.h"
 #include "host/cad_binding.h"
+#include "host/doc_state.h"
 #include "host/input_state.h"
 
 namespace tv::console {
@@ -165,6 +166,10 @@ int ConsoleEditor::selectInteractively(const std::vector<std::string>& prompts, 
     if (!reply) return RTCAN;
     std::string_view typed = TrimBlanks(*reply);
     // A key the input filter watches, typed alone, acts while the prompt stands.
+    // The key watcher sees the key first, as the host's message watcher would.
+    if (typed.size() == 1 &&
+        host::KeyWatcher(host::WM_KEYDOWN, static_cast<unsigned char>(typed.front())) != host::KeyAction::None)
+      continue;
     if (typed.size() == 1 && host::RunSelectionKey(typed.front())) continue;
     // "TAB" ahead of an answer: the Tab key was held as the selection ended.
     const std::vector<std::string> words = SplitBlanks(typed);

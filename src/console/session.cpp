@@ -5,6 +5,7 @@
 #include "console/console_editor.h"
 #include "console/text_match.h"
 #include "host/cad_binding.h"
+#include "host/doc_state.h"
 #include "host/editor.h"
 
 namespace tv::console {
@@ -28,6 +29,9 @@ struct Session::State {
     ConsoleEditor& e = *editor;
     if (e.hasHostCommand(words.front()) || e.findCommand(words.front())) {
       e.command(words);
+      std::string_view name = words.front();
+      while (!name.empty() && (name.front() == '_' || name.front() == '.')) name.remove_prefix(1);
+      host::CommandEnded(name);
       return true;
     }
     e.print("\n未知命令“" + words.front() + "”。");
@@ -44,9 +48,12 @@ Session::Session(cad::Database db, std::string path, SessionOptions options)
   host::Working().onOutputFile = [editor = state_->editor.get()](std::string_view path, bool written, std::string_view why) {
     editor->noteOutputFile(path, written, why);
   };
+  // A module loaded already tracks the document from now on; one loaded later enters it at load.
+  host::DocumentCreated(host::CurrentDocument());
 }
 
 Session::~Session() {
+  if (host::WorkingDatabase() == &state_->db) host::DocumentToBeDestroyed(host::CurrentDocument());
   if (host::HasEditor() && &host::CurrentEditor() == state_->editor.get()) host::SetEditor(nullptr);
   if (host::WorkingDatabase() == &state_->db) host::SetWorkingDatabase(nullptr);
 }

@@ -10,6 +10,7 @@
 #include "host/command_prologue.h"
 #include "host/command_table.h"
 #include "host/editor.h"
+#include "host/shortcut_form.h"
 #include "plot/old_batch.h"
 #include "plot/plot_job.h"
 #include "plot/single_plot.h"
@@ -67,7 +68,8 @@ void TV_BatchPlot_8() {
   CommandScope scope;
   signing::SignAuthorisationCommand();
 }
-void TV_BatchPlot_9() { NotOffered(9); }
+// The shortcut form, like the other set-up commands, leaves CMDECHO alone and has no gate.
+void TV_BatchPlot_9() { ShortcutCommand(); }
 void TV_BatchPlot_13() {
   CommandScope scope;
   signing::StampLibraryCommand();

@@ -1,6 +1,7 @@
 #include "host/entity_copy.h"
 
 #include "host/cad_binding.h"
+#include "host/doc_state.h"
 #include "host/editor.h"
 
 namespace tv::host {
@@ -32,6 +33,7 @@ ObjectId CopyEntity(ObjectId id) {
   }
   const cad::Entity& added = db->appendEntity(*space, std::move(copy));
   NoteEntityChange(added);
+  ObjectAppended(added.id);
   CurrentEditor().setModified(true);
   return added.id;
 }

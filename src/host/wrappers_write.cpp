@@ -64,6 +64,7 @@ ObjectId AppendToSpace(Entity entity, int colorIndex, ObjectId layerId, ObjectId
   if (!layerId.isNull() && db->objectAs<cad::Layer>(layerId)) e->layer = layerId;
   const cad::Entity& added = db->appendEntity(*record, std::move(e));
   NoteEntityChange(added);
+  ObjectAppended(added.id);
   return added.id;
 }
 
