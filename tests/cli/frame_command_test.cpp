@@ -166,6 +166,11 @@ TEST_F(FrameCommandTest, FailuresLeaveTheFolderAsItWas) {
     EXPECT_NE(r.err.find(c.message), std::string::npos) << c.what << r.err;
     EXPECT_EQ(Listing(folder_), before) << c.what;
   }
+  // A folder nobody may write into, the superuser included.
+  const RunResult r = Run({"frame", "add", drawing_, "--name", "A3", "--all", "--folder", "/proc"}, {}, Path("home").string());
+  EXPECT_EQ(r.exitCode, 4) << r.err;
+  EXPECT_NE(r.err.find("文件报错：文件  /proc/A3.dxf  无法重新生成 !"), std::string::npos) << r.err;
+  EXPECT_FALSE(fs::exists("/proc/A3.dxf"));
   EXPECT_FALSE(fs::exists(Path("bad.png")));
   EXPECT_FALSE(fs::exists(Path("x.dxf")));
 }
