@@ -208,7 +208,7 @@ int RunAdd(const ParsedArgs& args, CliStreams& io) {
       return kExitNothingSelected;
     }
     titleblock::FrameLibrary library(Folder(args));
-    if (const auto failure = library.addFrame(ids, *name)) return ReportFailure(*failure, io);
+    if (const auto failure = library.AddFrame(ids, *name)) return ReportFailure(*failure, io);
     io.out << "已录入图框 " << Printable(*name) << "（" << ids.size() << " 个图形）：" << Printable(library.entries().back().path)
            << '\n';
     return kExitOk;
@@ -229,7 +229,7 @@ int RunRedefine(const ParsedArgs& args, CliStreams& io) {
       io.err << kProgram << "没有选中图形，图框未改变\n";
       return kExitNothingSelected;
     }
-    if (const auto failure = library.redefineFrame(*index, ids)) return ReportFailure(*failure, io);
+    if (const auto failure = library.RedefineFrame(*index, ids)) return ReportFailure(*failure, io);
     io.out << "已重新定义图框 " << Printable(positional[1]) << "（" << ids.size() << " 个图形）\n";
     return kExitOk;
   });
@@ -241,7 +241,7 @@ int RunDelete(const ParsedArgs& args, CliStreams& io) {
   titleblock::FrameLibrary library(Folder(args));
   const std::optional<std::size_t> index = FindFrame(library, args.positional[1], io);
   if (!index) return kExitUnreadable;
-  if (const auto failure = library.deleteFrame(*index)) return ReportFailure(*failure, io);
+  if (const auto failure = library.DeleteFrame(*index)) return ReportFailure(*failure, io);
   io.out << "已删除图框 " << Printable(args.positional[1]) << "，图框文件夹现有 " << library.entries().size() << " 个图框\n";
   return kExitOk;
 }
@@ -253,7 +253,7 @@ int RunRename(const ParsedArgs& args, CliStreams& io) {
   titleblock::FrameLibrary library(Folder(args));
   const std::optional<std::size_t> index = FindFrame(library, args.positional[1], io);
   if (!index) return kExitUnreadable;
-  if (const auto failure = library.renameFrame(*index, args.positional[2])) return ReportFailure(*failure, io);
+  if (const auto failure = library.RenameFrame(*index, args.positional[2])) return ReportFailure(*failure, io);
   io.out << "已将图框 " << Printable(args.positional[1]) << " 改名为 " << Printable(args.positional[2]) << '\n';
   return kExitOk;
 }
@@ -269,7 +269,7 @@ int RunPreview(const ParsedArgs& args, CliStreams& io) {
   std::error_code ec;
   if (fs::equivalent(*out, library.entries()[*index].path, ec)) return args.usage(io, "预览图片不能写在图框文件上");
   library.selected = static_cast<int>(*index);
-  if (!library.drawPreview(*out)) {
+  if (!library.DrawFramePreview(*out)) {
     io.err << kProgram << "无法读取图框 " << Printable(args.positional[1]) << " 或写入 " << Printable(*out) << "，未生成预览\n";
     return kExitUnreadable;
   }

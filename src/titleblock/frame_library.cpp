@@ -73,10 +73,10 @@ const std::vector<std::string>& FrameListColumns() {
   return kColumns;
 }
 
-FrameLibrary::FrameLibrary(std::string folder) : folder_(std::move(folder)) { fill(); }
+FrameLibrary::FrameLibrary(std::string folder) : folder_(std::move(folder)) { FillFrameList(); }
 
-void FrameLibrary::fill() {
-  entries_ = FillFrameList(folder_);
+void FrameLibrary::FillFrameList() {
+  entries_ = titleblock::FillFrameList(folder_);
   selected = entries_.empty() ? -1 : 0;
 }
 
@@ -94,7 +94,7 @@ std::optional<std::size_t> FrameLibrary::find(const std::string& name) const {
 
 std::string FrameLibrary::pathFor(const std::string& fileName) const { return (fs::path(folder_) / fileName).string(); }
 
-std::optional<FrameFailure> FrameLibrary::addFrame(const ObjectIdArray& ids, const std::string& name) {
+std::optional<FrameFailure> FrameLibrary::AddFrame(const ObjectIdArray& ids, const std::string& name) {
   // Shown names are compared: a ".dwg" and a ".dxf" of one name would be two rows alike.
   if (find(name)) return FrameFailure{kClashText, kClashCaption};
   const std::string fileName = name + host::DrawingFileExtension();
@@ -108,7 +108,7 @@ std::optional<FrameFailure> FrameLibrary::addFrame(const ObjectIdArray& ids, con
   return std::nullopt;
 }
 
-std::optional<FrameFailure> FrameLibrary::deleteFrame(std::size_t index) {
+std::optional<FrameFailure> FrameLibrary::DeleteFrame(std::size_t index) {
   if (index >= entries_.size()) return std::nullopt;
   std::error_code ec;
   if (!fs::remove(entries_[index].path, ec) || ec) return Failure(kNotDeleted, entries_[index].path, kNotDeletedCaption);
@@ -117,7 +117,7 @@ std::optional<FrameFailure> FrameLibrary::deleteFrame(std::size_t index) {
   return std::nullopt;
 }
 
-std::optional<FrameFailure> FrameLibrary::redefineFrame(std::size_t index, const ObjectIdArray& ids) {
+std::optional<FrameFailure> FrameLibrary::RedefineFrame(std::size_t index, const ObjectIdArray& ids) {
   if (index >= entries_.size() || ids.empty()) return std::nullopt;
   // The writer replaces the file only once the new one is complete.
   if (!host::WriteEntitiesToDrawingFile(ids, entries_[index].path))
@@ -126,7 +126,7 @@ std::optional<FrameFailure> FrameLibrary::redefineFrame(std::size_t index, const
   return std::nullopt;
 }
 
-std::optional<FrameFailure> FrameLibrary::renameFrame(std::size_t index, const std::string& name) {
+std::optional<FrameFailure> FrameLibrary::RenameFrame(std::size_t index, const std::string& name) {
   if (index >= entries_.size()) return std::nullopt;
   FrameEntry& entry = entries_[index];
   const std::string extension = entry.file_name.size() >= 4 ? entry.file_name.substr(entry.file_name.size() - 4) : "";
@@ -144,14 +144,14 @@ std::optional<FrameFailure> FrameLibrary::renameFrame(std::size_t index, const s
   return std::nullopt;
 }
 
-bool FrameLibrary::chooseFolder(const std::string& folder) {
+bool FrameLibrary::ChooseFrameFolder(const std::string& folder) {
   if (folder.empty() || folder == folder_) return false;
   folder_ = folder;
-  fill();
+  FillFrameList();
   return true;
 }
 
-bool FrameLibrary::drawPreview(const std::string& pngPath, int width, int height) const {
+bool FrameLibrary::DrawFramePreview(const std::string& pngPath, int width, int height) const {
   if (selected < 0 || selected >= static_cast<int>(entries_.size())) return false;
   const std::optional<std::vector<host::FileSegment>> segments = host::DrawingFileSegments(entries_[selected].path);
   // The margin is a twentieth of the smaller side.

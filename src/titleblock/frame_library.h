@@ -46,19 +46,20 @@ class FrameLibrary {
   // The entry shown by `name`, if any (case-sensitive).
   std::optional<std::size_t> find(const std::string& name) const;
 
-  void fill();
+  // Lists the folder again; the first row is selected.
+  void FillFrameList();
   // Writes the entities as the new frame `name` in the folder and appends and selects its row.
-  std::optional<FrameFailure> addFrame(const ObjectIdArray& ids, const std::string& name);
-  std::optional<FrameFailure> deleteFrame(std::size_t index);
+  std::optional<FrameFailure> AddFrame(const ObjectIdArray& ids, const std::string& name);
+  std::optional<FrameFailure> DeleteFrame(std::size_t index);
   // Writes the entities over the entry's file.
-  std::optional<FrameFailure> redefineFrame(std::size_t index, const ObjectIdArray& ids);
+  std::optional<FrameFailure> RedefineFrame(std::size_t index, const ObjectIdArray& ids);
   // Renames the entry's file to `name` and its own extension; the same name does nothing.
-  std::optional<FrameFailure> renameFrame(std::size_t index, const std::string& name);
+  std::optional<FrameFailure> RenameFrame(std::size_t index, const std::string& name);
   // A folder other than the current one refills the list; true when it did.
-  bool chooseFolder(const std::string& folder);
+  bool ChooseFrameFolder(const std::string& folder);
   // The selected frame drawn white on black into a PNG of `width` x `height`. False, silently,
   // when nothing is selected or its file can't be read or the picture written.
-  bool drawPreview(const std::string& pngPath, int width = 400, int height = 300) const;
+  bool DrawFramePreview(const std::string& pngPath, int width = 400, int height = 300) const;
 
  private:
   std::string pathFor(const std::string& fileName) const;

@@ -59,29 +59,29 @@ std::optional<std::size_t> AskRow(const FrameLibrary& library) {
   return static_cast<std::size_t>(row - 1);
 }
 
-void AddFrame(FrameLibrary& library) {
+void PickAndAddFrame(FrameLibrary& library) {
   const ObjectIdArray ids = Pick("\n选择图框：");
   if (ids.empty()) return;
-  if (const std::optional<std::string> name = AskName("")) Report(library.addFrame(ids, *name));
+  if (const std::optional<std::string> name = AskName("")) Report(library.AddFrame(ids, *name));
 }
 
-void RedefineFrame(FrameLibrary& library, std::size_t index) {
+void PickAndRedefineFrame(FrameLibrary& library, std::size_t index) {
   const ObjectIdArray ids = Pick("\n选择用来重新定义图框的图形：");
-  if (!ids.empty()) Report(library.redefineFrame(index, ids));
+  if (!ids.empty()) Report(library.RedefineFrame(index, ids));
 }
 
-void RenameFrame(FrameLibrary& library, std::size_t index) {
+void AskAndRenameFrame(FrameLibrary& library, std::size_t index) {
   if (const std::optional<std::string> name = AskName(ShownFrameName(library.entries()[index])))
-    Report(library.renameFrame(index, *name));
+    Report(library.RenameFrame(index, *name));
 }
 
 // A terminal has no picture box: the preview goes to the scratch folder and its path is told.
-void DrawFramePreview(const FrameLibrary& library) {
+void ShowFramePreview(const FrameLibrary& library) {
   std::error_code ec;
   const std::filesystem::path folder = settings::TempFolder();
   std::filesystem::create_directories(folder, ec);
   const std::string png = (folder / "frame_preview.png").string();
-  if (library.drawPreview(png)) host::Print("\n图框预览：" + png);
+  if (library.DrawFramePreview(png)) host::Print("\n图框预览：" + png);
 }
 
 void Show(const FrameLibrary& library, int mode) {
@@ -114,17 +114,17 @@ bool PutFrameSettingForm() {
     if (answer == "1" || answer == "2") {
       mode = answer == "1" ? 0 : 1;
     } else if (answer == "3") {
-      if (std::optional<std::string> chosen = editor.askFolder(kFolderTitle, library.folder())) library.chooseFolder(*chosen);
+      if (std::optional<std::string> chosen = editor.askFolder(kFolderTitle, library.folder())) library.ChooseFrameFolder(*chosen);
     } else if (key == 'A') {
-      AddFrame(library);
+      PickAndAddFrame(library);
     } else if (key == 'D' || key == 'R' || key == 'N' || key == 'P') {
       const std::optional<std::size_t> row = AskRow(library);
       if (!row) continue;
       library.selected = static_cast<int>(*row);
-      if (key == 'D') Report(library.deleteFrame(*row));
-      else if (key == 'R') RedefineFrame(library, *row);
-      else if (key == 'N') RenameFrame(library, *row);
-      if (key == 'P' || key == 'R') DrawFramePreview(library);
+      if (key == 'D') Report(library.DeleteFrame(*row));
+      else if (key == 'R') PickAndRedefineFrame(library, *row);
+      else if (key == 'N') AskAndRenameFrame(library, *row);
+      if (key == 'P' || key == 'R') ShowFramePreview(library);
     } else if (answer != "?" && answer != "？") {
       host::Print("\n无效的编号。");
       continue;

@@ -198,5 +198,24 @@ TEST_F(FrameCommandTest, TheCommandPlacesAFrameOfTheFolderInTheConfiguredWay) {
   }
 }
 
+
+TEST_F(FrameCommandTest, TheFormAddsRenamesPreviewsAndDeletesFrames) {
+  // The settings row, then the folder; two adds of one name, a rename, a preview, a delete; OK;
+  // and the choice left.
+  const std::vector<std::string> answers{"1", "3", folder_, "A", "W -1,-1 421,298", "A3", "A", "W -1,-1 421,298", "A3",
+                                         "N", "1", "标准A3", "A", "W 990,-110 1110,-90", "B", "P", "1", "D", "2", "",
+                                         "^C"};
+  std::vector<std::string> args{"run", drawing_, "TV_BatchPlot_18"};
+  for (const std::string& a : answers) args.insert(args.end(), {"--answer", a});
+  const RunResult r = Run(args, {}, Path("home").string());
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  EXPECT_EQ(Count(r.out, "图框重名 !"), 1u) << r.out;
+  EXPECT_NE(r.out.find("双击空白处录入新图框"), std::string::npos);
+  EXPECT_NE(r.out.find("图框预览："), std::string::npos) << r.out;
+  EXPECT_TRUE(fs::exists(folder_ + "/标准A3.dxf"));
+  EXPECT_FALSE(fs::exists(folder_ + "/A3.dxf"));
+  EXPECT_FALSE(fs::exists(folder_ + "/B.dxf"));
+}
+
 }  // namespace
 }  // namespace tv::cli

@@ -49,7 +49,7 @@ TEST_F(FrameLibraryTest, ListsTheDrawingFilesNumberedAndRenumbersAfterADelete) {
   EXPECT_EQ(rows[0], (std::array<std::string, 4>{" 1", "A0", "DEL", "REDEFINE"}));
   EXPECT_EQ(FrameListColumns(), (std::vector<std::string>{" 序号 ", " 图    框 ", " 删  除 ", " 重定义 "}));
 
-  EXPECT_FALSE(library.deleteFrame(2));
+  EXPECT_FALSE(library.DeleteFrame(2));
   EXPECT_FALSE(fs::exists(folder_ / "A2.dxf"));
   EXPECT_EQ(Names(library), (std::vector<std::string>{"A0", "A1", "A3", "A4"}));
   std::vector<std::string> numbers;
@@ -65,15 +65,15 @@ TEST_F(FrameLibraryTest, AnEmptyOrMissingFolderGivesAnEmptyList) {
 
 TEST_F(FrameLibraryTest, RenameKeepsTheExtensionAndTheSameNameDoesNothing) {
   FrameLibrary library(folder_.string());
-  EXPECT_FALSE(library.renameFrame(1, "A1"));
+  EXPECT_FALSE(library.RenameFrame(1, "A1"));
   EXPECT_TRUE(fs::exists(folder_ / "A1.dwg"));
-  EXPECT_FALSE(library.renameFrame(1, "标准A1"));
+  EXPECT_FALSE(library.RenameFrame(1, "标准A1"));
   EXPECT_EQ(library.entries()[1].file_name, "标准A1.dwg");
   EXPECT_EQ(library.entries()[1].path, (folder_ / "标准A1.dwg").string());
   EXPECT_TRUE(fs::exists(folder_ / "标准A1.dwg"));
   EXPECT_FALSE(fs::exists(folder_ / "A1.dwg"));
   // Names differ by case only: a frame of its own.
-  EXPECT_FALSE(library.renameFrame(0, "a3"));
+  EXPECT_FALSE(library.RenameFrame(0, "a3"));
   EXPECT_TRUE(fs::exists(folder_ / "a3.dxf"));
 }
 
@@ -85,16 +85,16 @@ TEST_F(FrameLibraryTest, AFailingActionSaysWhyAndLeavesListAndFolderAsTheyWere) 
     std::function<std::optional<FrameFailure>(FrameLibrary&)> act;
     std::string text, caption;
   } cases[] = {
-      {"rename onto another frame", [] {}, [](FrameLibrary& l) { return l.renameFrame(2, "A3"); }, "图框重名 !", "图框重名报错"},
-      {"rename onto a frame of the other format", [] {}, [](FrameLibrary& l) { return l.renameFrame(2, "A1"); },
+      {"rename onto another frame", [] {}, [](FrameLibrary& l) { return l.RenameFrame(2, "A3"); }, "图框重名 !", "图框重名报错"},
+      {"rename onto a frame of the other format", [] {}, [](FrameLibrary& l) { return l.RenameFrame(2, "A1"); },
        "图框重名 !", "图框重名报错"},
-      {"rename onto a folder of that name", [] {}, [](FrameLibrary& l) { return l.renameFrame(2, "sub"); },
+      {"rename onto a folder of that name", [] {}, [](FrameLibrary& l) { return l.RenameFrame(2, "sub"); },
        "文件\n\n" + a2 + "\n\n无法修改文件名 !", "文件改名报错"},
-      {"rename out of the folder", [] {}, [](FrameLibrary& l) { return l.renameFrame(2, "../A2"); },
+      {"rename out of the folder", [] {}, [](FrameLibrary& l) { return l.RenameFrame(2, "../A2"); },
        "文件\n\n" + a2 + "\n\n无法修改文件名 !", "文件改名报错"},
-      {"add under a taken name", [] {}, [](FrameLibrary& l) { return l.addFrame({}, "A0"); }, "图框重名 !", "图框重名报错"},
+      {"add under a taken name", [] {}, [](FrameLibrary& l) { return l.AddFrame({}, "A0"); }, "图框重名 !", "图框重名报错"},
       {"delete a file that went away", [&] { fs::remove(a2); },
-       [](FrameLibrary& l) { return l.deleteFrame(2); }, "文件\n\n" + a2 + "\n\n无法删除 !", "文件删除报错"},
+       [](FrameLibrary& l) { return l.DeleteFrame(2); }, "文件\n\n" + a2 + "\n\n无法删除 !", "文件删除报错"},
   };
   for (const auto& c : cases) {
     FrameLibrary library(folder_.string());
@@ -115,7 +115,7 @@ TEST_F(FrameLibraryTest, DeleteInAReadOnlyFolderKeepsTheFrame) {
   if (geteuid() == 0) GTEST_SKIP() << "the superuser writes into read-only folders";
   FrameLibrary library(folder_.string());
   fs::permissions(folder_, fs::perms::owner_write, fs::perm_options::remove);
-  const auto failure = library.deleteFrame(0);
+  const auto failure = library.DeleteFrame(0);
   fs::permissions(folder_, fs::perms::owner_write, fs::perm_options::add);
   ASSERT_TRUE(failure);
   EXPECT_EQ(failure->caption, "文件删除报错");
@@ -127,8 +127,8 @@ TEST_F(FrameLibraryTest, ChoosingAnotherFolderRefillsTheList) {
   FrameLibrary library(folder_.string());
   fs::create_directories(folder_ / "other");
   WriteFile(folder_ / "other" / "B.dxf", "x");
-  EXPECT_FALSE(library.chooseFolder(folder_.string()));
-  EXPECT_TRUE(library.chooseFolder((folder_ / "other").string()));
+  EXPECT_FALSE(library.ChooseFrameFolder(folder_.string()));
+  EXPECT_TRUE(library.ChooseFrameFolder((folder_ / "other").string()));
   EXPECT_EQ(Names(library), (std::vector<std::string>{"B"}));
   EXPECT_EQ(library.selected, 0);
 }
