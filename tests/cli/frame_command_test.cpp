@@ -9,6 +9,7 @@
 
 #include "../aids/aids_drawings.h"
 #include "../aids/drawing_diff.h"
+#include "../support/corpus.h"
 #include "../support/entity_builders.h"
 #include "../support/tvplot_test.h"
 #include "cad/drawing_file.h"
@@ -37,6 +38,27 @@ Extents3d AddedLines(const std::string& before, const std::string& after) {
       box.add(l->end);
     }
   return box;
+}
+
+// The pixels of a PNG: white, black, and any other colour.
+struct Pixels {
+  std::size_t white = 0, black = 0, other = 0;
+};
+Pixels CountPixels(const std::string& png) {
+  Pixels n;
+  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> picture(cairo_image_surface_create_from_png(png.c_str()),
+                                                                             &cairo_surface_destroy);
+  EXPECT_EQ(cairo_surface_status(picture.get()), CAIRO_STATUS_SUCCESS) << png;
+  if (cairo_surface_status(picture.get()) != CAIRO_STATUS_SUCCESS) return n;
+  const int w = cairo_image_surface_get_width(picture.get()), h = cairo_image_surface_get_height(picture.get());
+  const int stride = cairo_image_surface_get_stride(picture.get());
+  const unsigned char* data = cairo_image_surface_get_data(picture.get());
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      const std::uint32_t px = reinterpret_cast<const std::uint32_t*>(data + y * stride)[x] & 0xFFFFFF;
+      (px == 0xFFFFFF ? n.white : px == 0 ? n.black : n.other) += 1;
+    }
+  return n;
 }
 
 class FrameCommandTest : public TvplotTest {
@@ -84,18 +106,7 @@ TEST_F(FrameCommandTest, AddListPreviewRenamePlaceAndDelete) {
   const std::string png = Path("A3.png").string();
   r = Frame({"preview", "A3", "--out", png});
   ASSERT_EQ(r.exitCode, 0) << r.err;
-  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> picture(cairo_image_surface_create_from_png(png.c_str()),
-                                                                             &cairo_surface_destroy);
-  ASSERT_EQ(cairo_surface_status(picture.get()), CAIRO_STATUS_SUCCESS);
-  const int w = cairo_image_surface_get_width(picture.get()), h = cairo_image_surface_get_height(picture.get());
-  const int stride = cairo_image_surface_get_stride(picture.get());
-  const unsigned char* data = cairo_image_surface_get_data(picture.get());
-  std::size_t white = 0, black = 0, other = 0;
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x) {
-      const std::uint32_t px = reinterpret_cast<const std::uint32_t*>(data + y * stride)[x] & 0xFFFFFF;
-      (px == 0xFFFFFF ? white : px == 0 ? black : other) += 1;
-    }
+  const auto [white, black, other] = CountPixels(png);
   EXPECT_GT(white, 1000u);
   EXPECT_GT(black, white);
   EXPECT_EQ(other, 0u);
@@ -215,6 +226,21 @@ TEST_F(FrameCommandTest, TheFormAddsRenamesPreviewsAndDeletesFrames) {
   EXPECT_TRUE(fs::exists(folder_ + "/标准A3.dxf"));
   EXPECT_FALSE(fs::exists(folder_ + "/A3.dxf"));
   EXPECT_FALSE(fs::exists(folder_ + "/B.dxf"));
+}
+
+
+TEST_F(FrameCommandTest, ADwgFrameIsListedAndPreviewed) {
+  const fs::path dwg = test_support::CorpusDir() / "acadsharp" / "sample_AC1018.dwg";
+  TV_SKIP_WITHOUT_CORPUS(dwg);
+  fs::copy_file(dwg, fs::path(folder_) / "样例.dwg");
+  RunResult r = Frame({"list"});
+  EXPECT_NE(r.out.find("样例"), std::string::npos) << r.out;
+  const std::string png = Path("dwg.png").string();
+  r = Frame({"preview", "样例", "--out", png});
+  ASSERT_EQ(r.exitCode, 0) << r.err;
+  const Pixels n = CountPixels(png);
+  EXPECT_GT(n.white, 200u);
+  EXPECT_EQ(n.other, 0u);
 }
 
 }  // namespace
