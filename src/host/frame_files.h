@@ -30,9 +30,12 @@ std::optional<std::vector<FileSegment>> DrawingFileSegments(const std::string& p
 bool WriteSegmentPicture(const std::vector<FileSegment>& segments, int width, int height, int margin,
                          const std::string& path);
 
-// Copies the model space of a drawing file into the current space of the working drawing: block
-// inserts are broken into their pieces, layers missing in the drawing are added with the file's
-// colours. The new entities' ids; nullopt when the file can't be read.
+// Copies the model space of a drawing file into the current space of the working drawing: curves,
+// text and solids as they are, block inserts broken into their pieces (visible attributes as
+// text); entities that need records of the file beyond layers, linetypes and text styles (hatches,
+// dimensions, pictures) are left out. Layers missing in the drawing are added with the file's
+// states; missing linetypes become ByLayer, missing text styles "Standard". The new entities' ids;
+// nullopt when the file can't be read.
 std::optional<ObjectIdArray> CopyDrawingFileEntities(const std::string& path);
 
 }  // namespace tv::host
