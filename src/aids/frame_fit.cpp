@@ -140,15 +140,17 @@ bool TwoCornerFit(FrameFitState& state, bool own) {
   return true;
 }
 
-// The frame goes around what the selections hold, the drawing area covering their extents; Tab
-// at the prompt turns it a step further.
+// The frame goes around what the selections hold, the drawing area covering their extents; each
+// selection made with Tab held turns it a step further.
 bool SelectionFit(FrameFitState& state, bool own) {
   int direction = 0;
-  const host::SelectionKey tab('\t', [&direction] { direction = (direction + 1) % 3; });
   ObjectIdArray content;
   for (;;) {
     ObjectIdArray ids;
-    if (host::CurrentEditor().select("_:$", {kContentPrompt, ""}, {}, {}, ids) != host::RTNORM || ids.empty()) break;
+    const int status = host::CurrentEditor().select("_:$", {kContentPrompt, ""}, {}, {}, ids);
+    const bool tab = host::KeyHeldAtSelection(host::kTabKey);
+    if (tab) direction = (direction + 1) % 3;
+    if (status != host::RTNORM || (ids.empty() && !tab)) break;
     // The frame itself is never what it goes around.
     for (ObjectId id : ids)
       if (std::find(state.ids.begin(), state.ids.end(), id) == state.ids.end()) content.push_back(id);

@@ -191,10 +191,13 @@ TEST_F(FrameCommandTest, TheCommandPlacesAFrameOfTheFolderInTheConfiguredWay) {
   const struct {
     const char* what;
     std::vector<std::string> answers;  // after the settings form's folder
-    double x0, x1;
+    double x0, x1, y0, y1;
   } cases[] = {
-      {"two corners", {"1", "", "3", "1000,500", "3000,1500"}, 2000 - 195 * 1000 / 287.0, 2000 + 195 * 1000 / 287.0},
-      {"around a selection", {"2", "", "3", "W 990,-110 1110,-90", ""}, 1000, 1100},
+      {"two corners", {"1", "", "3", "1000,500", "3000,1500"}, 2000 - 195 * 1000 / 287.0, 2000 + 195 * 1000 / 287.0, 500, 1500},
+      {"around a selection", {"2", "", "3", "W 990,-110 1110,-90", ""}, 1000, 1100, -100 - 50 * 287 / 390.0,
+       -100 + 50 * 287 / 390.0},
+      {"around, turned by Tab", {"2", "", "3", "TAB W 990,-110 1110,-90", ""}, 1000, 1100, -100 - 50 * 390 / 287.0,
+       -100 + 50 * 390 / 287.0},
   };
   for (const auto& c : cases) {
     const std::string out = Path("placed18.dxf").string();
@@ -206,6 +209,8 @@ TEST_F(FrameCommandTest, TheCommandPlacesAFrameOfTheFolderInTheConfiguredWay) {
     const Extents3d border = AddedLines(drawing_, out);
     EXPECT_NEAR(border.min.x, c.x0, 1e-6) << c.what << r.out;
     EXPECT_NEAR(border.max.x, c.x1, 1e-6) << c.what;
+    EXPECT_NEAR(border.min.y, c.y0, 1e-6) << c.what;
+    EXPECT_NEAR(border.max.y, c.y1, 1e-6) << c.what;
   }
 }
 
