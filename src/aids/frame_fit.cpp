@@ -7,6 +7,8 @@
 #include "host/editor.h"
 #include "host/entity.h"
 #include "host/entity_copy.h"
+#include "host/frame_files.h"
+#include "host/input_state.h"
 #include "host/wrappers.h"
 #include "plot/typed_point.h"
 #include "recognition/sheet_geometry.h"
@@ -116,27 +118,49 @@ std::optional<Point3d> AskCorner(const char* prompt, int& direction) {
 
 Point3d UserToWorking(Point3d p) { return recognition::ToWorking(host::Trans(p, host::kUser, host::kWorld)); }
 
-void TwoCornerFit(FrameFitState& state) {
-  int direction = 0;
-  const std::optional<Point3d> first = AskCorner(kFirstCorner, direction);
-  if (!first) return;
-  const std::optional<Point3d> second = AskCorner(kSecondCorner, direction);
-  if (!second) return;
-  state.corner1 = UserToWorking(*first);
-  state.corner2 = UserToWorking(*second);
-  const Matrix3d working = FitTransform(state.area, state.corner1, state.corner2, direction);
+// Places the frame: its own entities moved when they are new to the drawing, copies otherwise.
+void Place(const FrameFitState& state, const Matrix3d& working, bool own) {
   const recognition::UcsState& ucs = recognition::Ucs();
   const Matrix3d world = ucs.active ? ucs.ucsToWorld * working * ucs.worldToUcs : working;
-  for (ObjectId id : state.ids)
-    if (const ObjectId copy = host::CopyEntity(id)) host::TransformEntity(copy, world);
+  for (ObjectId id : state.ids) {
+    const ObjectId target = own ? id : host::CopyEntity(id);
+    if (target) host::TransformEntity(target, world);
+  }
 }
 
-// This mode places nothing: the selections are taken and let go.
-void SelectionFit() {
+bool TwoCornerFit(FrameFitState& state, bool own) {
+  int direction = 0;
+  const std::optional<Point3d> first = AskCorner(kFirstCorner, direction);
+  if (!first) return false;
+  const std::optional<Point3d> second = AskCorner(kSecondCorner, direction);
+  if (!second) return false;
+  state.corner1 = UserToWorking(*first);
+  state.corner2 = UserToWorking(*second);
+  Place(state, FitTransform(state.area, state.corner1, state.corner2, direction), own);
+  return true;
+}
+
+// The frame goes around what the selections hold, the drawing area covering their extents; each
+// selection made with Tab held turns it a step further.
+bool SelectionFit(FrameFitState& state, bool own) {
+  int direction = 0;
+  ObjectIdArray content;
   for (;;) {
     ObjectIdArray ids;
-    if (host::CurrentEditor().select("_:$", {kContentPrompt, ""}, {}, {}, ids) != host::RTNORM || ids.empty()) return;
+    const int status = host::CurrentEditor().select("_:$", {kContentPrompt, ""}, {}, {}, ids);
+    const bool tab = host::KeyHeldAtSelection(host::kTabKey);
+    if (tab) direction = (direction + 1) % 3;
+    if (status != host::RTNORM || (ids.empty() && !tab)) break;
+    // The frame itself is never what it goes around.
+    for (ObjectId id : ids)
+      if (std::find(state.ids.begin(), state.ids.end(), id) == state.ids.end()) content.push_back(id);
   }
+  const Extents3d box = recognition::SelectionExtents(content);
+  if (content.empty() || box.isEmpty()) return false;
+  state.corner1 = box.min;
+  state.corner2 = box.max;
+  Place(state, AroundTransform(state.area, box.min, box.max, direction), own);
+  return true;
 }
 
 }  // namespace
@@ -174,6 +198,17 @@ Matrix3d FitTransform(const Extents3d& area, Point3d corner1, Point3d corner2, i
   return Matrix3d::translation(move) * Matrix3d::scaling(s > 0 ? s : 1, centre) * Matrix3d::rotation(angle, Vector3d::zAxis(), centre);
 }
 
+Matrix3d AroundTransform(const Extents3d& area, Point3d corner1, Point3d corner2, int direction) {
+  const bool across = direction == 1 || direction == 2;
+  const double w = across ? area.height() : area.width(), h = across ? area.width() : area.height();
+  const double spanX = std::abs(corner2.x - corner1.x), spanY = std::abs(corner2.y - corner1.y);
+  // The larger of the two ratios: the area covers the box on both axes.
+  const double s = std::max(w > 0 ? spanX / w : 0, h > 0 ? spanY / h : 0);
+  const double sx = s > 0 ? s * w : 1, sy = s > 0 ? s * h : 1;
+  const Point3d mid{(corner1.x + corner2.x) / 2, (corner1.y + corner2.y) / 2, 0};
+  return FitTransform(area, {mid.x - sx / 2, mid.y - sy / 2, 0}, {mid.x + sx / 2, mid.y + sy / 2, 0}, direction);
+}
+
 void FrameFitCommand() {
   if (JustFinished()) {
     JustFinished() = false;
@@ -181,33 +216,48 @@ void FrameFitCommand() {
   }
   recognition::RefreshUcs(false);
   host::Editor& editor = host::CurrentEditor();
+  std::vector<titleblock::FrameEntry> frames;
+  int chosenRow = 0;
   for (;;) {
+    frames = titleblock::FillFrameList(settings::FrameFolder());
     std::vector<std::string> rows{kSettingsRow, kPickRow};
-    for (const titleblock::FrameEntry& f : titleblock::FillFrameList(settings::FrameFolder()))
-      rows.push_back(titleblock::ShownFrameName(f));
+    for (const titleblock::FrameEntry& f : frames) rows.push_back(titleblock::ShownFrameName(f));
     const std::optional<int> chosen = editor.chooseItem(kFormTitle, rows, 0);
     if (!chosen) return;
     if (*chosen == 0) {
       titleblock::PutFrameSettingForm();
       continue;
     }
+    chosenRow = *chosen;
     break;
   }
   FrameFitState state;
   ObjectIdArray ids;
-  if (editor.select("_:$", {kFramePrompt, ""}, {}, {}, ids) != host::RTNORM || ids.empty()) return;
+  const bool fromFolder = chosenRow >= 2 && static_cast<std::size_t>(chosenRow - 2) < frames.size();
+  if (fromFolder) {
+    // The frame's file joins the drawing; it is moved into place, or taken out again when the
+    // placing stops.
+    ids = host::CopyDrawingFileEntities(frames[chosenRow - 2].path).value_or(ObjectIdArray{});
+  } else if (editor.select("_:$", {kFramePrompt, ""}, {}, {}, ids) != host::RTNORM || ids.empty()) {
+    return;
+  }
   if (!FindFrameArea(ids, state)) {
+    if (fromFolder) host::EraseEntities(ids);
     host::Print(std::string("\n") + kNoArea);
     return;
   }
-  if (settings::GlobalConfig().put_frame_mode == 1) SelectionFit();
-  else TwoCornerFit(state);
+  const bool placed = PlaceFrame(state, settings::GlobalConfig().put_frame_mode, fromFolder);
+  if (fromFolder && !placed) host::EraseEntities(ids);
   // The copies carry their attributes with them, so they are already in step with their
   // definitions; a host whose clone drops them would send "_ATTSYNC Name %s" here for
   // state.attributedBlocks. The command's second entry only ends it, from a clean command context.
   editor.sendStringToExecute("TV_BatchPlot_18\n");
   editor.sendStringToExecute("\x03\x03");
   JustFinished() = true;
+}
+
+bool PlaceFrame(FrameFitState& state, int mode, bool own) {
+  return mode == 1 ? SelectionFit(state, own) : TwoCornerFit(state, own);
 }
 
 }  // namespace tv::aids

@@ -1,6 +1,7 @@
 #pragma once
-// TV_BatchPlot_18: a title block of the drawing fitted around drawing content. Its drawing area
-// is found from its lines, then a copy of the frame is placed with that area on two corners.
+// TV_BatchPlot_18: a title block fitted around drawing content, taken from the frame folder or
+// picked in the drawing. Its drawing area is found from its lines, then the frame is placed with
+// that area on two corners or around selected graphics.
 #include <string>
 #include <vector>
 
@@ -35,7 +36,17 @@ bool FindFrameArea(const ObjectIdArray& ids, FrameFitState& state);
 // between the corners keeping its proportions, and centres it there.
 Matrix3d FitTransform(const Extents3d& area, Point3d corner1, Point3d corner2, int direction);
 
-// The command body.
+// As FitTransform, but the area covers the box between the corners on both axes (the larger of
+// the two ratios), centred on it.
+Matrix3d AroundTransform(const Extents3d& area, Point3d corner1, Point3d corner2, int direction);
+
+// Places the frame of the state: mode 0 on two corners the user gives, mode 1 around the graphics
+// the user selects. `own`: the state's entities are new to the drawing and are moved, else copies
+// are placed. False when the user gave no corners or nothing to go around.
+bool PlaceFrame(FrameFitState& state, int mode, bool own);
+
+// The command body: a frame of the frame folder, or one picked in the drawing, placed by the
+// configured put_frame_mode.
 void FrameFitCommand();
 
 }  // namespace tv::aids

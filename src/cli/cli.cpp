@@ -13,6 +13,7 @@
 #include "cli/command_line.h"
 #include "cli/config_command.h"
 #include "cli/console_command.h"
+#include "cli/frame_command.h"
 #include "cli/info_command.h"
 #include "cli/paper_command.h"
 #include "cli/plot_command.h"
@@ -46,6 +47,7 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &TitleBlockSubcommand,
     &ReportSubcommand,
     &TkSubcommand,
+    &FrameSubcommand,
     &SignSubcommand,
     &StampSubcommand,
     &ConfigSubcommand,

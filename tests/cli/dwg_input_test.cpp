@@ -300,6 +300,10 @@ class DwgStandIn : public ::testing::Test {
     env_.emplace_back(std::make_unique<ScopedEnv>("TVPLOT_DWG_CONVERTER", path.string()));
   }
   void Env(const char* name, const std::string& value) { env_.emplace_back(std::make_unique<ScopedEnv>(name, value)); }
+  // Last set, first restored: a variable set twice gets back its value from before the test.
+  void TearDown() override {
+    while (!env_.empty()) env_.pop_back();
+  }
 
   TempDir dir_{"tv_dwg_standin"};
   std::string dwg_;
