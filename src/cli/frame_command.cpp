@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "aids/frame_fit.h"
+#include "cli/action_options.h"
 #include "cli/json_output.h"
 #include "cli/library_import.h"
 #include "cli/loaded_module.h"
@@ -19,7 +20,6 @@
 #include "host/command_prologue.h"
 #include "host/entity.h"
 #include "host/frame_files.h"
-#include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "settings/config.h"
 #include "titleblock/frame_library.h"
@@ -36,13 +36,9 @@ constexpr const char* kProgram = "tvplot frame: ";
 constexpr const char* kActions = "list、add、delete、rename、redefine、preview 或 place";
 
 // The options, with the actions that take each.
-struct ActionOption {
-  const char* name;
-  const char* value;
-  const char* help;
-  const char* actions;
-};
 constexpr ActionOption kActionOptions[] = {
+    {"--all", nullptr, "add、redefine：取模型空间的全部图形", "add、redefine"},
+    {"--json", nullptr, "list：以 JSON 输出", "list"},
     {"--folder", "文件夹", "图框所在文件夹（默认为设置中的图框文件夹）", "list、add、delete、rename、redefine、preview、place"},
     {"--name", "图框名", "add：新图框的名称；place：要放置的图框", "add、place"},
     {"--window", "X1,Y1 X2,Y2", "add、redefine：取完全位于此窗口内的图形", "add、redefine"},
@@ -51,7 +47,6 @@ constexpr ActionOption kActionOptions[] = {
     {"--around", "X1,Y1 X2,Y2", "place：图框套住完全位于此窗口内的图形（选取需要套图框的图形）", "place"},
     {"--out", "文件", "preview：预览图片（.png）；place：结果另存为该图纸", "preview、place"},
 };
-constexpr const char* kFlagActions[][2] = {{"--all", "add、redefine"}, {"--json", "list"}};
 
 std::string Folder(const ParsedArgs& args) { return args.value("--folder").value_or(settings::FrameFolder()); }
 
@@ -185,9 +180,10 @@ int WithDrawing(const std::string& path, CliStreams& io, std::vector<std::string
   options.answers = std::move(answers);
   console::Session session(std::move(*db), path, std::move(options));
   const NoticesToErr notices(io);
-  host::OnLoad();
-  const int result = work();
-  host::OnUnload();
+  const int result = [&] {
+    const ModuleScope module;
+    return work();
+  }();
   if (result != kExitOk || !saveAs) return result;
   if (!SaveDrawingAs(session.database(), *saveAs, io)) return kExitNotSaved;
   io.out << *saveAs << '\n';
@@ -346,20 +342,14 @@ void DefineFrame(CLI::App& app) {
            "  失败的操作不改变图框文件夹。\n"
            "  退出码：0 完成，1 用法错误，2 图纸或图框无法读取、图框不存在，3 图框未放置，4 文件无法写入、删除或改名，\n"
            "  5 图纸无法保存，6 图框重名，7 没有选中图形\n");
-  for (const auto& [flag, actions] : kFlagActions)
-    AddFlag(app, flag, std::string(flag) == "--all" ? "add、redefine：取模型空间的全部图形" : "list：以 JSON 输出");
-  for (const ActionOption& o : kActionOptions) AddValue(app, o.name, o.value, o.help);
+  AddActionOptions(app, kActionOptions);
 }
 
 int RunFrame(const ParsedArgs& args, CliStreams& io) {
   if (args.positional.empty()) return args.usage(io, std::string("缺少操作：") + kActions);
   const std::string& action = args.positional.front();
-  for (const ActionOption& o : kActionOptions)
-    if (args.value(o.name) && std::string_view(o.actions).find(action) == std::string_view::npos)
-      return args.usage(io, std::string(o.name) + " 只用于 " + o.actions);
-  for (const auto& [flag, actions] : kFlagActions)
-    if (args.has(flag) && std::string_view(actions).find(action) == std::string_view::npos)
-      return args.usage(io, std::string(flag) + " 只用于 " + actions);
+  if (std::optional<std::string> misplaced = MisplacedOption(args, action, kActionOptions))
+    return args.usage(io, *misplaced);
   if (action == "list") return RunList(args, io);
   if (action == "add") return RunAdd(args, io);
   if (action == "delete") return RunDelete(args, io);

@@ -22,11 +22,12 @@ console::SessionOptions Options(CliStreams& io, std::vector<std::string> answers
 
 }  // namespace
 
-LoadedModule::LoadedModule(CliStreams& io, std::vector<std::string> answers, std::istream* terminal)
-    : session_(cad::Database::createDefault(), std::string(), Options(io, std::move(answers), terminal)) {
-  host::OnLoad();
-}
+ModuleScope::ModuleScope() { host::OnLoad(); }
+ModuleScope::~ModuleScope() { host::OnUnload(); }
 
-LoadedModule::~LoadedModule() { host::OnUnload(); }
+LoadedModule::LoadedModule(CliStreams& io, std::vector<std::string> answers, std::istream* terminal)
+    : session_(cad::Database::createDefault(), std::string(), Options(io, std::move(answers), terminal)) {}
+
+LoadedModule::~LoadedModule() = default;
 
 }  // namespace tv::cli

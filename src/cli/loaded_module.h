@@ -11,6 +11,16 @@
 
 namespace tv::cli {
 
+// The module loaded into a session the caller made, for the life of the scope: unloaded also when
+// the work throws.
+class ModuleScope {
+ public:
+  ModuleScope();
+  ~ModuleScope();
+  ModuleScope(const ModuleScope&) = delete;
+  ModuleScope& operator=(const ModuleScope&) = delete;
+};
+
 class LoadedModule {
  public:
   // `answers` answer the questions first; then `terminal`, when given.
@@ -23,6 +33,7 @@ class LoadedModule {
 
  private:
   console::Session session_;
+  ModuleScope module_;
 };
 
 }  // namespace tv::cli

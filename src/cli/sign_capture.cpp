@@ -5,11 +5,11 @@
 
 #include "cli/library_import.h"
 #include "cli/option_values.h"
+#include "cli/loaded_module.h"
 #include "cli/session_launch.h"
 #include "console/session.h"
 #include "console/text_table.h"
 #include "host/curve_pieces.h"
-#include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "settings/config.h"
 #include "signing/sign_add.h"
@@ -95,14 +95,6 @@ ObjectIdArray PickedCurves(const CaptureRequest& request) {
   return picked;
 }
 
-class ModuleLoaded {
- public:
-  ModuleLoaded() { host::OnLoad(); }
-  ~ModuleLoaded() { host::OnUnload(); }
-  ModuleLoaded(const ModuleLoaded&) = delete;
-  ModuleLoaded& operator=(const ModuleLoaded&) = delete;
-};
-
 }  // namespace
 
 int RunSignCapture(const ParsedArgs& args, CliStreams& io) {
@@ -116,7 +108,7 @@ int RunSignCapture(const ParsedArgs& args, CliStreams& io) {
   console::SessionOptions options;
   options.out = &io.err;
   console::Session session(std::move(*db), path, std::move(options));
-  const ModuleLoaded module;
+  const ModuleScope module;
   const ObjectIdArray curves = PickedCurves(request);
 
   signing::SignLibrary& library = signing::GlobalSignLibrary();

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <string_view>
 
+#include "cli/action_options.h"
 #include "cli/library_import.h"
 #include "cli/loaded_module.h"
 #include "cli/sign_capture.h"
@@ -22,12 +23,6 @@ using console::Printable;
 namespace {
 
 // The options of the actions that work on drawings, with the actions that take each.
-struct ActionOption {
-  const char* name;
-  const char* value;
-  const char* help;
-  const char* actions;
-};
 constexpr ActionOption kActionOptions[] = {
     {"--id", "N", "capture：新签名的人员编号；place、approve：人员编号", "capture、place、approve"},
     {"--name", "姓名", "capture：新签名的姓名；place：签名库中的姓名", "capture、place"},
@@ -155,7 +150,7 @@ void DefineSign(CLI::App& app) {
            "  6 签名库中已有该人员编号，7 所选曲线未形成封闭的签名轮廓\n");
   AddFlag(app, "--keep", "导入时保留原签名库信息（回答“是”）");
   AddFlag(app, "--replace", "导入时不保留原签名库信息（回答“否”）");
-  for (const ActionOption& o : kActionOptions) AddValue(app, o.name, o.value, o.help);
+  AddActionOptions(app, kActionOptions);
 }
 
 int RunSign(const ParsedArgs& args, CliStreams& io) {
@@ -163,9 +158,8 @@ int RunSign(const ParsedArgs& args, CliStreams& io) {
   const std::string& action = args.positional.front();
   if (action != "import" && (args.has("--keep") || args.has("--replace")))
     return args.usage(io, "--keep 和 --replace 只用于 import");
-  for (const ActionOption& o : kActionOptions)
-    if (args.value(o.name) && std::string_view(o.actions).find(action) == std::string_view::npos)
-      return args.usage(io, std::string(o.name) + " 只用于 " + o.actions);
+  if (std::optional<std::string> misplaced = MisplacedOption(args, action, kActionOptions))
+    return args.usage(io, *misplaced);
   if (action == "list") return RunList(args, io);
   if (action == "export") return RunExport(args, io);
   if (action == "import") return RunImport(args, io);

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "cli/option_values.h"
+#include "cli/loaded_module.h"
 #include "cli/session_launch.h"
 #include "console/console_editor.h"
 #include "console/session.h"
 #include "console/text_table.h"
 #include "host/entity.h"
-#include "host/module_entry.h"
 #include "host/wrappers.h"
 #include "paper/new_paper_form.h"
 #include "paper/paper.h"
@@ -127,14 +127,6 @@ Extents3d OnDrawing(const host::Entity& insert, Point3d a, Point3d b) {
   return Extents3d(a, b).transformed(insert.blockTransform());
 }
 
-class ModuleLoaded {
- public:
-  ModuleLoaded() { host::OnLoad(); }
-  ~ModuleLoaded() { host::OnUnload(); }
-  ModuleLoaded(const ModuleLoaded&) = delete;
-  ModuleLoaded& operator=(const ModuleLoaded&) = delete;
-};
-
 }  // namespace
 
 int RunTkDefine(const ParsedArgs& args, CliStreams& io) {
@@ -147,7 +139,7 @@ int RunTkDefine(const ParsedArgs& args, CliStreams& io) {
   console::SessionOptions options;
   options.out = &io.err;
   console::Session session(std::move(*db), request.drawing, std::move(options));
-  const ModuleLoaded module;
+  const ModuleScope module;
   const ObjectId insertId = FirstInsertOf(request.block);
   if (!insertId) {
     io.err << "tvplot tk: 图纸 " << Printable(request.drawing) << " 的模型空间中没有图块 " << Printable(request.block)

@@ -192,19 +192,9 @@ class GenericRows final : public ListRows {
       host::Print("\n  " + std::to_string(i + 1) + ". " + SortTypeItems()[i]);
     const std::optional<std::string> order = AskText("排序方式", std::to_string(form.sort_style));
     if (!order) return;
-    const auto whole = [](const std::string& text, std::int32_t low, std::int32_t high) -> std::optional<std::int32_t> {
-      try {
-        std::size_t used = 0;
-        const int v = std::stoi(text, &used);
-        if (used != text.size() || v < low || v > high) return std::nullopt;
-        return v;
-      } catch (...) {
-        return std::nullopt;
-      }
-    };
-    const std::optional<std::int32_t> startValue = whole(*start, -999999, 999999);
-    const std::optional<std::int32_t> digitsValue = whole(*digits, 1, 9);
-    const std::optional<std::int32_t> orderValue = whole(*order, 1, 9);
+    const std::optional<std::int32_t> startValue = WholeIn(*start, -999999, 999999);
+    const std::optional<std::int32_t> digitsValue = WholeIn(*digits, 1, 9);
+    const std::optional<std::int32_t> orderValue = WholeIn(*order, 1, 9);
     if (!startValue || !digitsValue || !orderValue) {
       host::Print("\n起始编号应为整数，编号位数和排序方式应在 1 到 9 之间。");
       return;

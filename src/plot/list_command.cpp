@@ -209,4 +209,15 @@ ListCommand ParseListCommand(std::string_view answer, std::size_t rowCount, cons
   return c;
 }
 
+std::optional<std::int32_t> WholeIn(const std::string& text, std::int32_t low, std::int32_t high) {
+  try {
+    std::size_t used = 0;
+    const int v = std::stoi(text, &used);
+    if (used != text.size() || v < low || v > high) return std::nullopt;
+    return v;
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace tv::plot

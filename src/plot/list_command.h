@@ -8,6 +8,8 @@
 // Rows are "3", "2-5", "1,4", "1,3-5" or "*". A control is named by its number or its label
 // (blanks inside the label may be left out), optionally followed by its new value.
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +35,8 @@ ListCommand ParseListCommand(std::string_view answer, std::size_t rowCount, cons
 
 // Blanks (ASCII and the ideographic one) taken from both ends.
 std::string_view TrimAnswer(std::string_view text);
+// A whole answer as a number from `low` to `high`; nullopt for anything else.
+std::optional<std::int32_t> WholeIn(const std::string& text, std::int32_t low, std::int32_t high);
 // Without any blanks, for comparing labels such as "生 成 目 录" with what users type.
 std::string WithoutBlanks(std::string_view text);
 

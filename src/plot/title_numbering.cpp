@@ -22,17 +22,6 @@ std::optional<std::string> AskText(const std::string& label, const std::string& 
   return std::string(a);
 }
 
-std::optional<std::int32_t> WholeIn(const std::string& text, std::int32_t low, std::int32_t high) {
-  try {
-    std::size_t used = 0;
-    const int v = std::stoi(text, &used);
-    if (used != text.size() || v < low || v > high) return std::nullopt;
-    return v;
-  } catch (...) {
-    return std::nullopt;
-  }
-}
-
 // A whole number asked until one is typed; nullopt when cancelled.
 std::optional<std::int32_t> AskWhole(const std::string& label, std::int32_t current, std::int32_t low,
                                      std::int32_t high, const std::string& refusal) {
