@@ -301,7 +301,7 @@ int RunTk(const ParsedArgs& args, CliStreams& io) {
 }  // namespace
 
 const Subcommand& TkSubcommand() {
-  static const Subcommand kTk{"tk", "显示、导出或导入图框信息库", &DefineTk, &RunTk};
+  static const Subcommand kTk{"tk", "显示、导出或导入图框信息库，或由图纸中的图块录入图框定义", &DefineTk, &RunTk};
   return kTk;
 }
 
