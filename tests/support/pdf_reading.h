@@ -1,13 +1,6 @@
 #pragma once
-// What tests check in a written PDF, read through qpdf: its pages (size, rotation, whether their
-// fonts can give back text) and its top-level outline.
-#define POINTERHOLDER_TRANSITION 4
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFOutlineDocumentHelper.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
-#include <qpdf/QPDFPageObjectHelper.hh>
-
-#include <exception>
+// What tests check in a written PDF, read through qpdf (tests/support/pdf_files.cpp): its pages
+// (size, rotation, whether their fonts can give back text) and its top-level outline.
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,44 +20,7 @@ struct PdfFacts {
   std::vector<int> outlinePages;           // the page (from 0) each entry leads to; -1 for none
 };
 
-inline PdfFacts ReadPdfFacts(const std::string& path) {
-  PdfFacts facts;
-  try {
-    QPDF pdf;
-    pdf.processFile(path.c_str());
-    std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(pdf).getAllPages();
-    for (QPDFPageObjectHelper& page : pages) {
-      PdfPageFacts f;
-      const QPDFObjectHandle::Rectangle box = page.getAttribute("/MediaBox", false).getArrayAsRectangle();
-      f.widthMm = (box.urx - box.llx) * 25.4 / 72;
-      f.heightMm = (box.ury - box.lly) * 25.4 / 72;
-      QPDFObjectHandle rotate = page.getAttribute("/Rotate", false);
-      if (rotate.isInteger()) f.rotate = rotate.getIntValueAsInt();
-      QPDFObjectHandle resources = page.getAttribute("/Resources", false);
-      if (resources.isDictionary() && resources.getKey("/Font").isDictionary()) {
-        QPDFObjectHandle fonts = resources.getKey("/Font");
-        for (const std::string& key : fonts.getKeys()) {
-          ++f.fonts;
-          if (fonts.getKey(key).isDictionary() && fonts.getKey(key).hasKey("/ToUnicode")) ++f.fontsWithText;
-        }
-      }
-      facts.pages.push_back(f);
-    }
-    QPDFOutlineDocumentHelper outlines(pdf);
-    for (QPDFOutlineObjectHelper& item : outlines.getTopLevelOutlines()) {
-      facts.outline.push_back(item.getTitle());
-      const QPDFObjectHandle target = item.getDestPage();
-      int at = -1;
-      for (std::size_t i = 0; i < pages.size(); ++i)
-        if (target.isIndirect() && pages[i].getObjectHandle().getObjGen() == target.getObjGen()) at = static_cast<int>(i);
-      facts.outlinePages.push_back(at);
-    }
-    facts.read = true;
-  } catch (const std::exception&) {
-    facts.read = false;
-  }
-  return facts;
-}
+PdfFacts ReadPdfFacts(const std::string& path);
 
 // Width and height in millimetres of the first page; zeros when the file is no readable PDF.
 inline std::pair<double, double> PageMm(const std::string& path) {
