@@ -323,7 +323,8 @@ bool CairoCanvas::finish(std::string& error) {
 std::vector<Polyline2d> GlyphOutlines(const GlyphRun& run, double toleranceMm) {
   std::vector<Polyline2d> rings;
   if (run.glyphs.empty() || !run.face || !UsableFontMatrix(run)) return rings;
-  cairo_surface_t* scratch = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+  // An unbounded surface: on a bounded one cairo leaves out the glyphs that fall outside it.
+  cairo_surface_t* scratch = cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr);
   cairo_t* cr = cairo_create(scratch);
   cairo_set_tolerance(cr, toleranceMm > 0 ? toleranceMm : 0.02);
   cairo_set_font_face(cr, run.face);

@@ -223,6 +223,8 @@ TEST_F(PlotEngine, EpsAndPltFiles) {
 
   db.addLayer("R").colorIndex = 1;
   AddLine(db, model, {0, 297}, {420, 0}, db.findLayer("R")->id).lineweight = 50;
+  // Text far from the page origin, filled as outlines.
+  Add(db, model, test_support::MakeText("AB", {300, 200}, 20));
   r.format = PlotFormat::Plt;
   r.outputPath = (dir / "a3.plt").string();
   ASSERT_TRUE(PlotWindow(db, r).ok);
@@ -234,6 +236,15 @@ TEST_F(PlotEngine, EpsAndPltFiles) {
   // The diagonal from the top left to the bottom right corner, in 0.025 mm units.
   EXPECT_NE(plt.find("PU0,11880;PD16800,0;"), std::string::npos);
   EXPECT_NE(plt.find("PU400,400;PD16400,400,16400,11480,400,11480,400,400;"), std::string::npos);
+  const std::smatch glyph = [&] {
+    std::smatch m;
+    std::regex_search(plt, m, std::regex("PU(\\d+),(\\d+);PM0;"));
+    return m;
+  }();
+  ASSERT_FALSE(glyph.empty()) << "no text in the PLT";
+  EXPECT_NEAR(std::stod(glyph[1]) / 40, 300, 20);
+  EXPECT_NEAR(std::stod(glyph[2]) / 40, 200, 25);
+  EXPECT_NE(plt.find("PM2;FP0;"), std::string::npos);
 }
 
 TEST_F(PlotEngine, FailuresLeaveNoFile) {
