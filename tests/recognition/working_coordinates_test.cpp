@@ -15,7 +15,7 @@ TEST_F(WorkingCoordinatesTest, InactiveStateLeavesPointsInWorld) {
   ASSERT_TRUE(host::CurrentEditor().setCurrentUcs(Matrix3d::rotation(kPi / 2)));
   EXPECT_EQ(ToWorking(Point3d{3, 4, 5}), Point3d(3, 4, 5));
   EXPECT_EQ(ToWorld(Point3d{3, 4, 5}), Point3d(3, 4, 5));
-  EXPECT_EQ(ToWorking(Vector3d{1, 0, 0}), Vector3d(1, 0, 0));
+  EXPECT_EQ(ToWorking(Vector3d{1, 0, 0}), (Vector3d{1, 0, 0}));
 }
 
 }  // namespace
