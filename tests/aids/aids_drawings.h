@@ -37,6 +37,15 @@ inline cad::Insert& AddTitleBlock(cad::Database& db, double x,
   return db.append(*db.modelSpace(), std::move(insert));
 }
 
+// An A3 frame in model space: its edge a polyline from (0, 0) to (420, 297), its border lines 25 in
+// from the left and 5 from the other sides.
+inline void AddA3Frame(cad::Database& db) {
+  cad::BlockRecord& ms = *db.modelSpace();
+  db.append(ms, MakeLwPolyline({{0, 0}, {420, 0}, {420, 297}, {0, 297}}, true));
+  const cad::Point3d corners[4] = {{25, 5, 0}, {415, 5, 0}, {415, 292, 0}, {25, 292, 0}};
+  for (int i = 0; i < 4; ++i) db.append(ms, MakeLine(corners[i], corners[(i + 1) % 4]));
+}
+
 // The answer that picks the insert at x with the cursor on its attribute number `i` (from 0).
 inline std::string PickAttribute(double x, int i) {
   const double at = x + 11 + 50.0 * i;

@@ -17,12 +17,9 @@ class FrameFitTest : public TvplotTest {
  protected:
   void SetUp() override {
     TvplotTest::SetUp();
-    // An A3 frame: its edge a polyline, its border lines 25 in from the left and 5 from the others.
     cad::Database db = cad::Database::createDefault();
     cad::BlockRecord& ms = *db.modelSpace();
-    db.append(ms, MakeLwPolyline({{0, 0}, {420, 0}, {420, 297}, {0, 297}}, true));
-    const cad::Point3d corners[4] = {{25, 5, 0}, {415, 5, 0}, {415, 292, 0}, {25, 292, 0}};
-    for (int i = 0; i < 4; ++i) db.append(ms, MakeLine(corners[i], corners[(i + 1) % 4]));
+    AddA3Frame(db);
     // Its title block, with an attribute.
     auto title = MakeInsert(TitleBlock(db), {300, 10, 0});
     title->attribs.push_back(MakeAttribute("图号", "A-01", {310, 9, 0}));

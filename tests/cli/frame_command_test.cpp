@@ -65,13 +65,10 @@ class FrameCommandTest : public TvplotTest {
  protected:
   void SetUp() override {
     TvplotTest::SetUp();
-    // An A3 frame: its edge a polyline, its border 25 in from the left and 5 from the other sides,
-    // a label; and one line far off, the graphics a frame goes around.
+    // An A3 frame with a label, and one line far off: the graphics a frame goes around.
     cad::Database db = cad::Database::createDefault();
     cad::BlockRecord& ms = *db.modelSpace();
-    db.append(ms, MakeLwPolyline({{0, 0}, {420, 0}, {420, 297}, {0, 297}}, true));
-    const cad::Point3d corners[4] = {{25, 5, 0}, {415, 5, 0}, {415, 292, 0}, {25, 292, 0}};
-    for (int i = 0; i < 4; ++i) db.append(ms, MakeLine(corners[i], corners[(i + 1) % 4]));
+    AddA3Frame(db);
     db.append(ms, MakeText("设计单位", {300, 10, 0}, 3.5));
     db.append(ms, MakeLine({1000, -100, 0}, {1100, -100, 0}));
     drawing_ = Write("drawing.dxf", db);
