@@ -20,24 +20,23 @@
 #include "settings/config.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
+#include "module_session_fixture.h"
 
 namespace tv::host {
 namespace {
 
 namespace fs = std::filesystem;
 
-class DocStateTest : public ::testing::Test {
+class DocStateTest : public test::ModuleSessionTest {
  protected:
+  DocStateTest() : ModuleSessionTest("tv-docstate") {}
   void SetUp() override {
-    fs::create_directories(root_ / "install");
-    settings::GlobalConfig() = settings::Config{};
+    ModuleSessionTest::SetUp();
     Menus() = HostMenus{{MenuGroup{"ACAD", {}}}, {}};
   }
   void TearDown() override {
     second_.reset();
-    session_.reset();
-    if (IsLoaded()) OnUnload();
-    settings::GlobalConfig() = settings::Config{};
+    ModuleSessionTest::TearDown();
     Menus() = HostMenus{{MenuGroup{"ACAD", {}}}, {}};
     menuLost = false;
     recordAppended = false;
@@ -49,20 +48,7 @@ class DocStateTest : public ::testing::Test {
     frameSettingForm = nullptr;
     singlePlotSettingForm = nullptr;
   }
-  std::unique_ptr<console::Session> OpenSession(const std::string& path, std::vector<std::string> answers = {}) {
-    console::SessionOptions options;
-    options.out = &out_;
-    options.answers = std::move(answers);
-    return std::make_unique<console::Session>(cad::Database::createDefault(), path, options);
-  }
-
-  test_support::TempDir dir_{"tv-docstate"};
-  fs::path root_ = dir_.path();
-  test_support::ScopedEnv install_{"TARVEX_HOME", (root_ / "install").string()};
-  test_support::ScopedEnv data_{"XDG_DATA_HOME", (root_ / "data").string()};
-  test_support::ScopedEnv documents_{"XDG_DOCUMENTS_DIR", (root_ / "documents").string()};
-  std::ostringstream out_;
-  std::unique_ptr<console::Session> session_, second_;
+  std::unique_ptr<console::Session> second_;
 };
 
 TEST_F(DocStateTest, DocumentsOpenedOneAfterAnotherEnterAndLeaveTheTracker) {

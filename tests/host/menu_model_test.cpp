@@ -19,6 +19,7 @@
 #include "settings/config.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
+#include "module_session_fixture.h"
 
 namespace tv::host {
 namespace {
@@ -52,38 +53,22 @@ void ExpectItems(const std::vector<MenuItem>& items, const std::vector<Expected>
   }
 }
 
-class MenuModelTest : public ::testing::Test {
+class MenuModelTest : public test::ModuleSessionTest {
  protected:
+  MenuModelTest() : ModuleSessionTest("tv-menu") {}
   void SetUp() override {
-    fs::create_directories(root_ / "install");
-    settings::GlobalConfig() = settings::Config{};
+    ModuleSessionTest::SetUp();
     Menus() = HostMenus{{MenuGroup{"ACAD", {}}}, {}};
   }
   void TearDown() override {
-    session_.reset();
-    if (IsLoaded()) OnUnload();
-    settings::GlobalConfig() = settings::Config{};
+    ModuleSessionTest::TearDown();
     Menus() = HostMenus{{MenuGroup{"ACAD", {}}}, {}};
-  }
-  console::Session& Open(std::vector<std::string> answers = {}) {
-    console::SessionOptions options;
-    options.out = &out_;
-    options.answers = std::move(answers);
-    session_ = std::make_unique<console::Session>(cad::Database::createDefault(), "test.dxf", options);
-    return *session_;
   }
   static void SetShortcuts(std::vector<std::int32_t> ids, std::vector<std::string> names) {
     settings::GlobalConfig().shortcut_ids = std::move(ids);
     settings::GlobalConfig().shortcut_names = std::move(names);
   }
 
-  test_support::TempDir dir_{"tv-menu"};
-  fs::path root_ = dir_.path();
-  test_support::ScopedEnv install_{"TARVEX_HOME", (root_ / "install").string()};
-  test_support::ScopedEnv data_{"XDG_DATA_HOME", (root_ / "data").string()};
-  test_support::ScopedEnv documents_{"XDG_DOCUMENTS_DIR", (root_ / "documents").string()};
-  std::ostringstream out_;
-  std::unique_ptr<console::Session> session_;
 };
 
 TEST_F(MenuModelTest, PopupHoldsEveryItemWhereItBelongsWithShortcutsInTheirLabels) {

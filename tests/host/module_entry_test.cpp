@@ -20,34 +20,21 @@
 #include "settings/folders.h"
 #include "../support/run_program.h"
 #include "../support/scoped_env.h"
+#include "module_session_fixture.h"
 
 namespace tv::host {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A session on an empty drawing, with the module's folders inside a private temporary folder so
-// that no test touches the user's own data.
-class ModuleTest : public ::testing::Test {
+class ModuleTest : public test::ModuleSessionTest {
  protected:
-  void SetUp() override {
-    fs::create_directories(root_ / "install");
-    settings::GlobalConfig() = settings::Config{};
-  }
+  ModuleTest() : ModuleSessionTest("tv-module") {}
   void TearDown() override {
-    session_.reset();
-    if (IsLoaded()) OnUnload();
-    settings::GlobalConfig() = settings::Config{};
+    ModuleSessionTest::TearDown();
     ShowTimings = false;
   }
 
-  console::Session& Open(std::vector<std::string> answers = {}) {
-    console::SessionOptions options;
-    options.out = &out_;
-    options.answers = std::move(answers);
-    session_ = std::make_unique<console::Session>(cad::Database::createDefault(), "test.dxf", options);
-    return *session_;
-  }
   console::ConsoleEditor& Editor() { return session_->editor(); }
 
   // Commands of the module's group.
@@ -58,14 +45,6 @@ class ModuleTest : public ::testing::Test {
     return names;
   }
 
-  test_support::TempDir dir_{"tv-module"};
-  fs::path root_ = dir_.path();
-  test_support::ScopedEnv install_{"TARVEX_HOME", (root_ / "install").string()};
-  test_support::ScopedEnv data_{"XDG_DATA_HOME", (root_ / "data").string()};
-  // Where loading proves it can write.
-  test_support::ScopedEnv documents_{"XDG_DOCUMENTS_DIR", (root_ / "documents").string()};
-  std::ostringstream out_;
-  std::unique_ptr<console::Session> session_;
 };
 
 TEST_F(ModuleTest, LoadRegistersFixedAndNumberedCommandsOnce) {
