@@ -1,6 +1,7 @@
 #include "render/dwfx_canvas.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace tv::render {
@@ -102,8 +103,45 @@ void DwfxCanvas::filledPath(const std::vector<Polyline2d>& rings, Rgb color, boo
 void DwfxCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) { filledPath(rings, color, false); }
 
 void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
+  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
+  if (run.glyphs.empty() || !run.face || !std::isfinite(det) || std::abs(det) < 1e-18) return;
+  // The outlines as the font has them, curves included, taken on an unbounded surface so that no
+  // glyph is dropped for lying outside it.
+  cairo_surface_t* scratch = cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr);
+  cairo_t* cr = cairo_create(scratch);
+  cairo_set_font_face(cr, run.face);
+  cairo_matrix_t m;
+  cairo_matrix_init(&m, run.emX.x, run.emX.y, -run.emY.x, -run.emY.y, 0, 0);  // glyph space has y down
+  cairo_set_font_matrix(cr, &m);
+  cairo_glyph_path(cr, run.glyphs.data(), static_cast<int>(run.glyphs.size()));
+  cairo_path_t* path = cairo_copy_path(cr);
   // Glyph outlines wind by the non-zero rule, as the font draws them.
-  filledPath(GlyphOutlines(run, kCurveToleranceMm / 2), run.color, true);
+  std::string data = "F1";
+  if (path && path->status == CAIRO_STATUS_SUCCESS) {
+    for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+      const cairo_path_data_t* d = &path->data[i];
+      const auto at = [&](int k) { return cad::Point2d{d[k].point.x, d[k].point.y}; };
+      switch (d->header.type) {
+        case CAIRO_PATH_MOVE_TO: data += " M "; point(data, at(1)); break;
+        case CAIRO_PATH_LINE_TO: data += " L "; point(data, at(1)); break;
+        case CAIRO_PATH_CURVE_TO:
+          data += " C ";
+          point(data, at(1));
+          data += ' ';
+          point(data, at(2));
+          data += ' ';
+          point(data, at(3));
+          break;
+        case CAIRO_PATH_CLOSE_PATH: data += " Z"; break;
+      }
+    }
+  }
+  cairo_path_destroy(path);
+  cairo_destroy(cr);
+  cairo_surface_destroy(scratch);
+  if (data.size() <= 2) return;
+  flushStrokes();
+  page_.markup += "<Path Data=\"" + data + "\" Fill=\"" + Color(run.color) + "\"/>\n";
 }
 
 void DwfxCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& m) {

@@ -1,7 +1,6 @@
 // DWF files are DWFx packages: their parts, their page size, merged sets, and what an XPS reader
 // (libgxps's xpstopng) paints of them against the PNG of the same sheet.
 #include <gtest/gtest.h>
-#include <zip.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,6 +10,7 @@
 #include "render/xps_package.h"
 #include "tests/render/plot_test_support.h"
 #include "tests/support/shape_builders.h"
+#include "tests/support/xps_reading.h"
 
 namespace tv::render::test {
 namespace {
@@ -19,38 +19,12 @@ namespace fs = std::filesystem;
 using test_support::ReadFile;
 using test_support::RunProgram;
 using test_support::TempDir;
+using test_support::XmlNumber;
+using test_support::XpsPagesMm;
+using test_support::ZipEntries;
+using test_support::ZipEntry;
 
 constexpr const char* kXpsToPng = "/usr/bin/xpstopng";
-
-// The names of a zip's entries, in order, and one entry's text.
-std::vector<std::string> Entries(const std::string& path) {
-  std::vector<std::string> names;
-  int code = 0;
-  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &code);
-  if (!z) return names;
-  for (zip_int64_t i = 0; i < zip_get_num_entries(z, 0); ++i) names.emplace_back(zip_get_name(z, static_cast<zip_uint64_t>(i), 0));
-  zip_discard(z);
-  return names;
-}
-std::string Entry(const std::string& path, const std::string& name) {
-  std::string text;
-  int code = 0;
-  zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &code);
-  if (!z) return text;
-  if (zip_file_t* f = zip_fopen(z, name.c_str(), 0)) {
-    char buf[65536];
-    for (zip_int64_t n; (n = zip_fread(f, buf, sizeof buf)) > 0;) text.append(buf, static_cast<std::size_t>(n));
-    zip_fclose(f);
-  }
-  zip_discard(z);
-  return text;
-}
-
-double AttributeOf(const std::string& xml, const std::string& name) {
-  std::smatch m;
-  const std::regex re(" " + name + "=\"([0-9.]+)\"");
-  return std::regex_search(xml, m, re) ? std::stod(m[1].str()) : -1;
-}
 
 // The pages xpstopng paints of `file` at `dpi`, in page order; empty when it failed.
 std::vector<fs::path> Rendered(const fs::path& file, double dpi, const fs::path& folder) {
@@ -155,25 +129,25 @@ TEST_F(Dwfx, PackageHoldsTheFixedPagePartsAtThePagesSize) {
   r.windowMax = {100, 50};
   plot(r, PlotFormat::Dwf, "a3.dwf");
   const std::string file = (dir / "a3.dwf").string();
-  const std::vector<std::string> names = Entries(file);
+  const std::vector<std::string> names = ZipEntries(file);
   for (const char* part : {"[Content_Types].xml", "_rels/.rels", "FixedDocumentSequence.fdseq",
                            "Documents/1/FixedDocument.fdoc", "Documents/1/Pages/1.fpage",
                            "Documents/1/Pages/_rels/1.fpage.rels", "Documents/1/Resources/1/1.png"})
     EXPECT_NE(std::find(names.begin(), names.end(), part), names.end()) << part;
-  EXPECT_NE(Entry(file, "_rels/.rels").find("Target=\"/FixedDocumentSequence.fdseq\""), std::string::npos);
-  const std::string page = Entry(file, "Documents/1/Pages/1.fpage");
+  EXPECT_NE(ZipEntry(file, "_rels/.rels").find("Target=\"/FixedDocumentSequence.fdseq\""), std::string::npos);
+  const std::string page = ZipEntry(file, "Documents/1/Pages/1.fpage");
   // 1/96 inch: 420 x 297 mm.
-  EXPECT_NEAR(AttributeOf(page, "Width"), 420 / 25.4 * 96, 0.01);
-  EXPECT_NEAR(AttributeOf(page, "Height"), 297 / 25.4 * 96, 0.01);
+  EXPECT_NEAR(XmlNumber(page, "Width"), 420 / 25.4 * 96, 0.01);
+  EXPECT_NEAR(XmlNumber(page, "Height"), 297 / 25.4 * 96, 0.01);
   EXPECT_NE(page.find("StrokeThickness"), std::string::npos);
   EXPECT_EQ(page.find("<Glyphs"), std::string::npos) << "text goes out as outlines";
 
   // A turned medium makes the page upright.
   r.medium.turned = true;
   plot(r, PlotFormat::Dwf, "a3t.dwf");
-  const std::string turned = Entry((dir / "a3t.dwf").string(), "Documents/1/Pages/1.fpage");
-  EXPECT_NEAR(AttributeOf(turned, "Width"), 297 / 25.4 * 96, 0.01);
-  EXPECT_NEAR(AttributeOf(turned, "Height"), 420 / 25.4 * 96, 0.01);
+  const std::string turned = ZipEntry((dir / "a3t.dwf").string(), "Documents/1/Pages/1.fpage");
+  EXPECT_NEAR(XmlNumber(turned, "Width"), 297 / 25.4 * 96, 0.01);
+  EXPECT_NEAR(XmlNumber(turned, "Height"), 420 / 25.4 * 96, 0.01);
 }
 
 TEST_F(Dwfx, ReadBackItPaintsWhatThePngShows) {
@@ -214,14 +188,11 @@ TEST_F(Dwfx, MergedFileHoldsEverySheetInOrder) {
   const fs::path merged = dir / "all.dwf";
   std::string error;
   ASSERT_TRUE(MergeXpsPackages(files, merged.string(), error)) << error;
-  const std::string doc = Entry(merged.string(), "Documents/1/FixedDocument.fdoc");
-  const std::regex page("<PageContent Source=\"/Documents/1/Pages/(\\d)\\.fpage\" Width=\"([0-9.]+)\"");
-  std::vector<std::pair<int, double>> seen;
-  for (auto it = std::sregex_iterator(doc.begin(), doc.end(), page); it != std::sregex_iterator(); ++it)
-    seen.emplace_back(std::stoi((*it)[1].str()), std::stod((*it)[2].str()));
-  ASSERT_EQ(seen.size(), 4u) << doc;
-  for (int i = 0; i < 3; ++i) EXPECT_NEAR(seen[static_cast<std::size_t>(i)].second, (150 + 50 * i) / 25.4 * 96, 0.01);
-  EXPECT_NE(Entry(merged.string(), "Documents/1/Pages/4.fpage").find("/Documents/1/Resources/4/1.png"), std::string::npos);
+  const auto sizes = XpsPagesMm(merged.string());
+  ASSERT_EQ(sizes.size(), 4u);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(sizes[i].first, 150 + 50 * static_cast<double>(i), 0.01) << i;
+  EXPECT_NEAR(sizes[3].first, 100, 0.01);
+  EXPECT_NE(ZipEntry(merged.string(), "Documents/1/Pages/4.fpage").find("/Documents/1/Resources/4/1.png"), std::string::npos);
 
   const std::vector<fs::path> pages = Rendered(merged, 50.8, dir.path());
   ASSERT_EQ(pages.size(), 4u);
