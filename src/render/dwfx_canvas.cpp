@@ -26,6 +26,14 @@ void Append(std::string& out, double v) {
   out.append(text, n);
 }
 
+// Transform factors: six significant digits.
+void AppendFine(std::string& out, double v) {
+  char text[32];
+  const auto [end, ec] = std::to_chars(text, text + sizeof text, v, std::chars_format::general, 6);
+  out.append(text, ec == std::errc() ? static_cast<std::size_t>(end - text) : 0);
+  if (ec != std::errc()) out += '0';
+}
+
 std::string Color(Rgb c) {
   char text[8];
   std::snprintf(text, sizeof text, "#%02X%02X%02X", c.r, c.g, c.b);
@@ -102,35 +110,37 @@ void DwfxCanvas::filledPath(const std::vector<Polyline2d>& rings, Rgb color, boo
 
 void DwfxCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) { filledPath(rings, color, false); }
 
-void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
-  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
-  if (run.glyphs.empty() || !run.face || !std::isfinite(det) || std::abs(det) < 1e-18) return;
-  // The outlines as the font has them, curves included, taken on an unbounded surface so that no
-  // glyph is dropped for lying outside it.
+const std::string& DwfxCanvas::glyphOutline(cairo_font_face_t* face, unsigned long index) {
+  const auto key = std::make_pair(static_cast<const void*>(face), index);
+  if (auto it = outlines_.find(key); it != outlines_.end()) return it->second;
+  // In thousandths of an em, y down, origin on the glyph's origin; on an unbounded surface so that
+  // no outline is cut.
+  std::string data = "F1";
   cairo_surface_t* scratch = cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr);
   cairo_t* cr = cairo_create(scratch);
-  cairo_set_font_face(cr, run.face);
-  cairo_matrix_t m;
-  cairo_matrix_init(&m, run.emX.x, run.emX.y, -run.emY.x, -run.emY.y, 0, 0);  // glyph space has y down
-  cairo_set_font_matrix(cr, &m);
-  cairo_glyph_path(cr, run.glyphs.data(), static_cast<int>(run.glyphs.size()));
+  cairo_set_font_face(cr, face);
+  cairo_set_font_size(cr, kGlyphUnits);
+  const cairo_glyph_t glyph{index, 0, 0};
+  cairo_glyph_path(cr, &glyph, 1);
   cairo_path_t* path = cairo_copy_path(cr);
-  // Glyph outlines wind by the non-zero rule, as the font draws them.
-  std::string data = "F1";
+  const auto add = [&](const cairo_path_data_t& p) {
+    data += std::to_string(std::lround(p.point.x));
+    data += ',';
+    data += std::to_string(std::lround(p.point.y));
+  };
   if (path && path->status == CAIRO_STATUS_SUCCESS) {
     for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
       const cairo_path_data_t* d = &path->data[i];
-      const auto at = [&](int k) { return cad::Point2d{d[k].point.x, d[k].point.y}; };
       switch (d->header.type) {
-        case CAIRO_PATH_MOVE_TO: data += " M "; point(data, at(1)); break;
-        case CAIRO_PATH_LINE_TO: data += " L "; point(data, at(1)); break;
+        case CAIRO_PATH_MOVE_TO: data += " M "; add(d[1]); break;
+        case CAIRO_PATH_LINE_TO: data += " L "; add(d[1]); break;
         case CAIRO_PATH_CURVE_TO:
           data += " C ";
-          point(data, at(1));
+          add(d[1]);
           data += ' ';
-          point(data, at(2));
+          add(d[2]);
           data += ' ';
-          point(data, at(3));
+          add(d[3]);
           break;
         case CAIRO_PATH_CLOSE_PATH: data += " Z"; break;
       }
@@ -139,9 +149,39 @@ void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
   cairo_path_destroy(path);
   cairo_destroy(cr);
   cairo_surface_destroy(scratch);
-  if (data.size() <= 2) return;
+  if (data.size() <= 2) data.clear();  // a space: nothing to paint
+  return outlines_.emplace(key, std::move(data)).first->second;
+}
+
+void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
+  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
+  if (run.glyphs.empty() || !run.face || !std::isfinite(det) || std::abs(det) < 1e-18) return;
   flushStrokes();
-  page_.markup += "<Path Data=\"" + data + "\" Fill=\"" + Color(run.color) + "\"/>\n";
+  // Each glyph is its outline in glyph units, placed by a transform: a glyph drawn many times is
+  // the same text each time, which the package's compression takes almost for free.
+  const double k = kUnitsPerMm / kGlyphUnits;
+  const double m11 = k * run.emX.x, m12 = -k * run.emX.y, m21 = -k * run.emY.x, m22 = k * run.emY.y;
+  const std::string fill = "\" Fill=\"" + Color(run.color) + "\"/>\n";
+  for (const cairo_glyph_t& g : run.glyphs) {
+    const std::string& outline = glyphOutline(run.face, g.index);
+    if (outline.empty()) continue;
+    std::string& out = page_.markup;
+    out += "<Path Data=\"";
+    out += outline;
+    out += "\" RenderTransform=\"";
+    AppendFine(out, m11);
+    out += ',';
+    AppendFine(out, m12);
+    out += ',';
+    AppendFine(out, m21);
+    out += ',';
+    AppendFine(out, m22);
+    out += ',';
+    Append(out, g.x * kUnitsPerMm);
+    out += ',';
+    Append(out, (heightMm_ - g.y) * kUnitsPerMm);
+    out += fill;
+  }
 }
 
 void DwfxCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& m) {

@@ -2,8 +2,11 @@
 // The canvas of DWF files, written as DWFx: one XPS FixedPage of Path elements. Lines keep their
 // colour and width (StrokeThickness), areas are filled even-odd, clips are nested Canvas elements,
 // pictures are PNG parts painted through an ImageBrush, and text goes out as filled glyph
-// outlines (the fonts are not embedded, so the page looks the same on any viewer).
+// outlines, one Path per glyph placed by its transform (the fonts are not embedded, so the page
+// looks the same on any viewer).
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "render/plot_canvas.h"
@@ -30,6 +33,10 @@ class DwfxCanvas final : public PlotCanvas {
   void figure(std::string& data, const Polyline2d& points, bool closed) const;
   void point(std::string& data, cad::Point2d p) const;
   void filledPath(const std::vector<Polyline2d>& rings, Rgb color, bool nonZero);
+  // The Path data of a glyph's outline in thousandths of an em ("" for a blank glyph).
+  const std::string& glyphOutline(cairo_font_face_t* face, unsigned long index);
+
+  static constexpr double kGlyphUnits = 1000;
 
   std::string path_;
   double heightMm_;
@@ -39,6 +46,7 @@ class DwfxCanvas final : public PlotCanvas {
   std::string pendingData_;
   Rgb pendingColor_;
   double pendingWidth_ = 0;
+  std::map<std::pair<const void*, unsigned long>, std::string> outlines_;
 };
 
 }  // namespace tv::render
