@@ -1,5 +1,6 @@
-// `tvplot plot --format dwf` as users run it: one DWF (DWFx package) per sheet on the sheet's
-// paper, and with --merge one package of every sheet.
+// DWF output as users ask for it: `tvplot plot --format dwf` and the review list's "F DWF"; one
+// DWF (DWFx package) per sheet on the sheet's paper in the list's background colour, and with a
+// merge one package of every sheet.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -24,6 +25,15 @@ class DwfCommandTest : public TvplotTest {
   const std::string plan_ = Write("plan.dxf", FramesInARow({{42000, 29700}, {21000, 29700}, {59400, 42000}}));
   const fs::path home_ = Path("home");
   const std::vector<std::pair<double, double>> papers_{{420, 297}, {210, 297}, {594, 420}};
+
+  // The generic batch over model space with `atList` answered at the review list, then Esc for the
+  // list shown again after the run.
+  RunResult Generic(std::vector<std::string> atList) const {
+    std::vector<std::string> args{"run", plan_, "TV_BatchPlot_2", "--answer", "", "--answer", "1"};
+    atList.push_back("^C");
+    for (const std::string& a : atList) args.insert(args.end(), {"--answer", a});
+    return RunAtHome(args);
+  }
 };
 
 TEST_F(DwfCommandTest, EverySheetBecomesAPackageOnItsPaper) {
@@ -57,6 +67,25 @@ TEST_F(DwfCommandTest, MergeJoinsTheSheetsIntoOnePackageInListOrder) {
     EXPECT_NEAR(pages[i].first, papers_[i].first, 0.01) << i;
     EXPECT_NEAR(pages[i].second, papers_[i].second, 0.01) << i;
   }
+}
+
+TEST_F(DwfCommandTest, ReviewListSetsTheBackgroundAndMergesDwfToo) {
+  const RunResult r = Generic({"F DWF", "背景色 10,20,30", ""});
+  ASSERT_EQ(r.exitCode, 0) << r.out << r.err;
+  const fs::path folder = Path("DWF");  // the format's folder beside the drawing
+  ASSERT_EQ(FilesIn(folder), (std::vector<std::string>{"plan01.dwf", "plan02.dwf", "plan03.dwf"})) << r.out;
+  // The page is painted in the list's colour before anything else.
+  const std::string page = ZipEntry((folder / "plan02.dwf").string(), "Documents/1/Pages/1.fpage");
+  const std::size_t first = page.find("<Path ");
+  ASSERT_NE(first, std::string::npos);
+  const std::string firstPath = page.substr(first, page.find("/>", first) - first);
+  EXPECT_TRUE(Has(firstPath, "Fill=\"#0A141E\"")) << firstPath;
+
+  const std::string merged = Path("set.dwf").string();
+  const RunResult m = Generic({"F DWF", "合并PDF 是", "", merged});
+  ASSERT_EQ(m.exitCode, 0) << m.out << m.err;
+  EXPECT_TRUE(Has(m.out, "合并后的DWF文件保存为")) << m.out;
+  EXPECT_EQ(XpsPagesMm(merged).size(), 3u) << m.out;
 }
 
 }  // namespace
