@@ -57,7 +57,7 @@ DwfxCanvas::DwfxCanvas(std::string path, double pageWidthMm, double pageHeightMm
   page_.markup += "\" Height=\"";
   Append(page_.markup, page_.heightUnits);
   page_.markup += "\" xml:lang=\"und\">\n";
-  filledPath({{{0, 0}, {pageWidthMm, 0}, {pageWidthMm, pageHeightMm}, {0, pageHeightMm}}}, background, false);
+  fill({{{0, 0}, {pageWidthMm, 0}, {pageWidthMm, pageHeightMm}, {0, pageHeightMm}}}, background);
 }
 
 void DwfxCanvas::point(std::string& data, cad::Point2d p) const {
@@ -98,8 +98,8 @@ void DwfxCanvas::stroke(const Polyline2d& points, bool closed, Rgb color, double
   figure(pendingData_, points, closed);
 }
 
-void DwfxCanvas::filledPath(const std::vector<Polyline2d>& rings, Rgb color, bool nonZero) {
-  std::string data = nonZero ? "F1 " : "F0 ";
+void DwfxCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) {
+  std::string data = "F0";  // even-odd
   const std::size_t bare = data.size();
   for (const Polyline2d& ring : rings)
     if (ring.size() >= 3) figure(data, ring, true);
@@ -107,8 +107,6 @@ void DwfxCanvas::filledPath(const std::vector<Polyline2d>& rings, Rgb color, boo
   flushStrokes();
   page_.markup += "<Path Data=\"" + data + "\" Fill=\"" + Color(color) + "\"/>\n";
 }
-
-void DwfxCanvas::fill(const std::vector<Polyline2d>& rings, Rgb color) { filledPath(rings, color, false); }
 
 const std::string& DwfxCanvas::glyphOutline(cairo_font_face_t* face, unsigned long index) {
   const auto key = std::make_pair(static_cast<const void*>(face), index);

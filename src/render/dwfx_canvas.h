@@ -32,7 +32,6 @@ class DwfxCanvas final : public PlotCanvas {
   // Appends " M x,y L x,y …" (with " Z" when closed) in page units.
   void figure(std::string& data, const Polyline2d& points, bool closed) const;
   void point(std::string& data, cad::Point2d p) const;
-  void filledPath(const std::vector<Polyline2d>& rings, Rgb color, bool nonZero);
   // The Path data of a glyph's outline in thousandths of an em ("" for a blank glyph).
   const std::string& glyphOutline(cairo_font_face_t* face, unsigned long index);
 
