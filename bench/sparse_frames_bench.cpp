@@ -8,6 +8,7 @@
 //                            count's own cost, which must grow no faster than the frames.
 // BM_PlotBareFrames          the whole generic batch of the 100 bare frames to vector PDF, as
 //                            BM_PlotFrameSet runs it.
+// BM_PlotBareFramesDwf       the same to DWF (DWFx packages); meant to stay within 1.5 times the PDF.
 // BM_LoadTitleFrames/N       reads the DXF file of N title-block inserts.
 // BM_ScanTitleFrames/N       the title-block batch's scan of it with every field read, as
 //                            `tvplot titleblock` runs it with the sample library.
@@ -15,7 +16,7 @@
 // of its own:
 //   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000
 //            RecogniseManyFrames/2500 RecogniseManyFrames/10000
-//            PlotBareFrames LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
+//            PlotBareFrames PlotBareFramesDwf LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
 //            LoadTitleFrames/1000 ScanTitleFrames/1000; do tvbench --benchmark_filter="$c\$|$c/"; done
 #include <benchmark/benchmark.h>
 
@@ -92,10 +93,11 @@ void BM_RecogniseManyFrames(benchmark::State& state) {
 }
 BENCHMARK(BM_RecogniseManyFrames)->Arg(2500)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
-void BM_PlotBareFrames(benchmark::State& state) {
+// The generic batch of the 100 bare frames in one output format.
+void PlotBareFrames(benchmark::State& state, std::int32_t format, const char* folder) {
   constexpr std::size_t kFrames = 100;
   const bench::fs::path root = bench::fs::temp_directory_path() / "tarvex-bench";
-  const bench::fs::path out = root / "plot-bare";
+  const bench::fs::path out = root / folder;
   // The benchmark's settings live beside its drawings, never in the user's data folder.
   setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
   std::size_t written = 0;
@@ -103,14 +105,19 @@ void BM_PlotBareFrames(benchmark::State& state) {
     state.PauseTiming();
     std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, kFrames);
     if (!db) break;
-    written = bench::PlotGenericBatch(state, std::move(*db), root / "bare-frames.dxf", out, 0);
+    written = bench::PlotGenericBatch(state, std::move(*db), root / "bare-frames.dxf", out, format);
   }
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =
       benchmark::Counter(static_cast<double>(written), benchmark::Counter::kIsIterationInvariantRate);
   if (written != kFrames) state.SkipWithError("not every sheet of the set was plotted");
 }
+
+void BM_PlotBareFrames(benchmark::State& state) { PlotBareFrames(state, settings::kFormatPdf, "plot-bare"); }
 BENCHMARK(BM_PlotBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+void BM_PlotBareFramesDwf(benchmark::State& state) { PlotBareFrames(state, settings::kFormatDwf, "plot-bare-dwf"); }
+BENCHMARK(BM_PlotBareFramesDwf)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 void BM_ScanTitleFrames(benchmark::State& state) {
   const auto frames = static_cast<std::size_t>(state.range(0));

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -65,7 +66,7 @@ struct Options : SheetOptions {
 
 std::optional<std::int32_t> FormatCode(std::string_view name) {
   static constexpr std::pair<std::string_view, std::int32_t> kFormats[] = {
-      {"pdf", settings::kFormatPdf}, {"jpg", settings::kFormatJpg}, {"png", settings::kFormatPng},
+      {"pdf", settings::kFormatPdf}, {"dwf", settings::kFormatDwf}, {"jpg", settings::kFormatJpg}, {"png", settings::kFormatPng},
       {"plt", settings::kFormatPlt}, {"eps", settings::kFormatEps}, {"dwg", settings::kFormatDwg}};
   for (const auto& [n, code] : kFormats)
     if (n == name) return code;
@@ -75,9 +76,8 @@ std::optional<std::int32_t> FormatCode(std::string_view name) {
 std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options) {
   if (auto error = ReadSheetOptions(args, options)) return error;
   if (auto v = args.value("--format")) {
-    if (*v == "dwf") return "本版本暂不能输出 " + *v + " 格式";
     options.format = FormatCode(*v);
-    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、png、jpg、eps、plt 或 dwg";
+    if (!options.format) return "输出格式 " + Printable(*v) + " 无效，应为 pdf、dwf、png、jpg、eps、plt 或 dwg";
   }
   if (auto v = args.value("--out")) {
     if (v->empty()) return "输出文件夹不能为空";
@@ -97,11 +97,15 @@ std::optional<std::string> ReadOptions(const ParsedArgs& args, Options& options)
     if (!options.margin) return "周边留白 " + Printable(*v) + " 无效，应为 -100 到 100 的整数（毫米）";
   }
   if (auto v = args.value("--merge")) {
-    if (v->empty()) return "合并后的 PDF 文件名不能为空";
-    if (options.format && *options.format != settings::kFormatPdf) return "--merge 只用于 PDF 格式";
+    if (v->empty()) return "合并后的文件名不能为空";
+    const bool dwf = options.format == settings::kFormatDwf;
+    if (options.format && *options.format != settings::kFormatPdf && !dwf) return "--merge 只用于 PDF 或 DWF 格式";
     std::error_code ec;
     fs::path target = fs::absolute(*v, ec).lexically_normal();
-    if (target.extension() != ".pdf" && target.extension() != ".PDF") target += ".pdf";
+    const std::string ext = dwf ? ".dwf" : ".pdf";
+    std::string given = target.extension().string();
+    for (char& c : given) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (given != ext) target += ext;
     options.merge = target.string();
   }
   if (auto v = args.value("--report"))
@@ -201,7 +205,7 @@ void DefinePlotOutputOptions(CLI::App& app) {
   AddValue(app, "--path-mode", "N", "0 图纸所在文件夹，1 图纸所在文件夹下按格式命名的子文件夹，2 设置中的自选文件夹");
   AddValue(app, "--style", "S", "打印样式：黑白、彩色、蓝白，或一个 .ctb 样式表文件");
   AddValue(app, "--margin", "M", "周边留白（毫米，-100 到 100）：正数加大纸张，负数缩小可打印区域");
-  AddValue(app, "--merge", "文件.pdf", "全部图纸合并为这一个 PDF 文件，每张图纸一个书签（只用于 PDF 格式）");
+  AddValue(app, "--merge", "文件.pdf", "全部图纸合并为这一个 PDF 文件，每张图纸一个书签；与 --format dwf 一起则合并为一个多页 DWF 文件");
   AddFlag(app, "--yes", "对打印过程中的是/否提问一律回答“是”（默认）");
   AddFlag(app, "--no", "对打印过程中的是/否提问一律回答“否”");
   AddFlag(app, "--verbose", "显示命令行的全部过程");
@@ -304,12 +308,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   // Only --merge joins the sheets: a merge the user's settings ask for would ask for its file.
   config.merge_pdf = options.merge ? 1 : 0;
   config.pdf_open_after_merge = 0;
-  if (options.merge) rec.format = settings::kFormatPdf;
-  if (rec.format == settings::kFormatDwf) {
-    io.err << program << ": 图纸的打印设置为 DWF 格式，本版本暂不能输出，请用 --format 选择其他格式\n";
-    restore();
-    return kExitUsage;
-  }
+  if (options.merge) rec.format = options.format == settings::kFormatDwf ? settings::kFormatDwf : settings::kFormatPdf;
   if (options.style) {
     std::string why;
     const std::string name = StyleTableName(*options.style, why);
@@ -395,7 +394,7 @@ namespace {
 
 void DefinePlot(CLI::App& app) {
   Describe(app,
-           "用法：tvplot plot 图纸.dxf|文件夹 … [--format pdf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
+           "用法：tvplot plot 图纸.dxf|文件夹 … [--format pdf|dwf|png|jpg|eps|plt|dwg] [--out 文件夹 | --path-mode 0|1|2]\n"
            "                  [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
            "                  [--range 范围] [--merge 文件.pdf] [--signatures yes|no] [--yes | --no] [--timings] [--verbose]\n"
            "       tvplot plot 图纸.dxf --window X1,Y1 X2,Y2 [--scale 比例] [--out 文件夹] …\n"

@@ -58,6 +58,7 @@ std::string PointText(Point2d p) {
 std::optional<render::PlotFormat> FormatOf(int code) {
   switch (code) {
     case 0: return render::PlotFormat::Pdf;
+    case 1: return render::PlotFormat::Dwf;
     case 2: return render::PlotFormat::Jpg;
     case 3: return render::PlotFormat::Png;
     case 4: return render::PlotFormat::Plt;
@@ -309,7 +310,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     return refuse("打印设备“" + plot.plotterName + "”无法使用" + (error.empty() ? std::string() : "：" + error) +
                   "，未打印。");
   }
-  if (code == 1) return refuse("本版本暂不能输出 DWF 文件，未打印。");
   const std::optional<render::PlotFormat> format = FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
   // The open drawing is in use, as it would be in any host: a plot never replaces it.

@@ -67,7 +67,7 @@ std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format) {
              {Margin, !dwg},
              {Format, true},
              {PathMode, true},
-             {Merge, format == settings::kFormatPdf},
+             {Merge, format == settings::kFormatPdf || format == settings::kFormatDwf},
              {Signatures, !dwg},
              {Stamps, titleBlock && !dwg},
              {AsBlock, dwg},

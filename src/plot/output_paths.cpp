@@ -118,8 +118,8 @@ std::string SheetPath(const std::string& folder, const std::string& fileName, st
   return folder + "/" + fileName + FormatExtension(format);
 }
 
-std::string MergeSheetPath(const std::string& folder, std::int32_t number) {
-  return folder + "/" + std::to_string(number) + ".pdf";
+std::string MergeSheetPath(const std::string& folder, std::int32_t number, std::int32_t format) {
+  return folder + "/" + std::to_string(number) + (format == settings::kFormatDwf ? ".dwf" : ".pdf");
 }
 
 std::string NumberedPltPath(const std::string& stem, std::int32_t number) {

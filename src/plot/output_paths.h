@@ -54,8 +54,8 @@ std::string TempFolder();
 
 // The file of a sheet: folder, name, extension of the format.
 std::string SheetPath(const std::string& folder, const std::string& fileName, std::int32_t format);
-// The file of the `number`th sheet of a PDF merge (from 1).
-std::string MergeSheetPath(const std::string& folder, std::int32_t number);
+// The file of the `number`th sheet of a merge (from 1): a PDF, or a DWF for a DWF merge.
+std::string MergeSheetPath(const std::string& folder, std::int32_t number, std::int32_t format = 0);
 // The PLT file of the `number`th area of the old paper batch: "stem-001.plt", "stem-012.plt",
 // "stem-123.plt".
 std::string NumberedPltPath(const std::string& stem, std::int32_t number);

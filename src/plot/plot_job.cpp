@@ -13,6 +13,7 @@
 #include "paper/plotter_writer.h"
 #include "paper/saved_plotter.h"
 #include "paper/scale_fitting.h"
+#include "plot/dwf_merge.h"
 #include "plot/output_paths.h"
 #include "plot/pdf_merge.h"
 #include "plot/pdf_rotation.h"
@@ -69,8 +70,9 @@ std::optional<std::string> AskMergedPdfPath(settings::PlotSettingRec& setting) {
   const std::string folder = OutputFolder(setting.path_mode, setting.format, setting.custom_path);
   std::error_code ec;
   std::filesystem::create_directories(folder, ec);
-  std::optional<std::string> target =
-      host::CurrentEditor().askSavePath(kMergedPdfTitle, folder + "/" + DrawingTitle() + ".pdf", "pdf");
+  const bool dwf = setting.format == settings::kFormatDwf;
+  std::optional<std::string> target = host::CurrentEditor().askSavePath(
+      dwf ? kMergedDwfTitle : kMergedPdfTitle, folder + "/" + DrawingTitle() + (dwf ? ".dwf" : ".pdf"), dwf ? "dwf" : "pdf");
   if (target && host::IsDrawingFileRead(*target)) {
     Message(OutputIsDrawingMessage(*target, 1));
     return std::nullopt;
@@ -186,10 +188,6 @@ void StandbyGeneric() {
 bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, const paper::PaperList& papers,
                   std::string_view privateCommand) {
   host::Editor& editor = host::CurrentEditor();
-  if (setting.format == settings::kFormatDwf) {
-    Message("本版本暂不能输出 DWF 文件。");
-    return false;
-  }
 
   JobState& job = Job();
   job.ActivePlotSetting = &setting;
@@ -199,7 +197,8 @@ bool StartFileRun(settings::PlotSettingRec& setting, std::int32_t styleIndex, co
     settings::GlobalConfig().last_plot_style = layout.StyleNameAt(styleIndex);
   }
   job.MergedPdfPath.clear();
-  if (setting.format == settings::kFormatPdf && settings::GlobalConfig().merge_pdf != 0) {
+  const bool mergeable = setting.format == settings::kFormatPdf || setting.format == settings::kFormatDwf;
+  if (mergeable && settings::GlobalConfig().merge_pdf != 0) {
     std::optional<std::string> target = AskMergedPdfPath(setting);
     if (!target) return false;
     job.MergedPdfPath = std::move(*target);

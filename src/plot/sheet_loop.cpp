@@ -9,6 +9,7 @@
 #include "host/wrappers.h"
 #include "paper/layout_plot_setting.h"
 #include "paper/plotter_writer.h"
+#include "plot/dwf_merge.h"
 #include "plot/output_paths.h"
 #include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
@@ -28,18 +29,19 @@ void EndRun(SheetLoop& loop, ObjectId home) {
 }
 
 std::string PathOf(const SheetLoop& loop, const std::string& folder, std::size_t row, std::int32_t mergeNumber) {
-  if (!Job().MergedPdfPath.empty()) return MergeSheetPath(folder, mergeNumber);
+  if (!Job().MergedPdfPath.empty()) return MergeSheetPath(folder, mergeNumber, loop.setting.format);
   return SheetPath(folder, loop.rows[row].fileName, loop.setting.format);
 }
 
 // A merge joins what the loop plotted into the job's target; its numbered files go either way.
 void EndMerge(const SheetLoop& loop, const std::string& folder, bool join) {
   if (Job().MergedPdfPath.empty()) return;
-  if (join && loop.merge) {
+  if (join && (loop.merge || loop.setting.format == settings::kFormatDwf)) {
     std::vector<std::string> names;
     names.reserve(loop.rows.size());
     for (const SheetToPlot& row : loop.rows) names.push_back(row.fileName);
-    loop.merge(folder, names);
+    if (loop.setting.format == settings::kFormatDwf) MergeDwfs(folder, names);
+    else loop.merge(folder, names);
   }
   EmptyMergeFolder(folder);
 }

@@ -10,6 +10,7 @@
 
 #include "cad/entity_geometry.h"
 #include "render/canvas_cairo.h"
+#include "render/dwfx_canvas.h"
 #include "render/hpgl_canvas.h"
 #include "render/plot_drawing_internal.h"
 #include "render/raster_jpeg.h"
@@ -171,6 +172,9 @@ PlotResult PlotWindow(const cad::Database& db, const PlotRequest& request) {
       break;
     }
     case PlotFormat::Plt: canvas = std::make_unique<HpglCanvas>(temp, page->widthMm, page->heightMm); break;
+    case PlotFormat::Dwf:
+      canvas = std::make_unique<DwfxCanvas>(temp, page->widthMm, page->heightMm, request.background);
+      break;
   }
   if (!canvas) {
     if (!surface || cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return fail(WriteFailed(request.outputPath));

@@ -16,7 +16,7 @@ namespace tv::render {
 struct PlotStyleTable;
 class SpaceIndex;
 
-enum class PlotFormat { Pdf, Png, Jpg, Eps, Plt };
+enum class PlotFormat { Pdf, Png, Jpg, Eps, Plt, Dwf };  // DWF is written as DWFx
 
 struct Rgb {
   std::uint8_t r = 0, g = 0, b = 0;
@@ -67,7 +67,7 @@ struct PlotRequest {
   PlotFormat format = PlotFormat::Pdf;
   double rasterDpi = 150;       // PNG and JPG
   double enlarge = 1;           // rasters get this many more pixels each way
-  Rgb background{255, 255, 255};  // rasters; vector pages stay unpainted
+  Rgb background{255, 255, 255};  // rasters and DWF; PDF, EPS and PLT pages stay unpainted
   PlotStyle style;
   bool lineweights = true;      // false: every line at the thinnest pen
   bool textAsGeometry = false;  // text as filled outlines instead of searchable text

@@ -200,7 +200,7 @@ TEST_F(MergeCommandTest, MergeOptionsAreChecked) {
     const char* says;
   };
   const Case cases[] = {
-      {{"plot", plan_, "--merge", Path("x.pdf").string(), "--format", "png"}, "--merge 只用于 PDF 格式"},
+      {{"plot", plan_, "--merge", Path("x.pdf").string(), "--format", "png"}, "--merge 只用于 PDF 或 DWF 格式"},
       {{"plot", plan_, "--merge", ""}, "不能为空"},
       {{"titleblock", plan_, "--merge", Path("x.pdf").string()}, "--merge 只用于 --plot"},
   };

@@ -46,7 +46,6 @@ TEST_F(Usage, WrongUsageNamesTheProblemAndShowsTheCommandsHelp) {
       {{"sheets", "a.dxf", "--loose-lines", "yes"}, "选项 --loose-lines 应为 on 或 off"},
       {{"sheets", "a.dxf", "--blocks", "some"}, "图块选项 some 无效"},
       {{"sheets", "a.dxf", "--scale", "-5"}, "比例 -5 无效"},
-      {{"plot", "a.dxf", "--format", "dwf"}, "本版本暂不能输出 dwf 格式"},
       {{"plot", "a.dxf", "--format", "svg"}, "输出格式 svg 无效"},
       {{"plot", "a.dxf", "--out", "o", "--path-mode", "1"}, "--out 与 --path-mode 只能选一个"},
       {{"plot", "a.dxf", "--path-mode", "3"}, "存储路径 3 无效"},

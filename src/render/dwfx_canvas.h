@@ -1,0 +1,51 @@
+#pragma once
+// The canvas of DWF files, written as DWFx: one XPS FixedPage of Path elements. Lines keep their
+// colour and width (StrokeThickness), areas are filled even-odd, clips are nested Canvas elements,
+// pictures are PNG parts painted through an ImageBrush, and text goes out as filled glyph
+// outlines, one Path per glyph placed by its transform (the fonts are not embedded, so the page
+// looks the same on any viewer).
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "render/plot_canvas.h"
+#include "render/xps_package.h"
+
+namespace tv::render {
+
+class DwfxCanvas final : public PlotCanvas {
+ public:
+  // The page is painted in `background` first (the paper colour the review list chose).
+  DwfxCanvas(std::string path, double pageWidthMm, double pageHeightMm, Rgb background);
+
+  void stroke(const Polyline2d& points, bool closed, Rgb color, double widthMm) override;
+  void fill(const std::vector<Polyline2d>& rings, Rgb color) override;
+  void glyphs(GlyphRun run, bool asOutlines) override;
+  void image(cairo_surface_t* picture, const cairo_matrix_t& pixelToPage) override;
+  void pushClip(const Polyline2d& polygon) override;
+  void popClip() override;
+  bool finish(std::string& error) override;
+
+ private:
+  void flushStrokes();
+  // Appends " M x,y L x,y …" (with " Z" when closed) in page units.
+  void figure(std::string& data, const Polyline2d& points, bool closed) const;
+  void point(std::string& data, cad::Point2d p) const;
+  // The Path data of a glyph's outline in thousandths of an em ("" for a blank glyph).
+  const std::string& glyphOutline(cairo_font_face_t* face, unsigned long index);
+
+  static constexpr double kGlyphUnits = 1000;
+
+  std::string path_;
+  double heightMm_;
+  XpsPage page_;
+  int clipDepth_ = 0;
+  // Strokes of one pen are gathered into one Path, as the PDF canvas gathers them.
+  std::string pendingData_;
+  Rgb pendingColor_;
+  double pendingWidth_ = 0;
+  std::map<std::pair<const void*, unsigned long>, std::string> outlines_;
+};
+
+}  // namespace tv::render
