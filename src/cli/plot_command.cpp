@@ -253,6 +253,10 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (auto error = batch.drawing.empty() ? words.oneDrawingError() : std::nullopt) return args.usage(io, *error);
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
   if (batch.merge) options.merge = batch.merge;
+  if (!batch.pdfFolder.empty()) {
+    options.out = batch.pdfFolder;
+    options.format = settings::kFormatPdf;
+  }
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
   if (options.window && !options.reports.empty()) return args.usage(io, "--window 与 --report 只能选一个");
 
@@ -378,6 +382,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
       io.err << "文件 " << p.path << " 被本次打印中同名的另一张图纸覆盖\n";
     } else {
       io.out << p.path << '\n';
+      if (batch.writtenFiles) batch.writtenFiles->push_back(p.path);
     }
   }
   const std::size_t written = present.size();
