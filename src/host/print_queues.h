@@ -7,6 +7,9 @@
 
 namespace tv::host {
 
+// The output format code of a print queue taken as a plot device (the file formats are 0 to 6).
+inline constexpr int kPrintQueueFormat = 16;
+
 struct PrintMedium {
   std::string name;                 // the name the queue takes as "media" ("iso_a4_210x297mm", "A4")
   double widthMm = 0, heightMm = 0;  // as the queue describes it, upright

@@ -141,6 +141,27 @@ TEST_F(PrintCommandTest, APausedQueueHoldsTheJobsAndSaysSo) {
   EXPECT_TRUE(JobFiles(cupsd_->outputOf(kPausedQueue)).empty()) << "held until the queue is resumed";
 }
 
+TEST_F(PrintCommandTest, TheOldPaperBatchPlotsOnTheLayoutsPrinterOnceForEveryCopy) {
+  cad::Database db = FramesInARow({{42000, 29700}});
+  cad::PlotSettings& plot = db.layoutsInTabOrder().front()->plot;
+  plot.plotterName = kPaperQueue;
+  plot.paperSize = "iso_a3_297x420mm";
+  const std::string plan = Write("printer.dxf", db);
+  // A rectangle picked, two copies, every rectangle, Yes to the question.
+  std::vector<std::string> args{"run", plan, "TV_BatchPlot_16"};
+  for (const char* a : {"3", "7 2", "", "ALL", ""}) args.insert(args.end(), {"--answer", a});
+  const RunResult r = Run(args);
+  EXPECT_TRUE(Has(r.out, "共有 1 张图纸打印，打印 2 份，现在开始打印 ？")) << r.out;
+  EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper，作业 tv_paper-"), 2u) << r.out;
+  ASSERT_TRUE(cupsd_->waitForFiles(kPaperQueue, 2, 30));
+  for (const fs::path& file : JobFiles(cupsd_->outputOf(kPaperQueue))) {
+    const auto [w, h] = PageMm(file.string());
+    EXPECT_NEAR(std::min(w, h), 297, 0.5) << file;
+    EXPECT_NEAR(std::max(w, h), 420, 0.5) << file;
+  }
+  EXPECT_EQ(FilesIn(dir_.path()), std::vector<std::string>{"printer.dxf"});
+}
+
 // Needs no server: nothing listens on the port.
 TEST(PrintServerTest, AnUnreachableServerGivesAMessageAtOnce) {
   TempDir dir("tv_print");
