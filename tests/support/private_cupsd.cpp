@@ -2,7 +2,6 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -107,11 +106,13 @@ constexpr const char* kBackend =
     "if [ -n \"$6\" ]; then cat \"$6\"; else cat; fi > \"$dir/.job-$1.part\" || exit 1\n"
     "mv \"$dir/.job-$1.part\" \"$dir/job-$1.pdf\"\n";
 
-std::string QueueBlock(const char* tag, const char* name, const fs::path& out, bool accepting, bool stopped) {
+std::string QueueBlock(const char* tag, const char* name, const fs::path& out, bool accepting, bool stopped,
+                       int kLimit = 0) {
   std::ostringstream b;
   b << "<" << tag << " " << name << ">\nInfo Test queue " << name << "\nDeviceURI tvfile:" << (out / name).string()
     << "\nState " << (stopped ? "Stopped" : "Idle") << "\nStateTime 0\nAccepting " << (accepting ? "Yes" : "No")
-    << "\nShared No\nJobSheets none none\nQuotaPeriod 0\nPageLimit 0\nKLimit 0\nOpPolicy default\n"
+    << "\nShared No\nJobSheets none none\nQuotaPeriod " << (kLimit ? 86400 : 0) << "\nPageLimit 0\nKLimit " << kLimit
+    << "\nOpPolicy default\n"
        "ErrorPolicy abort-job\n</"
     << tag << ">\n";
   return b.str();
@@ -121,15 +122,6 @@ std::unique_ptr<PrivateCupsd>& Instance() {
   static std::unique_ptr<PrivateCupsd> instance;
   return instance;
 }
-
-// Stops the server when the process's tests end.
-class CupsdEnvironment : public ::testing::Environment {
- public:
-  void TearDown() override {
-    if (Instance()) Instance()->stop();
-  }
-};
-[[maybe_unused]] ::testing::Environment* const kEnvironment = ::testing::AddGlobalTestEnvironment(new CupsdEnvironment);
 
 }  // namespace
 
@@ -191,9 +183,10 @@ bool PrivateCupsd::start(std::string& why) {
   const fs::path out = root_ / "out";
   std::string printers = QueueBlock("DefaultPrinter", kPaperQueue, out, true, false) +
                          QueueBlock("Printer", kRefusingQueue, out, false, false) +
-                         QueueBlock("Printer", kPausedQueue, out, true, true);
+                         QueueBlock("Printer", kPausedQueue, out, true, true) +
+                         QueueBlock("Printer", kFullQueue, out, true, false, 1);
   Put(conf / "printers.conf", printers, fs::perms(0600));
-  for (const char* q : {kPaperQueue, kRefusingQueue, kPausedQueue}) {
+  for (const char* q : {kPaperQueue, kRefusingQueue, kPausedQueue, kFullQueue}) {
     Put(conf / "ppd" / (std::string(q) + ".ppd"), Ppd());
     // The backend runs as the server's user, not as the tests' one.
     fs::create_directories(out / q, ec);
@@ -236,7 +229,7 @@ bool PrivateCupsd::start(std::string& why) {
 
 void PrivateCupsd::clearOutputs() const {
   std::error_code ec;
-  for (const char* q : {kPaperQueue, kRefusingQueue, kPausedQueue})
+  for (const char* q : {kPaperQueue, kRefusingQueue, kPausedQueue, kFullQueue})
     for (const fs::directory_entry& e : fs::directory_iterator(outputOf(q), ec)) fs::remove(e.path(), ec);
 }
 
@@ -251,6 +244,10 @@ bool PrivateCupsd::waitForFiles(const std::string& queue, std::size_t count, dou
     if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
+}
+
+void PrivateCupsd::StopShared() {
+  if (Instance()) Instance()->stop();
 }
 
 void PrivateCupsd::stop() {

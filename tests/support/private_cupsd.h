@@ -1,7 +1,7 @@
 #pragma once
 // A print server of the tests' own: Debian's cupsd with a private configuration folder, listening
 // on a private port of 127.0.0.1, started once per test process on first use and stopped when the
-// process's tests end. The machine's own CUPS configuration and default printer are never read
+// process's tests end (or the program ends). The machine's own CUPS configuration and default printer are never read
 // or written. Its queues write every job as a file of its own ("job-N.pdf") into a folder per
 // queue; their PPD offers A4 to A0 and passes PDF through untouched.
 #include <filesystem>
@@ -13,6 +13,7 @@ namespace tv::test_support {
 inline constexpr const char* kPaperQueue = "tv_paper";        // the default, idle and accepting
 inline constexpr const char* kRefusingQueue = "tv_refusing";  // rejects jobs
 inline constexpr const char* kPausedQueue = "tv_paused";      // stopped: holds jobs
+inline constexpr const char* kFullQueue = "tv_full";          // a quota of 1 KB: takes one job, then refuses
 
 class PrivateCupsd {
  public:
@@ -30,6 +31,8 @@ class PrivateCupsd {
   bool waitForFiles(const std::string& queue, std::size_t count, double seconds) const;
 
   void stop();
+  // Stops the server Get started, if any; the tests' environment calls it when they end.
+  static void StopShared();
   ~PrivateCupsd();
 
  private:
