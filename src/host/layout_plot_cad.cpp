@@ -86,7 +86,8 @@ std::optional<render::PlotterConfig> PrintQueueDevice(const std::string& queue) 
   config.canonicalModelName = "cups";
   config.format = kPrintQueueFormat;
   for (PrintMedium& m : media)
-    config.media.push_back({m.name, m.name, m.widthMm, m.heightMm, 0, 0, m.widthMm, m.heightMm});
+    config.media.push_back(
+        {m.name, m.name, m.widthMm, m.heightMm, m.leftMm, m.bottomMm, m.widthMm - m.rightMm, m.heightMm - m.topMm});
   return config;
 }
 
@@ -136,10 +137,13 @@ void SetFlag(cad::PlotSettings& plot, std::int16_t bit, bool on) {
 
 std::vector<std::string> PlotDeviceList() {
   std::vector<std::string> out{std::string(kNoPlotDevice)};
-  for (FolderFile& f : DeviceFiles()) out.push_back(std::move(f.name));
-  // The printers follow, the default one first; a queue named like a file is the file's.
-  for (PrintQueue& q : ListPrintQueues())
-    if (std::find(out.begin(), out.end(), q.name) == out.end()) out.push_back(std::move(q.name));
+  std::vector<FolderFile> files = DeviceFiles();
+  // The printers come first, the default one at their head; a queue named like a file is the file's.
+  for (PrintQueue& q : ListPrintQueues()) {
+    const bool file = std::any_of(files.begin(), files.end(), [&](const FolderFile& f) { return f.name == q.name; });
+    if (!file) out.push_back(std::move(q.name));
+  }
+  for (FolderFile& f : files) out.push_back(std::move(f.name));
   return out;
 }
 

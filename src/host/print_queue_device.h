@@ -1,6 +1,7 @@
 #pragma once
 // A print queue seen as a plot device, for the platform's own plot (src/console): the queue's
-// media as plotter media, the whole sheet printable. Subsystems go through host/layout_plot.h.
+// media as plotter media, printable within the edges the printer can't reach. Subsystems go
+// through host/layout_plot.h.
 #include <optional>
 #include <string>
 

@@ -13,6 +13,8 @@ inline constexpr int kPrintQueueFormat = 16;
 struct PrintMedium {
   std::string name;                 // the name the queue takes as "media" ("iso_a4_210x297mm", "A4")
   double widthMm = 0, heightMm = 0;  // as the queue describes it, upright
+  // The edges the printer can't reach, in millimetres.
+  double leftMm = 0, bottomMm = 0, rightMm = 0, topMm = 0;
 };
 
 struct PrintQueue {

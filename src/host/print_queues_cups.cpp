@@ -93,7 +93,8 @@ std::vector<PrintMedium> QueueMedia(const std::string& queue, std::string* error
         cups_size_t size;
         if (!cupsGetDestMediaByIndex(http, dest, info, i, CUPS_MEDIA_FLAGS_DEFAULT, &size)) continue;
         if (size.width <= 0 || size.length <= 0) continue;
-        media.push_back({size.media, size.width / 100.0, size.length / 100.0});
+        media.push_back({size.media, size.width / 100.0, size.length / 100.0, size.left / 100.0, size.bottom / 100.0,
+                         size.right / 100.0, size.top / 100.0});
       }
       cupsFreeDestInfo(info);
     } else {

@@ -90,7 +90,9 @@ std::string Ppd() {
     p << "*CloseUI: *" << ui << "\n";
   }
   p << "*DefaultImageableArea: A4\n";
-  for (const Size& s : kSizes) p << "*ImageableArea " << s.name << "/" << s.name << ": \"0 0 " << s.w << " " << s.h << "\"\n";
+  // A printer's usual unprintable edge of 12 points (4.23 mm) all round.
+  for (const Size& s : kSizes)
+    p << "*ImageableArea " << s.name << "/" << s.name << ": \"12 12 " << s.w - 12 << " " << s.h - 12 << "\"\n";
   p << "*DefaultPaperDimension: A4\n";
   for (const Size& s : kSizes) p << "*PaperDimension " << s.name << "/" << s.name << ": \"" << s.w << " " << s.h << "\"\n";
   return p.str();
