@@ -13,7 +13,6 @@
 #include "console/text_match.h"
 #include "host/cad_binding.h"
 #include "host/layout_plot.h"
-#include "host/print_queue_device.h"
 #include "host/print_queues.h"
 #include "render/plot_engine.h"
 #include "render/plotter_files.h"

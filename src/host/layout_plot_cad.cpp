@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "host/cad_binding.h"
-#include "host/print_queue_device.h"
 #include "host/print_queues.h"
 #include "render/plotter_files.h"
 #include "settings/folders.h"
