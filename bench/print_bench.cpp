@@ -1,23 +1,22 @@
-// Sending a set to a printer against writing it as PDF.
-// BM_SubmitBareFrames   the 100 bare frames of BM_PlotBareFrames plotted as PDF, as that benchmark
-//                       times them, then sent to a local queue one job each, as `tvplot print`
-//                       sends them: the time of printing the set. The queue is a cupsd of the
-//                       benchmark's own (a private configuration and port) whose backend writes
-//                       each job as a file; the wait for those files is not timed. The counter
-//                       submit_ms is the sending alone. Compare with the PDF time of the same set:
-//   tvbench --benchmark_filter='BM_PlotBareFrames$'; tvbench --benchmark_filter='BM_SubmitBareFrames$'
+// Printing a set against writing it as PDF, both as users run them.
+// BM_CliPdfBareFrames    `tvplot plot` of the 100 bare frames of BM_PlotBareFrames to PDF files.
+// BM_CliPrintBareFrames  `tvplot print` of the same set to a local queue, one job per sheet, sent
+//                        while the next sheets plot. The queue is a cupsd of the benchmark's own (a
+//                        private configuration and port) whose backend writes each job as a file;
+//                        the wait for those files is not timed. Printing should take at most a
+//                        tenth longer than the PDFs; run them in turn:
+//   for c in CliPdfBareFrames CliPrintBareFrames; do tvbench --benchmark_filter="BM_$c/"; done
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "bench/batch_runs.h"
 #include "bench/sparse_frame_sets.h"
-#include "host/print_queues.h"
+#include "cli/cli.h"
 #include "tests/support/private_cupsd.h"
 
 namespace {
@@ -25,8 +24,54 @@ namespace {
 using namespace tv;
 namespace fs = std::filesystem;
 
-void BM_SubmitBareFrames(benchmark::State& state) {
-  constexpr std::size_t kFrames = 100;
+constexpr std::size_t kFrames = 100;
+
+// `tvplot args…` in this process, its output to nowhere; the exit code.
+int Tvplot(std::vector<std::string> args) {
+  args.insert(args.begin(), "tvplot");
+  std::vector<char*> argv;
+  for (std::string& a : args) argv.push_back(a.data());
+  std::fflush(stdout);
+  const int kept = ::dup(STDOUT_FILENO);
+  const int null = ::open("/dev/null", O_WRONLY);
+  ::dup2(null, STDOUT_FILENO);
+  const int code = cli::RunCli(static_cast<int>(argv.size()), argv.data());
+  std::fflush(stdout);
+  ::dup2(kept, STDOUT_FILENO);
+  ::close(kept);
+  ::close(null);
+  return code;
+}
+
+// The set's file, written once; empty when it can't be.
+std::string SetFile(benchmark::State& state) {
+  const fs::path root = fs::temp_directory_path() / "tarvex-bench";
+  setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
+  const fs::path path = bench::SparseFilePath(bench::SparseSet::BareFrames, kFrames);
+  if (!bench::EnsureSparseFile(bench::SparseSet::BareFrames, kFrames, path)) {
+    state.SkipWithError("could not write the frame set");
+    return {};
+  }
+  return path.string();
+}
+
+void BM_CliPdfBareFrames(benchmark::State& state) {
+  const std::string drawing = SetFile(state);
+  if (drawing.empty()) return;
+  const fs::path out = fs::temp_directory_path() / "tarvex-bench" / "cli-pdf-bare";
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::error_code ec;
+    fs::remove_all(out, ec);
+    state.ResumeTiming();
+    if (Tvplot({"plot", drawing, "--format", "pdf", "--out", out.string()}) != 0) state.SkipWithError("tvplot plot failed");
+  }
+}
+BENCHMARK(BM_CliPdfBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+void BM_CliPrintBareFrames(benchmark::State& state) {
+  const std::string drawing = SetFile(state);
+  if (drawing.empty()) return;
   std::string why;
   test_support::PrivateCupsd* cupsd = test_support::PrivateCupsd::Get(why);
   if (!cupsd) {
@@ -34,44 +79,18 @@ void BM_SubmitBareFrames(benchmark::State& state) {
     return;
   }
   setenv("CUPS_SERVER", cupsd->server().c_str(), 1);
-  const fs::path root = fs::temp_directory_path() / "tarvex-bench";
-  const fs::path out = root / "print-bare";
-  setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
-  std::size_t sent = 0;
-  double submitMs = 0;
+  bool printed = true;
   for (auto _ : state) {
     state.PauseTiming();
-    std::optional<cad::Database> db = bench::LoadSparseSet(state, bench::SparseSet::BareFrames, kFrames);
-    if (!db) break;
-    bench::PlotGenericBatch(state, std::move(*db), root / "bare-frames.dxf", out, 0);
-    std::vector<fs::path> sheets;
-    for (const fs::directory_entry& e : fs::directory_iterator(out))
-      if (e.path().extension() == ".pdf") sheets.push_back(e.path());
-    std::sort(sheets.begin(), sheets.end());
     cupsd->clearOutputs();
-    const std::vector<host::PrintMedium> media = host::QueueMedia(test_support::kPaperQueue);
     state.ResumeTiming();
-
-    const auto started = std::chrono::steady_clock::now();
-    host::PrintServer server;
-    for (const fs::path& sheet : sheets) {
-      host::PrintDocument doc;
-      doc.path = sheet.string();
-      doc.title = sheet.stem().string();
-      if (const host::PrintMedium* m = host::MatchMedium(media, 841, 594)) doc.media = m->name;
-      doc.landscape = true;
-      if (server.submit(test_support::kPaperQueue, doc).ok) ++sent;
-    }
-
-    submitMs += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
+    printed = Tvplot({"print", drawing, "--printer", test_support::kPaperQueue}) == 0;
     state.PauseTiming();
-    cupsd->waitForFiles(test_support::kPaperQueue, sheets.size(), 60);
+    printed = printed && cupsd->waitForFiles(test_support::kPaperQueue, kFrames, 60);
     state.ResumeTiming();
   }
-  state.counters["sent"] = static_cast<double>(sent);
-  state.counters["submit_ms"] = benchmark::Counter(submitMs, benchmark::Counter::kAvgIterations);
-  if (sent != kFrames) state.SkipWithError("not every sheet of the set was sent");
+  if (!printed) state.SkipWithError("not every sheet of the set was printed");
 }
-BENCHMARK(BM_SubmitBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+BENCHMARK(BM_CliPrintBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 }  // namespace

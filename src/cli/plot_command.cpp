@@ -356,7 +356,9 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   const std::optional<fs::file_time_type> oldTarget = options.merge ? WrittenAt(*options.merge) : std::nullopt;
   if (batch.mergedBookmarks)
     plot::SetMergeListener([list = batch.mergedBookmarks](const std::vector<std::string>& names) { *list = names; });
+  editor.setPlotListener(batch.sheetWritten);
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
+  editor.setPlotListener({});
   plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
   const bool reportsWritten = options.reports.empty() || listed <= 0 ||

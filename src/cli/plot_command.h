@@ -37,6 +37,8 @@ struct FileBatch {
   std::string pdfFolder;
   // Given: takes the files the run wrote, in sheet order.
   std::vector<std::string>* writtenFiles = nullptr;
+  // Given: told of each file as soon as it is written, while the run goes on.
+  std::function<void(const std::string& path)> sheetWritten;
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:

@@ -3,6 +3,10 @@
 #include <stdlib.h>
 
 #include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <thread>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -185,6 +189,105 @@ void DefinePrint(CLI::App& app) {
   AddFlag(app, "--verbose", "显示命令行的全部过程");
 }
 
+// Sends the sheets while the run plots the next ones: a sheet's jobs go as soon as its PDF is
+// written, so that printing costs little more than the PDFs. The jobs keep the order of the work
+// list: without collation each sheet's copies as it comes, with it the first set as the sheets
+// come and the other sets once all are there. A job the queue refuses stops the sending.
+class Sender {
+ public:
+  Sender(host::PrintServer& server, const host::PrintQueue& queue, std::vector<host::PrintMedium> media,
+         const PrintOptions& options)
+      : server_(server), queue_(queue), media_(std::move(media)), options_(options), thread_([this] { work(); }) {}
+  ~Sender() { finish(); }
+  Sender(const Sender&) = delete;
+  Sender& operator=(const Sender&) = delete;
+
+  void written(const std::string& path) {
+    {
+      const std::lock_guard lock(mutex_);
+      arrived_.push_back(path);
+    }
+    wake_.notify_one();
+  }
+  // No more sheets come; waits until every job is sent or the sending stopped.
+  void finish() {
+    {
+      const std::lock_guard lock(mutex_);
+      done_ = true;
+    }
+    wake_.notify_one();
+    if (thread_.joinable()) thread_.join();
+  }
+
+  const std::string& report() const { return report_; }
+  const std::string& refusal() const { return refusal_; }
+  std::size_t sheets() const { return sheets_.size(); }
+  std::size_t sent() const { return sent_; }
+  std::size_t planned() const { return planned_; }
+
+ private:
+  void work() {
+    std::size_t next = 0;
+    for (bool last = false; !last;) {
+      {
+        std::unique_lock lock(mutex_);
+        wake_.wait(lock, [this] { return done_ || !arrived_.empty(); });
+        for (std::string& p : arrived_) sheets_.push_back(std::move(p));
+        arrived_.clear();
+        last = done_;  // nothing comes after the run said so
+      }
+      // The sheets that came, each with its copies in the stream (one with collation). After a
+      // refusal the sheets are only counted.
+      for (; next < sheets_.size(); ++next)
+        for (int c = 0; c < (options_.collate ? 1 : options_.copies) && refusal_.empty(); ++c) send(next);
+    }
+    const std::vector<std::int32_t> copies(sheets_.size(), options_.copies);
+    const std::vector<std::size_t> work = plot::PaperWorkList(copies, options_.collate, false);
+    planned_ = work.size();
+    // The rest of the work list: the later sets of a collated run.
+    for (std::size_t k = sent_; k < work.size() && refusal_.empty(); ++k) send(work[k]);
+  }
+
+  void send(std::size_t sheet) {
+    const int copy = static_cast<int>(++copiesSent_[sheet]);
+    host::PrintDocument doc;
+    doc.path = sheets_[sheet];
+    doc.title = fs::path(doc.path).stem().string();
+    double w = 0, h = 0;
+    std::string paperText = "?";
+    if (render::FirstPageSizeMm(doc.path, w, h)) {
+      doc.landscape = w > h;
+      paperText = SizeText(w, h);
+      if (const host::PrintMedium* m = host::MatchMedium(media_, w, h)) doc.media = m->name;
+    }
+    const host::PrintJobResult result = server_.submit(queue_.name, doc);
+    if (!result.ok) {
+      refusal_ = "打印机“" + queue_.name + "”未接受 " + doc.title + "（第 " + std::to_string(copy) + " 份）：" + result.answer +
+                 "，停止打印";
+      return;
+    }
+    ++sent_;
+    report_ += queue_.name + "-" + std::to_string(result.jobId) + "  " + doc.title + "  第 " + std::to_string(copy) +
+               " 份  " + paperText + " mm" + (doc.media.empty() ? std::string() : "  " + doc.media) + "  " +
+               result.answer + "\n";
+  }
+
+  host::PrintServer& server_;
+  const host::PrintQueue queue_;
+  const std::vector<host::PrintMedium> media_;
+  const PrintOptions options_;
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  std::vector<std::string> arrived_;
+  bool done_ = false;
+  // The sending thread's own.
+  std::vector<std::string> sheets_;
+  std::map<std::size_t, std::size_t> copiesSent_;
+  std::size_t sent_ = 0, planned_ = 0;
+  std::string report_, refusal_;
+  std::thread thread_;  // last: it starts once the rest is ready
+};
+
 int RunPrint(const ParsedArgs& args, CliStreams& io) {
   if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   PrintOptions options;
@@ -195,7 +298,7 @@ int RunPrint(const ParsedArgs& args, CliStreams& io) {
   const std::optional<host::PrintQueue> queue = ChooseQueue(server, options.queue, io);
   if (!queue) return kExitNoPrinter;
   std::string mediaError;
-  const std::vector<host::PrintMedium> media = host::QueueMedia(queue->name, &mediaError);
+  std::vector<host::PrintMedium> media = host::QueueMedia(queue->name, &mediaError);
 
   SpoolFolder spool;
   if (spool.path().empty()) {
@@ -203,50 +306,25 @@ int RunPrint(const ParsedArgs& args, CliStreams& io) {
     return kExitNotAllPrinted;
   }
   // The sheets as PDFs at their papers; the summary of the files is this command's own.
-  std::vector<std::string> sheets;
+  Sender sender(server, *queue, std::move(media), options);
   std::ostringstream plotted;
   CliStreams plotIo{plotted, io.err, io.errIsTerminal};
   FileBatch batch;
   batch.program = "tvplot print";
   batch.command = "TV_BatchPlot_2";
   batch.pdfFolder = spool.path();
-  batch.writtenFiles = &sheets;
+  batch.sheetWritten = [&sender](const std::string& path) { sender.written(path); };
   const int plotCode = RunFileBatch(args, plotIo, batch);
-  if (sheets.empty()) return plotCode == kExitOk ? kExitNotAllPrinted : plotCode;
+  sender.finish();
 
-  const std::vector<std::int32_t> copies(sheets.size(), options.copies);
-  const std::vector<std::size_t> work = plot::PaperWorkList(copies, options.collate, false);
-  std::vector<int> copyOf(sheets.size(), 0);
-  std::size_t sent = 0;
-  bool stopped = false;
-  for (const std::size_t i : work) {
-    const int copy = ++copyOf[i];
-    host::PrintDocument doc;
-    doc.path = sheets[i];
-    doc.title = fs::path(sheets[i]).stem().string();
-    double w = 0, h = 0;
-    std::string paperText = "?";
-    if (render::FirstPageSizeMm(sheets[i], w, h)) {
-      doc.landscape = w > h;
-      paperText = SizeText(w, h);
-      if (const host::PrintMedium* m = host::MatchMedium(media, w, h)) doc.media = m->name;
-    }
-    const host::PrintJobResult result = server.submit(queue->name, doc);
-    if (!result.ok) {
-      io.err << "tvplot print: 打印机“" << queue->name << "”未接受 " << doc.title << "（第 " << copy << " 份）："
-             << result.answer << "，停止打印\n";
-      stopped = true;
-      break;
-    }
-    ++sent;
-    io.out << queue->name << "-" << result.jobId << "  " << doc.title << "  第 " << copy << " 份  " << paperText << " mm"
-           << (doc.media.empty() ? std::string() : "  " + doc.media) << "  " << result.answer << '\n';
-  }
+  io.out << sender.report();
+  if (!sender.refusal().empty()) io.err << "tvplot print: " << sender.refusal() << '\n';
+  if (sender.sheets() == 0) return plotCode == kExitOk ? kExitNotAllPrinted : plotCode;
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-  io.out << "共 " << sheets.size() << " 张图纸，已发送 " << sent << " / " << work.size() << " 个打印作业到打印机 "
-         << queue->name << "，用时 " << Seconds(seconds) << " 秒\n";
+  io.out << "共 " << sender.sheets() << " 张图纸，已发送 " << sender.sent() << " / " << sender.planned()
+         << " 个打印作业到打印机 " << queue->name << "，用时 " << Seconds(seconds) << " 秒\n";
   if (!mediaError.empty()) io.err << "tvplot print: " << mediaError << '\n';
-  if (stopped || sent != work.size()) return kExitNotAllPrinted;
+  if (sender.sent() != sender.planned()) return kExitNotAllPrinted;
   return plotCode;
 }
 

@@ -145,6 +145,8 @@ class ConsoleEditor final : public host::Editor {
     int jobId = 0;
   };
   const std::vector<PlotRecord>& plots() const { return plots_; }
+  // Told of each file a "-plot" wrote, as soon as it is complete; empty: nobody is told.
+  void setPlotListener(std::function<void(const std::string& path)> listener) { plotListener_ = std::move(listener); }
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
     plots_.push_back({std::string(path), written, std::string(why), {}, 0});
@@ -199,7 +201,8 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
-  std::shared_ptr<host::PrintServer> printServer_;  // one connection for the jobs of a session
+  std::shared_ptr<host::PrintServer> printServer_;
+  std::function<void(const std::string& path)> plotListener_;  // one connection for the jobs of a session
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;

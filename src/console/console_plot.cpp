@@ -338,6 +338,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   print("\n已打印到文件 " + path);
   record.ok = true;
   plots_.push_back(std::move(record));
+  if (plotListener_) plotListener_(path);
   return RTNORM;
 }
 
