@@ -17,6 +17,7 @@
 #include "cli/info_command.h"
 #include "cli/paper_command.h"
 #include "cli/plot_command.h"
+#include "cli/print_command.h"
 #include "cli/report_command.h"
 #include "cli/run_command.h"
 #include "cli/sheets_command.h"
@@ -44,6 +45,8 @@ constexpr const Subcommand& (*kSubcommands[])() = {
     &PaperSubcommand,
     &SheetsSubcommand,
     &PlotSubcommand,
+    &PrintSubcommand,
+    &PrintersSubcommand,
     &TitleBlockSubcommand,
     &ReportSubcommand,
     &TkSubcommand,

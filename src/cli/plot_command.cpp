@@ -257,6 +257,10 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (auto error = batch.drawing.empty() ? words.oneDrawingError() : std::nullopt) return args.usage(io, *error);
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
   if (batch.merge) options.merge = batch.merge;
+  if (!batch.pdfFolder.empty()) {
+    options.out = batch.pdfFolder;
+    options.format = settings::kFormatPdf;
+  }
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
   if (options.window && !options.reports.empty()) return args.usage(io, "--window 与 --report 只能选一个");
 
@@ -351,7 +355,9 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   const std::optional<fs::file_time_type> oldTarget = options.merge ? WrittenAt(*options.merge) : std::nullopt;
   if (batch.mergedBookmarks)
     plot::SetMergeListener([list = batch.mergedBookmarks](const std::vector<std::string>& names) { *list = names; });
+  editor.setPlotListener(batch.sheetWritten);
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
+  editor.setPlotListener({});
   plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
   const bool reportsWritten = options.reports.empty() || listed <= 0 ||
@@ -377,6 +383,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
       io.err << "文件 " << p.path << " 被本次打印中同名的另一张图纸覆盖\n";
     } else {
       io.out << p.path << '\n';
+      if (batch.writtenFiles) batch.writtenFiles->push_back(p.path);
     }
   }
   const std::size_t written = present.size();

@@ -33,6 +33,12 @@ struct FileBatch {
   std::string progressPrefix;  // "[2/5] 平面.dxf ": which drawing the progress lines are of
   // Given: takes the bookmarks of the sheets the merge joined, in order.
   std::vector<std::string>* mergedBookmarks = nullptr;
+  // Set: the sheets go as PDF into this folder, whatever the options and settings say.
+  std::string pdfFolder;
+  // Given: takes the files the run wrote, in sheet order.
+  std::vector<std::string>* writtenFiles = nullptr;
+  // Given: told of each file as soon as it is written, while the run goes on.
+  std::function<void(const std::string& path)> sheetWritten;
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:

@@ -31,6 +31,10 @@ struct PlotterMedium;
 struct PlotRequest;
 }  // namespace tv::render
 
+namespace tv::host {
+class PrintServer;
+}
+
 namespace tv::console {
 
 class EntityFilter;
@@ -137,11 +141,15 @@ class ConsoleEditor final : public host::Editor {
     std::string path;
     bool ok = false;
     std::string message;  // why not
+    std::string queue;    // set for a plot sent to a printer: its queue, the job and the answer
+    int jobId = 0;
   };
   const std::vector<PlotRecord>& plots() const { return plots_; }
+  // Told of each file a "-plot" wrote, as soon as it is complete; empty: nobody is told.
+  void setPlotListener(std::function<void(const std::string& path)> listener) { plotListener_ = std::move(listener); }
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
-    plots_.push_back({std::string(path), written, std::string(why)});
+    plots_.push_back({std::string(path), written, std::string(why), {}, 0});
   }
   // The texts of the message boxes shown, oldest first.
   const std::vector<std::string>& messages() const { return messages_; }
@@ -168,6 +176,8 @@ class ConsoleEditor final : public host::Editor {
   // format, the resolution and the output path.
   void fillPlotRequest(const cad::Layout& layout, const cad::PlotSettings& plot, const render::PlotterConfig& device,
                        const render::PlotterMedium& medium, bool turned, render::PlotRequest& request);
+  // The plot of `request` as a PDF sent to the print queue as one job (console_print.cpp).
+  int printOnQueue(const std::string& queue, const std::string& medium, render::PlotRequest& request);
   void reapViewers();
 
   cad::Database& db_;
@@ -191,6 +201,8 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
+  std::shared_ptr<host::PrintServer> printServer_;
+  std::function<void(const std::string& path)> plotListener_;  // one connection for the jobs of a session
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;

@@ -13,6 +13,7 @@
 #include "console/text_match.h"
 #include "host/cad_binding.h"
 #include "host/layout_plot.h"
+#include "host/print_queues.h"
 #include "render/plot_engine.h"
 #include "render/plotter_files.h"
 
@@ -196,7 +197,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   std::string error;
   std::optional<render::PlotterConfig> device;
   if (!deviceFile.empty()) device = render::ReadPlotterConfig(deviceFile, &error);
+  else device = host::PrintQueueDevice(plot.plotterName);
   const int code = device ? device->format : -1;
+  const bool printer = code == host::kPrintQueueFormat;
 
   bool turned = plot.rotation == 1 || plot.rotation == 3;
   bool toFile = true;
@@ -281,6 +284,10 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     if (!reply) return RTCAN;
     toFile = IsYes(*reply);
   }
+  if (toFile && printer) {
+    print("\n打印机不能打印到文件。");
+    toFile = false;
+  }
   if (toFile) {
     const std::string offered = fs::path(path_).stem().string() + "-" + layout->name;
     reply = take("\n输入文件名 <" + offered + ">: ");
@@ -295,25 +302,23 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   if (!reply) return RTCAN;
   if (IsNo(*reply)) return RTCAN;
 
-  PlotRecord record{path, false, {}};
+  PlotRecord record{path, false, {}, {}, 0};
   const auto refuse = [&](std::string message) {
     print("\n" + message);
     record.message = std::move(message);
     plots_.push_back(std::move(record));
     return RTERROR;
   };
-  // Paper was asked for: this host has no printers yet, whatever the device.
-  if (!toFile)
-    return refuse("打印设备“" + (plot.plotterName.empty() ? std::string("无") : plot.plotterName) +
-                  "”：本版本尚不能打印到纸张（打印机），只能打印到文件，未打印。");
   if (!device) {
-    return refuse("打印设备“" + plot.plotterName + "”无法使用" + (error.empty() ? std::string() : "：" + error) +
-                  "，未打印。");
+    return refuse("打印设备“" + (plot.plotterName.empty() ? std::string("无") : plot.plotterName) + "”无法使用" +
+                  (error.empty() ? std::string() : "：" + error) + "，未打印。");
   }
-  const std::optional<render::PlotFormat> format = FormatOf(code);
+  // Paper needs a printer: a file device can't give it.
+  if (!toFile && !printer) return refuse("打印设备“" + plot.plotterName + "”不是打印机，不能打印到纸张，未打印。");
+  const std::optional<render::PlotFormat> format = printer ? render::PlotFormat::Pdf : FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
   // The open drawing is in use, as it would be in any host: a plot never replaces it.
-  if (std::error_code ec; fs::exists(path, ec) && fs::equivalent(path, path_, ec))
+  if (std::error_code ec; toFile && fs::exists(path, ec) && fs::equivalent(path, path_, ec))
     return refuse("文件 " + path + " 是打开的图纸，不能写入，未打印。");
   const render::PlotterMedium* medium = FindPlotMedium(*device, plot.paperSize);
   if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
@@ -325,6 +330,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   request.rasterDpi = 25.4;
   request.enlarge = 1;
   request.outputPath = path;
+  if (printer) return printOnQueue(plot.plotterName, medium->name, request);
 
   const render::PlotResult result = render::PlotWindow(db_, request);
   for (const std::string& note : result.notes) print("\n" + note);
@@ -332,6 +338,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   print("\n已打印到文件 " + path);
   record.ok = true;
   plots_.push_back(std::move(record));
+  if (plotListener_) plotListener_(path);
   return RTNORM;
 }
 

@@ -2,11 +2,16 @@
 // How this platform's drawing model stands behind the seam. Seen only by the seam's
 // implementation and by the console host, never by the logic.
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "cad/database.h"
 #include "host/object_id.h"
+
+namespace tv::render {
+struct PlotterConfig;
+}
 
 namespace tv::host {
 
@@ -39,5 +44,10 @@ const class CustomEntity* CustomOf(const cad::Entity& e);
 // Draws one of the system's own entities into a recorder.
 class PrimitiveRecorder;
 void DrawCustom(const cad::Entity& e, PrimitiveRecorder& out);
+
+// A print queue seen as a plot device, for the platform's own plot: the queue's media as plotter
+// media, printable within the edges the printer can't reach. Nothing for a name that is a plotter
+// configuration file (".pc3") or no queue of the print server.
+std::optional<render::PlotterConfig> PrintQueueDevice(const std::string& queue);
 
 }  // namespace tv::host

@@ -34,8 +34,9 @@ inline constexpr int kLastStdScaleType = 32;
 inline constexpr int kRotation0 = 0;
 inline constexpr int kRotation270 = 3;
 
-// The plot devices the host offers: kNoPlotDevice, then the plotter configuration files of its
-// plotter folders ("DWG To PDF.pc3"), each name once, folder by folder.
+// The plot devices the host offers: kNoPlotDevice, the printers (print queues, the default one
+// first), then the plotter configuration files of its plotter folders ("DWG To PDF.pc3"), each
+// name once, folder by folder.
 std::vector<std::string> PlotDeviceList();
 // The plot style tables of the host's plot style folders (".ctb" and ".stb"), each name once.
 std::vector<std::string> PlotStyleSheetList();

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/cad_binding.h"
+#include "host/print_queues.h"
 #include "render/plotter_files.h"
 #include "settings/folders.h"
 
@@ -73,11 +74,33 @@ std::optional<FolderFile> FindListed(const std::vector<FolderFile>& files, const
 
 std::vector<FolderFile> DeviceFiles() { return FilesOf(settings::PrinterConfigFolders(), {"pc3"}); }
 
-std::optional<render::PlotterConfig> ReadDevice(const std::string& device) {
+}  // namespace
+
+std::optional<render::PlotterConfig> PrintQueueDevice(const std::string& queue) {
+  if (queue.size() >= 4 && AsciiUpper(queue.substr(queue.size() - 4)) == ".PC3") return std::nullopt;
+  std::string error;
+  std::vector<PrintMedium> media = QueueMedia(queue, &error);
+  if (!error.empty()) return std::nullopt;
+  render::PlotterConfig config;
+  config.canonicalModelName = "cups";
+  config.format = kPrintQueueFormat;
+  for (PrintMedium& m : media)
+    config.media.push_back(
+        {m.name, m.name, m.widthMm, m.heightMm, m.leftMm, m.bottomMm, m.widthMm - m.rightMm, m.heightMm - m.topMm});
+  return config;
+}
+
+namespace {
+
+// A plotter configuration file of that name, else a print queue.
+std::optional<render::PlotterConfig> ReadDevice(const std::string& device, std::string* listedName = nullptr) {
   if (device.empty() || device == kNoPlotDevice) return std::nullopt;
-  const std::optional<FolderFile> file = FindListed(DeviceFiles(), device);
-  if (!file) return std::nullopt;
-  return render::ReadPlotterConfig(file->path);
+  if (const std::optional<FolderFile> file = FindListed(DeviceFiles(), device)) {
+    if (listedName) *listedName = file->name;
+    return render::ReadPlotterConfig(file->path);
+  }
+  if (listedName) *listedName = device;
+  return PrintQueueDevice(device);
 }
 
 const render::PlotterMedium* FindMedium(const render::PlotterConfig& config, const std::string& canonical) {
@@ -113,7 +136,13 @@ void SetFlag(cad::PlotSettings& plot, std::int16_t bit, bool on) {
 
 std::vector<std::string> PlotDeviceList() {
   std::vector<std::string> out{std::string(kNoPlotDevice)};
-  for (FolderFile& f : DeviceFiles()) out.push_back(std::move(f.name));
+  std::vector<FolderFile> files = DeviceFiles();
+  // The printers come first, the default one at their head; a queue named like a file is the file's.
+  for (PrintQueue& q : ListPrintQueues()) {
+    const bool file = std::any_of(files.begin(), files.end(), [&](const FolderFile& f) { return f.name == q.name; });
+    if (!file) out.push_back(std::move(q.name));
+  }
+  for (FolderFile& f : files) out.push_back(std::move(f.name));
   return out;
 }
 
@@ -173,11 +202,10 @@ bool LayoutPlotSettings::setPlotCfgName(const std::string& device) {
     plot.plotterName = device;
     return true;
   }
-  const std::optional<FolderFile> file = FindListed(DeviceFiles(), device);
-  if (!file) return false;
-  const std::optional<render::PlotterConfig> config = render::ReadPlotterConfig(file->path);
+  std::string listed;
+  const std::optional<render::PlotterConfig> config = ReadDevice(device, &listed);
   if (!config) return false;
-  plot.plotterName = file->name;
+  plot.plotterName = listed;
   if (const render::PlotterMedium* kept = FindMedium(*config, plot.paperSize))
     TakeMedium(plot, *kept);
   else if (!config->media.empty())

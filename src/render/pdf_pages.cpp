@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 namespace tv::render {
@@ -65,6 +66,23 @@ bool SetFirstPageRotation(const std::string& path, int degrees, std::string& err
   return RewritePages(path, degrees, error, [degrees](std::vector<QPDFPageObjectHelper>& pages) {
     pages.front().rotatePage(degrees, false);
   });
+}
+
+bool FirstPageSizeMm(const std::string& path, double& widthMm, double& heightMm) {
+  try {
+    QPDF pdf;
+    pdf.processFile(path.c_str());
+    std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(pdf).getAllPages();
+    if (pages.empty()) return false;
+    const QPDFObjectHandle::Rectangle box = pages.front().getAttribute("/MediaBox", false).getArrayAsRectangle();
+    widthMm = (box.urx - box.llx) * 25.4 / 72;
+    heightMm = (box.ury - box.lly) * 25.4 / 72;
+    QPDFObjectHandle rotate = pages.front().getAttribute("/Rotate", false);
+    if (rotate.isInteger() && rotate.getIntValueAsInt() % 180 != 0) std::swap(widthMm, heightMm);
+    return widthMm > 0 && heightMm > 0;
+  } catch (const std::exception&) {
+    return false;
+  }
 }
 
 }  // namespace tv::render

@@ -15,4 +15,8 @@ bool RotatePdfPages(const std::string& path, int degrees, std::string& error);
 // whole. False with the reason in `error`, the file untouched.
 bool SetFirstPageRotation(const std::string& path, int degrees, std::string& error);
 
+// Width and height in millimetres of the first page as it shows (its rotation applied); false
+// when the file is no readable PDF.
+bool FirstPageSizeMm(const std::string& path, double& widthMm, double& heightMm);
+
 }  // namespace tv::render

@@ -124,7 +124,7 @@ TEST_F(OldBatchCommandTest, RunsThatCannotPlotSayWhyAndWriteNothing) {
       {"no block chosen", Plan(), {"1", "", "", "C"}, "请先选择指定图块名 !"},
       {"no copies", Plan(), {"7 0", "C"}, "打印份数不能小于 1 !"},
       {"a layout without a printer", Plan(), {"3", ""}, "不能打印到纸张 !"},
-      {"a printer this host can't drive yet", onPrinter, {"3", "", "ALL", "Y"}, "尚不能打印到纸张（打印机）"},
+      {"a printer the print server doesn't have", onPrinter, {"3", "", "ALL", "Y"}, "“HP LaserJet 5200”无法使用"},
       {"answered No", Plan(), {"3", "9", "", "ALL", "N"}, "共有 2 张图纸打印"},
   };
   for (const Case& c : cases) {
