@@ -8,4 +8,4 @@ cd "$(dirname "$0")/.."
 launcher=()
 if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
 cmake -S . -B build-san -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ -DTV_FUZZ=ON -DTV_SANITIZE=ON \
-  "${launcher[@]}" >/dev/null
+  -DTV_BUILD_BENCH=ON "${launcher[@]}" >/dev/null
