@@ -34,6 +34,7 @@ void Append(std::string& out, double v) {
 
 // Transform factors: six significant digits.
 void AppendFine(std::string& out, double v) {
+  v += 0.0;  // -0 becomes 0
   char text[32];
   const auto [end, ec] = std::to_chars(text, text + sizeof text, v, std::chars_format::general, 6);
   out.append(text, ec == std::errc() ? static_cast<std::size_t>(end - text) : 0);
