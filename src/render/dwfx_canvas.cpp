@@ -247,7 +247,8 @@ DwfxCanvas::PageFont& DwfxCanvas::pageFont(cairo_font_face_t* face) {
   font.source = FontOfFace(face);
   const FontEmbedding embedding = EmbeddingOf(font.source);
   if (embedding != FontEmbedding::None)
-    font.part = "font" + std::to_string(++fontParts_) + (embedding == FontEmbedding::OpenType ? ".otf" : ".ttf");
+    font.part = "font" + std::to_string(fontOrder_.size() + 1) + (embedding == FontEmbedding::OpenType ? ".otf" : ".ttf");
+  fontOrder_.push_back(face);
   return fonts_.emplace(face, std::move(font)).first->second;
 }
 
@@ -394,7 +395,8 @@ void DwfxCanvas::popClip() {
 
 void DwfxCanvas::embedFonts() {
   std::vector<const cairo_font_face_t*> failed;
-  for (auto& [face, font] : fonts_) {
+  for (const cairo_font_face_t* face : fontOrder_) {
+    PageFont& font = fonts_.at(face);
     if (font.part.empty() || font.glyphs.empty()) continue;
     std::sort(font.glyphs.begin(), font.glyphs.end());
     font.glyphs.erase(std::unique(font.glyphs.begin(), font.glyphs.end()), font.glyphs.end());

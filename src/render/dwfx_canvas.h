@@ -1,5 +1,5 @@
 #pragma once
-// The canvas of DWF files, written as DWFx: one XPS FixedPage of Path elements. Lines keep their
+// The canvas of DWF files, written as DWFx: one XPS FixedPage of Path and Glyphs elements. Lines keep their
 // colour and width (StrokeThickness), areas are filled even-odd, clips are nested Canvas elements,
 // pictures are PNG parts painted through an ImageBrush. Text is text: Glyphs elements over a
 // subset of their font, embedded as a part of the page. Text asked for as outlines, and text in a
@@ -71,7 +71,7 @@ class DwfxCanvas final : public PlotCanvas {
   double pendingWidth_ = 0;
   std::map<std::pair<const void*, unsigned long>, std::string> outlines_;
   std::unordered_map<const cairo_font_face_t*, PageFont> fonts_;
-  int fontParts_ = 0;
+  std::vector<const cairo_font_face_t*> fontOrder_;  // as first met: the package's parts in a fixed order
   std::vector<TextElement> texts_;
 };
 
