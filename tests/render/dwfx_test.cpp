@@ -16,6 +16,7 @@
 #include "cad/utf8.h"
 #include "render/dwfx_canvas.h"
 #include "render/font_metrics.h"
+#include "render/font_subset.h"
 #include "render/plot_fonts.h"
 #include "render/xps_package.h"
 #include "tests/render/plot_test_support.h"
@@ -349,6 +350,51 @@ TEST_F(Dwfx, TextGoesAsOutlinesWhereItCannotBeText) {
     EXPECT_EQ(std::count_if(parts.begin(), parts.end(), [](const std::string& p) { return p.ends_with(".ttf"); }), c.asText ? 1 : 0);
   }
   cairo_font_face_destroy(toy);
+}
+
+// The bytes of a font file with `bytes` written over its table `tag` from `offset` on, or over the
+// tag itself in the table directory when `inDirectory`.
+std::string PatchedFont(const std::string& font, const char* tag, std::size_t offset, std::string bytes, bool inDirectory) {
+  std::string data = test_support::ReadFile(font);
+  const auto u16 = [&](std::size_t at) { return (static_cast<unsigned char>(data[at]) << 8) | static_cast<unsigned char>(data[at + 1]); };
+  const auto u32 = [&](std::size_t at) { return (static_cast<std::size_t>(u16(at)) << 16) | u16(at + 2); };
+  for (std::size_t i = 0, n = data.size() >= 12 ? u16(4) : 0; i < n; ++i) {
+    const std::size_t entry = 12 + 16 * i;
+    if (data.compare(entry, 4, tag) != 0) continue;
+    data.replace(inDirectory ? entry : u32(entry + 8) + offset, bytes.size(), bytes);
+  }
+  return data;
+}
+
+TEST_F(Dwfx, FontsAreEmbeddedOnlyWithOutlinesAndWhereTheirLicenceAllows) {
+  cad::TextStyle& style = db.addTextStyle("LATIN");
+  style.fontFamily = "DejaVu Sans";
+  const std::string font = ResolveFontFile(&style);
+  if (font.empty() || !font.ends_with(".ttf")) GTEST_SKIP() << "no TrueType Latin font installed";
+  struct Case {
+    const char* name;
+    std::string bytes;  // written to a file of its own; empty: no file at all
+    FontEmbedding expected;
+  } cases[] = {
+      {"as installed", test_support::ReadFile(font), FontEmbedding::TrueType},
+      {"preview and print", PatchedFont(font, "OS/2", 8, std::string("\x00\x04", 2), false), FontEmbedding::TrueType},
+      {"restricted licence", PatchedFont(font, "OS/2", 8, std::string("\x00\x02", 2), false), FontEmbedding::None},
+      {"bitmaps only", PatchedFont(font, "OS/2", 8, std::string("\x02\x00", 2), false), FontEmbedding::None},
+      {"no outlines", PatchedFont(font, "glyf", 0, "none", true), FontEmbedding::None},
+      {"not a font", "plain text", FontEmbedding::None},
+      {"no file", "", FontEmbedding::None},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    ResolvedFont source;
+    if (!c.bytes.empty()) {
+      source.file = (dir / ("font" + std::to_string(++n) + ".ttf")).string();
+      test_support::WriteFile(source.file, c.bytes);
+    }
+    EXPECT_EQ(EmbeddingOf(source), c.expected);
+    EXPECT_EQ(SubsetFont(source, {0, 36}, {U'A'}).empty(), c.expected == FontEmbedding::None);
+  }
 }
 
 TEST_F(Dwfx, MergedFileHoldsEverySheetInOrder) {
