@@ -8,7 +8,10 @@
 //                            count's own cost, which must grow no faster than the frames.
 // BM_PlotBareFrames          the whole generic batch of the 100 bare frames to vector PDF, as
 //                            BM_PlotFrameSet runs it.
-// BM_PlotBareFramesDwf       the same to DWF (DWFx packages); meant to stay within 1.5 times the PDF.
+// BM_PlotBareFramesDwf       the same to DWF (DWFx packages, text as Glyphs over embedded font
+//                            subsets); meant to stay within 1.5 times the PDF.
+// BM_PlotTitleFrames         the generic batch of 100 title-block frames (more text: the title
+// BM_PlotTitleFramesDwf      block's and the sheet's) to vector PDF, and to DWF.
 // BM_LoadTitleFrames/N       reads the DXF file of N title-block inserts.
 // BM_ScanTitleFrames/N       the title-block batch's scan of it with every field read, as
 //                            `tvplot titleblock` runs it with the sample library.
@@ -16,7 +19,7 @@
 // of its own:
 //   for c in LoadBareFrames/100 RecogniseBareFrames/100 LoadBareFrames/1000 RecogniseBareFrames/1000
 //            RecogniseManyFrames/2500 RecogniseManyFrames/10000
-//            PlotBareFrames PlotBareFramesDwf LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
+//            PlotBareFrames PlotBareFramesDwf PlotTitleFrames PlotTitleFramesDwf LoadTitleFrames/50 ScanTitleFrames/50 LoadTitleFrames/200 ScanTitleFrames/200
 //            LoadTitleFrames/1000 ScanTitleFrames/1000; do tvbench --benchmark_filter="$c\$|$c/"; done
 #include <benchmark/benchmark.h>
 
@@ -93,8 +96,8 @@ void BM_RecogniseManyFrames(benchmark::State& state) {
 }
 BENCHMARK(BM_RecogniseManyFrames)->Arg(2500)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
-// The generic batch of the 100 bare frames in one output format.
-void PlotBareFrames(benchmark::State& state, std::int32_t format, const char* folder) {
+// The generic batch of 100 frames of the set in one output format.
+void PlotSparseSet(benchmark::State& state, SparseSet set, std::int32_t format, const char* folder) {
   constexpr std::size_t kFrames = 100;
   const bench::fs::path root = bench::fs::temp_directory_path() / "tarvex-bench";
   const bench::fs::path out = root / folder;
@@ -103,9 +106,10 @@ void PlotBareFrames(benchmark::State& state, std::int32_t format, const char* fo
   std::size_t written = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    std::optional<cad::Database> db = bench::LoadSparseSet(state, SparseSet::BareFrames, kFrames);
+    std::optional<cad::Database> db = bench::LoadSparseSet(state, set, kFrames);
     if (!db) break;
-    written = bench::PlotGenericBatch(state, std::move(*db), root / "bare-frames.dxf", out, format);
+    written = bench::PlotGenericBatch(state, std::move(*db), root / (set == SparseSet::BareFrames ? "bare-frames.dxf" : "title-frames.dxf"),
+                                      out, format);
   }
   state.counters["sheets"] = static_cast<double>(written);
   state.counters["sheets_per_second"] =
@@ -113,11 +117,21 @@ void PlotBareFrames(benchmark::State& state, std::int32_t format, const char* fo
   if (written != kFrames) state.SkipWithError("not every sheet of the set was plotted");
 }
 
-void BM_PlotBareFrames(benchmark::State& state) { PlotBareFrames(state, settings::kFormatPdf, "plot-bare"); }
+void BM_PlotBareFrames(benchmark::State& state) { PlotSparseSet(state, SparseSet::BareFrames, settings::kFormatPdf, "plot-bare"); }
 BENCHMARK(BM_PlotBareFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
-void BM_PlotBareFramesDwf(benchmark::State& state) { PlotBareFrames(state, settings::kFormatDwf, "plot-bare-dwf"); }
+void BM_PlotBareFramesDwf(benchmark::State& state) {
+  PlotSparseSet(state, SparseSet::BareFrames, settings::kFormatDwf, "plot-bare-dwf");
+}
 BENCHMARK(BM_PlotBareFramesDwf)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+void BM_PlotTitleFrames(benchmark::State& state) { PlotSparseSet(state, SparseSet::TitleFrames, settings::kFormatPdf, "plot-title"); }
+BENCHMARK(BM_PlotTitleFrames)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+void BM_PlotTitleFramesDwf(benchmark::State& state) {
+  PlotSparseSet(state, SparseSet::TitleFrames, settings::kFormatDwf, "plot-title-dwf");
+}
+BENCHMARK(BM_PlotTitleFramesDwf)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 void BM_ScanTitleFrames(benchmark::State& state) {
   const auto frames = static_cast<std::size_t>(state.range(0));

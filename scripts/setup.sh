@@ -6,7 +6,7 @@ packages=(
   build-essential cmake pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
   clang libclang-rt-14-dev ccache
-  libfreetype-dev libfontconfig-dev libcairo2-dev libjpeg-dev zlib1g-dev libqpdf-dev libxlsxwriter-dev libzip-dev libgxps-utils libboost-dev fonts-wqy-microhei fonts-dejavu-core
+  libfreetype-dev libfontconfig-dev libcairo2-dev libjpeg-dev zlib1g-dev libqpdf-dev libxlsxwriter-dev libzip-dev libharfbuzz-dev libgxps-utils libboost-dev fonts-wqy-microhei fonts-dejavu-core
   libcups2-dev cups-daemon cups-client printer-driver-cups-pdf
 )
 missing=()

@@ -1,8 +1,14 @@
 #include "render/dwfx_canvas.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
+
+#include "cad/utf8.h"
+#include "render/font_subset.h"
+#include "render/plot_fonts.h"
 
 namespace tv::render {
 
@@ -28,6 +34,7 @@ void Append(std::string& out, double v) {
 
 // Transform factors: six significant digits.
 void AppendFine(std::string& out, double v) {
+  v += 0.0;  // -0 becomes 0
   char text[32];
   const auto [end, ec] = std::to_chars(text, text + sizeof text, v, std::chars_format::general, 6);
   out.append(text, ec == std::errc() ? static_cast<std::size_t>(end - text) : 0);
@@ -38,6 +45,62 @@ std::string Color(Rgb c) {
   char text[8];
   std::snprintf(text, sizeof text, "#%02X%02X%02X", c.r, c.g, c.b);
   return text;
+}
+
+// Glyphs are laid out in hundredths of an em: the unit of their advances.
+constexpr double kEmHundredths = 100;
+// How far (hundredths of an em) a glyph may stray from its line and still be part of it.
+constexpr double kOffLine = 0.5;
+
+double Hundredths(double v) { return std::round(v * 100) / 100; }
+
+// A character (or a few) and the glyphs that show it.
+struct Cluster {
+  std::size_t glyph = 0, glyphs = 0;  // the first glyph, the count
+  std::size_t byte = 0, bytes = 0;    // the characters in the run's UTF-8
+  int units = 0;                      // UTF-16 code units of the characters
+};
+
+// The run's clusters; empty when they don't cover its text and glyphs exactly, or the text holds
+// what XML can't carry, so the run is written without its text.
+std::vector<Cluster> Clusters(const GlyphRun& run) {
+  std::vector<Cluster> out;
+  std::size_t glyph = 0, byte = 0;
+  for (const cairo_text_cluster_t& c : run.clusters) {
+    if (c.num_bytes <= 0 || c.num_glyphs <= 0) return {};
+    Cluster cl{glyph, static_cast<std::size_t>(c.num_glyphs), byte, static_cast<std::size_t>(c.num_bytes), 0};
+    if (cl.byte + cl.bytes > run.utf8.size() || cl.glyph + cl.glyphs > run.glyphs.size()) return {};
+    const std::string_view text = std::string_view(run.utf8).substr(cl.byte, cl.bytes);
+    for (std::size_t i = 0; i < text.size();) {
+      const std::size_t at = i;
+      const char32_t cp = cad::NextCodePoint(text, i);
+      if (cp == 0xFFFD && text.substr(at, i - at) != "\xEF\xBF\xBD") return {};  // not UTF-8
+      const bool allowed = cp == 0x9 || cp == 0xA || cp == 0xD || (cp >= 0x20 && cp < 0xD800) ||
+                           (cp >= 0xE000 && cp < 0xFFFE) || (cp >= 0x10000 && cp <= 0x10FFFF);
+      if (!allowed) return {};
+      cl.units += cp >= 0x10000 ? 2 : 1;
+    }
+    glyph += cl.glyphs;
+    byte += cl.bytes;
+    out.push_back(cl);
+  }
+  if (glyph != run.glyphs.size() || byte != run.utf8.size()) return {};
+  return out;
+}
+
+void AppendEscaped(std::string& out, std::string_view text) {
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      case '\t': out += "&#9;"; break;
+      case '\n': out += "&#10;"; break;
+      case '\r': out += "&#13;"; break;
+      default: out += c;
+    }
+  }
 }
 
 cairo_status_t CollectPng(void* closure, const unsigned char* data, unsigned int length) {
@@ -151,10 +214,7 @@ const std::string& DwfxCanvas::glyphOutline(cairo_font_face_t* face, unsigned lo
   return outlines_.emplace(key, std::move(data)).first->second;
 }
 
-void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
-  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
-  if (run.glyphs.empty() || !run.face || !std::isfinite(det) || std::abs(det) < 1e-18) return;
-  flushStrokes();
+void DwfxCanvas::appendOutlines(const GlyphRun& run, std::string& out) {
   // Each glyph is its outline in glyph units, placed by a transform: a glyph drawn many times is
   // the same text each time, which the package's compression takes almost for free.
   const double k = kUnitsPerMm / kGlyphUnits;
@@ -163,7 +223,6 @@ void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
   for (const cairo_glyph_t& g : run.glyphs) {
     const std::string& outline = glyphOutline(run.face, g.index);
     if (outline.empty()) continue;
-    std::string& out = page_.markup;
     out += "<Path Data=\"";
     out += outline;
     out += "\" RenderTransform=\"";
@@ -180,6 +239,119 @@ void DwfxCanvas::glyphs(GlyphRun run, bool /*asOutlines*/) {
     Append(out, (heightMm_ - g.y) * kUnitsPerMm);
     out += fill;
   }
+}
+
+DwfxCanvas::PageFont& DwfxCanvas::pageFont(cairo_font_face_t* face) {
+  if (auto it = fonts_.find(face); it != fonts_.end()) return it->second;
+  PageFont font;
+  font.source = FontOfFace(face);
+  const FontEmbedding embedding = EmbeddingOf(font.source);
+  if (embedding != FontEmbedding::None)
+    font.part = "font" + std::to_string(fontOrder_.size() + 1) + (embedding == FontEmbedding::OpenType ? ".otf" : ".ttf");
+  fontOrder_.push_back(face);
+  return fonts_.emplace(face, std::move(font)).first->second;
+}
+
+void DwfxCanvas::glyphs(GlyphRun run, bool asOutlines) {
+  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
+  if (run.glyphs.empty() || !run.face || !std::isfinite(det) || std::abs(det) < 1e-18) return;
+  flushStrokes();
+  if (!asOutlines) {
+    PageFont& font = pageFont(run.face);
+    const std::size_t begin = page_.markup.size();
+    if (!font.part.empty() && appendText(run, font, page_.markup)) {
+      texts_.push_back({begin, page_.markup.size(), std::move(run)});
+      return;
+    }
+  }
+  appendOutlines(run, page_.markup);
+}
+
+bool DwfxCanvas::appendText(const GlyphRun& run, PageFont& font, std::string& out) const {
+  const std::size_t n = run.glyphs.size();
+  // Glyph positions in the run's em square, in hundredths of an em (the unit of the advances),
+  // from the first glyph: u along the baseline, v up.
+  const double det = run.emX.x * run.emY.y - run.emX.y * run.emY.x;
+  std::vector<double> u(n), v(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    const double dx = run.glyphs[i].x - run.glyphs[0].x, dy = run.glyphs[i].y - run.glyphs[0].y;
+    u[i] = kEmHundredths * (dx * run.emY.y - dy * run.emY.x) / det;
+    v[i] = kEmHundredths * (run.emX.x * dy - run.emX.y * dx) / det;
+    if (!std::isfinite(u[i]) || !std::isfinite(v[i])) return false;
+  }
+  // The characters' clusters, each with its glyphs; text left out when they don't add up.
+  std::vector<Cluster> clusters = Clusters(run);
+  const bool withText = !clusters.empty();
+  if (!withText)
+    for (std::size_t i = 0; i < n; ++i) clusters.push_back({i, 1, 0, 0, 1});
+
+  const std::string head = "<Glyphs Fill=\"" + Color(run.color) + "\" FontUri=\"" + XpsResourceUri(page_.number, font.part) +
+                           "\" FontRenderingEmSize=\"" + std::to_string(static_cast<int>(kEmHundredths)) +
+                           "\" OriginX=\"0\" OriginY=\"0\" RenderTransform=\"";
+  // Local units are hundredths of an em, y down, on the segment's first glyph.
+  const double k = kUnitsPerMm / kEmHundredths;
+  std::string factors;
+  for (double f : {k * run.emX.x, -k * run.emX.y, -k * run.emY.x, k * run.emY.y}) {
+    AppendFine(factors, f);
+    factors += ',';
+  }
+  const std::size_t before = out.size();
+  // A glyph off the baseline, or behind the one before it, starts a new element: advances only
+  // go forward along one line.
+  std::size_t c = 0;
+  while (c < clusters.size()) {
+    const std::size_t first = clusters[c].glyph;
+    const double lineV = v[first];
+    double lastU = u[first];
+    std::size_t last = c;
+    for (; last < clusters.size(); ++last) {
+      bool inRow = true;
+      for (std::size_t j = clusters[last].glyph; j < clusters[last].glyph + clusters[last].glyphs; ++j) {
+        if (j == first) continue;
+        inRow = inRow && std::abs(v[j] - lineV) <= kOffLine && u[j] >= lastU - kOffLine;
+        lastU = u[j];
+      }
+      if (inRow) continue;
+      if (last == c) {  // the glyphs of one character not in a row: its outlines show it
+        out.resize(before);
+        return false;
+      }
+      break;
+    }
+    out += head;
+    out += factors;
+    Append(out, run.glyphs[first].x * kUnitsPerMm);
+    out += ',';
+    Append(out, (heightMm_ - run.glyphs[first].y) * kUnitsPerMm);
+    if (withText) {
+      out += "\" UnicodeString=\"";
+      if (run.utf8[clusters[c].byte] == '{') out += "{}";  // a leading brace would read as escape
+      for (std::size_t i = c; i < last; ++i) AppendEscaped(out, std::string_view(run.utf8).substr(clusters[i].byte, clusters[i].bytes));
+    }
+    out += "\" Indices=\"";
+    const std::size_t end = clusters[last - 1].glyph + clusters[last - 1].glyphs;
+    for (std::size_t i = c; i < last; ++i) {
+      const Cluster& cl = clusters[i];
+      for (std::size_t j = cl.glyph; j < cl.glyph + cl.glyphs; ++j) {
+        if (j != first) out += ';';
+        if (j == cl.glyph && withText && (cl.units != 1 || cl.glyphs != 1))
+          out += "(" + std::to_string(cl.units) + ":" + std::to_string(cl.glyphs) + ")";
+        const auto gid = static_cast<unsigned>(run.glyphs[j].index);
+        out += std::to_string(gid);
+        out += ',';
+        // From rounded positions, so that the rounding does not add up along the line.
+        const double advance = j + 1 < end ? Hundredths(u[j + 1] - u[first]) - Hundredths(u[j] - u[first])
+                                           : kEmHundredths * GlyphAdvanceEm(font.source, gid);
+        Append(out, advance);
+        font.glyphs.push_back(gid);
+      }
+    }
+    out += "\"/>\n";
+    c = last;
+  }
+  if (withText)
+    for (std::size_t i = 0; i < run.utf8.size();) font.characters.push_back(cad::NextCodePoint(run.utf8, i));
+  return true;
 }
 
 void DwfxCanvas::image(cairo_surface_t* picture, const cairo_matrix_t& m) {
@@ -221,9 +393,37 @@ void DwfxCanvas::popClip() {
   --clipDepth_;
 }
 
+void DwfxCanvas::embedFonts() {
+  std::vector<const cairo_font_face_t*> failed;
+  for (const cairo_font_face_t* face : fontOrder_) {
+    PageFont& font = fonts_.at(face);
+    if (font.part.empty() || font.glyphs.empty()) continue;
+    std::sort(font.glyphs.begin(), font.glyphs.end());
+    font.glyphs.erase(std::unique(font.glyphs.begin(), font.glyphs.end()), font.glyphs.end());
+    std::sort(font.characters.begin(), font.characters.end());
+    font.characters.erase(std::unique(font.characters.begin(), font.characters.end()), font.characters.end());
+    std::string bytes = SubsetFont(font.source, font.glyphs, font.characters);
+    if (bytes.empty()) failed.push_back(face);
+    else page_.resources.push_back({font.part, std::move(bytes)});
+  }
+  if (failed.empty()) return;
+  std::string markup;
+  markup.reserve(page_.markup.size());
+  std::size_t done = 0;
+  for (const TextElement& t : texts_) {
+    if (std::find(failed.begin(), failed.end(), t.run.face) == failed.end()) continue;
+    markup.append(page_.markup, done, t.begin - done);
+    appendOutlines(t.run, markup);
+    done = t.end;
+  }
+  markup.append(page_.markup, done);
+  page_.markup = std::move(markup);
+}
+
 bool DwfxCanvas::finish(std::string& error) {
   while (clipDepth_ > 0) popClip();
   flushStrokes();
+  embedFonts();
   page_.markup += "</FixedPage>\n";
   std::vector<XpsPage> pages;
   pages.push_back(std::move(page_));

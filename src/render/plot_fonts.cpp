@@ -54,7 +54,13 @@ class FaceCache {
       face = {};
     }
     faces_.emplace(key, face);
+    if (face.cairo) sources_.emplace(face.cairo, ResolvedFont{font.file, font.faceIndex, font.cjk});
     return face;
+  }
+
+  ResolvedFont sourceOf(const cairo_font_face_t* face) const {
+    const auto it = sources_.find(face);
+    return it == sources_.end() ? ResolvedFont{} : it->second;
   }
 
   // The faces of a style: its own and the CJK one its missing characters fall back to. A page
@@ -99,6 +105,7 @@ class FaceCache {
   }
   FT_Library library_ = nullptr;
   std::map<std::pair<std::string, int>, Face> faces_;
+  std::unordered_map<const cairo_font_face_t*, ResolvedFont> sources_;
 };
 
 double Advance(const Face& face, FT_UInt glyph) {
@@ -134,6 +141,12 @@ std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* 
   }
   cache.keep(utf8, out);
   return out;
+}
+
+ResolvedFont FontOfFace(const cairo_font_face_t* face) {
+  FaceCache& cache = FaceCache::instance();
+  std::lock_guard lock(cache.mutex);
+  return cache.sourceOf(face);
 }
 
 }  // namespace tv::render

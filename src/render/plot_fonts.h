@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cad/tables.h"
+#include "render/font_metrics.h"
 
 namespace tv::render {
 
@@ -22,5 +23,9 @@ struct ShapedGlyph {
 // The glyphs of a plain string in the style's font, left to right. Thread-safe; faces live for
 // the whole process.
 std::vector<ShapedGlyph> ShapeText(std::string_view utf8, const cad::TextStyle* style);
+
+// The file (and face within it) a face of ShapeText was loaded from, for formats that embed the
+// font; an empty file for a face that did not come from there.
+ResolvedFont FontOfFace(const cairo_font_face_t* face);
 
 }  // namespace tv::render

@@ -35,6 +35,8 @@ std::string ContentTypes() {
       "<Default Extension=\"fdoc\" ContentType=\"application/vnd.ms-package.xps-fixeddocument+xml\"/>"
       "<Default Extension=\"fpage\" ContentType=\"application/vnd.ms-package.xps-fixedpage+xml\"/>"
       "<Default Extension=\"png\" ContentType=\"image/png\"/>"
+      "<Default Extension=\"ttf\" ContentType=\"application/vnd.ms-opentype\"/>"
+      "<Default Extension=\"otf\" ContentType=\"application/vnd.ms-opentype\"/>"
       "</Types>");
 }
 
@@ -58,7 +60,7 @@ std::string Document(const std::vector<XpsPage>& pages) {
   return text + "</FixedDocument>";
 }
 
-// The pictures a page needs, so that a reader fetches them with the page.
+// The pictures and fonts a page needs, so that a reader fetches them with the page.
 std::string PageRelationships(const XpsPage& page) {
   std::string text =
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -171,7 +173,7 @@ bool ReadXpsPages(const std::string& path, int firstNumber, std::vector<XpsPage>
       if (!name || !std::string_view(name).starts_with(folder)) continue;
       XpsResource r{std::string(name + folder.size()), {}};
       if (!ReadEntry(z.get(), i, r.bytes)) {
-        error = "damaged picture in " + path;
+        error = "damaged resource in " + path;
         return false;
       }
       p.resources.push_back(std::move(r));

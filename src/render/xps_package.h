@@ -1,15 +1,16 @@
 #pragma once
 // DWF files of this system are DWFx: XPS packages of fixed pages (an OPC zip holding a fixed
-// document sequence, one fixed document and a FixedPage part per sheet, pictures as PNG parts).
-// Every page keeps its pictures in a folder of its own, "/Documents/1/Resources/<page>/", so that
-// pages of several files can be joined into one package by renumbering alone.
+// document sequence, one fixed document and a FixedPage part per sheet, pictures as PNG parts,
+// fonts as TrueType/OpenType parts). Every page keeps its pictures and fonts in a folder of its
+// own, "/Documents/1/Resources/<page>/", so that pages of several files can be joined into one
+// package by renumbering alone.
 #include <string>
 #include <vector>
 
 namespace tv::render {
 
 struct XpsResource {
-  std::string name;   // within the page's resource folder, e.g. "3.png"
+  std::string name;   // within the page's resource folder, e.g. "3.png", "font1.ttf"
   std::string bytes;
 };
 
