@@ -143,13 +143,14 @@ class ConsoleEditor final : public host::Editor {
     std::string message;  // why not
     std::string queue;    // set for a plot sent to a printer: its queue, the job and the answer
     int jobId = 0;
+    std::string title;   // the job's name
+    std::string medium;  // the queue's medium
+    double widthMm = 0, heightMm = 0;  // the page as sent
   };
   const std::vector<PlotRecord>& plots() const { return plots_; }
-  // Told of each file a "-plot" wrote, as soon as it is complete; empty: nobody is told.
-  void setPlotListener(std::function<void(const std::string& path)> listener) { plotListener_ = std::move(listener); }
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
-    plots_.push_back({std::string(path), written, std::string(why), {}, 0});
+    plots_.push_back({std::string(path), written, std::string(why), {}, 0, {}, {}, 0, 0});
   }
   // The texts of the message boxes shown, oldest first.
   const std::vector<std::string>& messages() const { return messages_; }
@@ -202,7 +203,6 @@ class ConsoleEditor final : public host::Editor {
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
   std::shared_ptr<host::PrintServer> printServer_;
-  std::function<void(const std::string& path)> plotListener_;  // one connection for the jobs of a session
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;

@@ -284,10 +284,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     if (!reply) return RTCAN;
     toFile = IsYes(*reply);
   }
-  if (toFile && printer) {
-    print("\n打印机不能打印到文件。");
-    toFile = false;
-  }
   if (toFile) {
     const std::string offered = fs::path(path_).stem().string() + "-" + layout->name;
     reply = take("\n输入文件名 <" + offered + ">: ");
@@ -302,7 +298,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   if (!reply) return RTCAN;
   if (IsNo(*reply)) return RTCAN;
 
-  PlotRecord record{path, false, {}, {}, 0};
+  PlotRecord record{path, false, {}, {}, 0, {}, {}, 0, 0};
   const auto refuse = [&](std::string message) {
     print("\n" + message);
     record.message = std::move(message);
@@ -315,7 +311,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   }
   // Paper needs a printer: a file device can't give it.
   if (!toFile && !printer) return refuse("打印设备“" + plot.plotterName + "”不是打印机，不能打印到纸张，未打印。");
-  const std::optional<render::PlotFormat> format = printer ? render::PlotFormat::Pdf : FormatOf(code);
+  // A printer plotted to a file writes the plotter language (PLT) at its medium, as a driver would.
+  const std::optional<render::PlotFormat> format =
+      printer ? (toFile ? render::PlotFormat::Plt : render::PlotFormat::Pdf) : FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
   // The open drawing is in use, as it would be in any host: a plot never replaces it.
   if (std::error_code ec; toFile && fs::exists(path, ec) && fs::equivalent(path, path_, ec))
@@ -330,7 +328,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   request.rasterDpi = 25.4;
   request.enlarge = 1;
   request.outputPath = path;
-  if (printer) return printOnQueue(plot.plotterName, medium->name, request);
+  if (printer && !toFile) return printOnQueue(plot.plotterName, medium->name, request);
 
   const render::PlotResult result = render::PlotWindow(db_, request);
   for (const std::string& note : result.notes) print("\n" + note);
@@ -338,7 +336,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   print("\n已打印到文件 " + path);
   record.ok = true;
   plots_.push_back(std::move(record));
-  if (plotListener_) plotListener_(path);
   return RTNORM;
 }
 

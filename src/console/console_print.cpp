@@ -45,7 +45,9 @@ class SpoolFile {
 }  // namespace
 
 int ConsoleEditor::printOnQueue(const std::string& queue, const std::string& medium, render::PlotRequest& request) {
-  PlotRecord record{"", false, {}, queue, 0};
+  PlotRecord record{"", false, {}, queue, 0, {}, {}, 0, 0};
+  record.title = host::TakePrintJobName();
+  if (record.title.empty()) record.title = fs::path(path_).stem().string();
   const auto refuse = [&](std::string message) {
     print("\n" + message);
     record.message = std::move(message);
@@ -63,12 +65,15 @@ int ConsoleEditor::printOnQueue(const std::string& queue, const std::string& med
   if (!printServer_) printServer_ = std::make_shared<host::PrintServer>();
   host::PrintDocument doc;
   doc.path = spool.path();
-  doc.title = fs::path(path_).stem().string();
+  doc.title = record.title;
   doc.media = medium;
   const bool turned = request.medium.turned;
   const double w = turned ? request.medium.heightMm : request.medium.widthMm;
   const double h = turned ? request.medium.widthMm : request.medium.heightMm;
   doc.landscape = w > h;
+  record.medium = medium;
+  record.widthMm = w;
+  record.heightMm = h;
   const host::PrintJobResult job = printServer_->submit(queue, doc);
   if (!job.ok) return refuse("打印机“" + queue + "”未接受作业：" + job.answer + "，未打印。");
   record.ok = true;

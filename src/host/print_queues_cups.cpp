@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "host/print_queues.h"
 
@@ -165,5 +166,15 @@ PrintJobResult PrintServer::submit(const std::string& queue, const PrintDocument
   if (result.answer.empty()) result.answer = ippErrorString(cupsLastError());
   return result;
 }
+
+namespace {
+std::string& NextJobName() {
+  static std::string name;
+  return name;
+}
+}  // namespace
+
+void NameNextPrintJob(std::string name) { NextJobName() = std::move(name); }
+std::string TakePrintJobName() { return std::exchange(NextJobName(), {}); }
 
 }  // namespace tv::host
