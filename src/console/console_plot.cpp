@@ -202,6 +202,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   const bool printer = code == host::kPrintQueueFormat;
 
   bool turned = plot.rotation == 1 || plot.rotation == 3;
+  std::optional<bool> upright;  // the orientation answered: the page upright or across
   bool toFile = true;
   std::string path;
   if (detailed) {
@@ -212,8 +213,8 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     reply = choose(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ", {"P", "L", "纵向", "横向"});
     if (!reply) return RTCAN;
     const std::string o = AsciiUpper(TrimBlanks(*reply));
-    if (o == "P" || o == "纵向") turned = true;
-    if (o == "L" || o == "横向") turned = false;
+    if (o == "P" || o == "纵向") turned = true, upright = true;
+    if (o == "L" || o == "横向") turned = false, upright = false;
     if (!yesNo("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
     reply = choose("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ", {"D", "E", "L", "V", "W"});
     if (!reply) return RTCAN;
@@ -321,6 +322,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   const render::PlotterMedium* medium = FindPlotMedium(*device, plot.paperSize);
   if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
 
+  // A printer's media stand upright as the queue describes them: the orientation answered is the
+  // page's, so an across page turns the medium.
+  if (printer && upright) turned = *upright != (medium->heightMm > medium->widthMm);
   render::PlotRequest request;
   fillPlotRequest(*layout, plot, *device, *medium, turned, request);
   request.format = *format;
