@@ -16,6 +16,7 @@
 #include "../support/private_cupsd.h"
 #include "../support/scoped_env.h"
 #include "../support/tvplot_test.h"
+#include "cad/dxf_reader.h"
 #include "host/print_queues.h"
 
 namespace tv::cli {
@@ -222,6 +223,23 @@ TEST_F(PrintCommandTest, ASheetWhosePaperThePrinterHasNotIsRefusedUntilAMediumIs
     EXPECT_NEAR(std::max(w, h), papers[i].first, 0.5) << files[i];
     EXPECT_NEAR(std::min(w, h), papers[i].second, 0.5) << files[i];
   }
+}
+
+TEST_F(PrintCommandTest, ThePaperBatchLeavesTheLayoutsPlotterAsItWas) {
+  cad::Database db = FramesInARow({{42000, 29700}});
+  cad::PlotSettings& plot = db.layoutsInTabOrder().front()->plot;
+  plot.plotterName = "Office Plotter.pc3";
+  plot.paperSize = "ISO_A3_(420.00_x_297.00_MM)";
+  const std::string plan = Write("office.dxf", db);
+  const std::string saved = Path("after.dxf").string();
+  const RunResult r = Run({"run", plan, "TV_BatchPlot_5", "--answer", "", "--answer", "1", "--answer", "打印机 tv_paper",
+                           "--answer", "", "--answer", "^C", "--save-as", saved});
+  EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper"), 1u) << r.out;
+  const cad::DxfReadResult read = cad::ReadDxf(saved);
+  ASSERT_TRUE(read.ok()) << read.error;
+  const cad::PlotSettings& after = read.db->layoutsInTabOrder().front()->plot;
+  EXPECT_EQ(after.plotterName, "Office Plotter.pc3");
+  EXPECT_EQ(after.paperSize, "ISO_A3_(420.00_x_297.00_MM)");
 }
 
 TEST_F(PrintCommandTest, PltOutputWritesOneFilePerSheetIntoTheChosenFolder) {
