@@ -222,7 +222,7 @@ std::optional<fs::file_time_type> WrittenAt(const std::string& path) {
   return ec ? std::nullopt : std::optional(t);
 }
 
-int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& target,
+int MergeSummary(ConsoleEditor& editor, int listed, const std::string& target,
                  const std::optional<fs::file_time_type>& oldTarget, std::chrono::steady_clock::time_point started,
                  CliStreams& io) {
   std::size_t plotted = 0;

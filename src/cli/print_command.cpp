@@ -184,7 +184,7 @@ std::string Mm(double v) {
 }
 
 // The jobs the run sent, one line each, the refusals, and the count; the exit code.
-int PrintSummary(const console::ConsoleEditor& editor, int listed, double seconds, const PrintOptions& options,
+int PrintSummary(console::ConsoleEditor& editor, int listed, double seconds, const PrintOptions& options,
                  const std::string& queue, CliStreams& io) {
   std::map<std::string, int> copies;  // of each sheet, as its jobs went
   std::size_t sent = 0;

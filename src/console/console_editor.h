@@ -37,6 +37,8 @@ class PrintServer;
 
 namespace tv::console {
 
+class PrintSender;
+
 class EntityFilter;
 
 // A medium of the device by its canonical name, else by the name users see; null when absent.
@@ -147,7 +149,13 @@ class ConsoleEditor final : public host::Editor {
     std::string medium;  // the queue's medium
     double widthMm = 0, heightMm = 0;  // the page as sent
   };
-  const std::vector<PlotRecord>& plots() const { return plots_; }
+  // Every plot so far; the jobs still on their way to a printer are waited for first.
+  const std::vector<PlotRecord>& plots() {
+    settlePrintJobs(true);
+    return plots_;
+  }
+  // The jobs the printers have answered (all of them, waiting, with `wait`) recorded and reported.
+  void settlePrintJobs(bool wait);
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
     plots_.push_back({std::string(path), written, std::string(why), {}, 0, {}, {}, 0, 0});
@@ -202,7 +210,9 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
-  std::shared_ptr<host::PrintServer> printServer_;
+  // Sends the jobs for the printers while the next sheets plot; its answers are recorded when
+  // settled (at the next plot, at the end of the command, or when the plots are read).
+  std::shared_ptr<PrintSender> printSender_;
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;
