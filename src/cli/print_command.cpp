@@ -202,7 +202,7 @@ int PrintSummary(console::ConsoleEditor& editor, int listed, double seconds, con
     }
     const int copy = ++copies[p.title];
     if (!p.ok) {
-      io.err << "tvplot print: " << p.title << "（第 " << copy << " 份）未打印：" << OneLine(p.message) << "，停止打印\n";
+      io.err << "tvplot print: " << p.title << "（第 " << copy << " 份）：" << OneLine(p.message) << "停止打印\n";
       refused = true;
       continue;
     }

@@ -148,7 +148,7 @@ TEST_F(PrintCommandTest, AQueueThatRefusesMidwayStopsTheRunAndTheJobsSentAreList
   const RunResult r = Run({"print", plan, "--printer", kFullQueue});
   EXPECT_EQ(r.exitCode, 5) << r.err << r.out;
   EXPECT_EQ(JobsSent(r.out), (std::vector<std::pair<std::string, int>>{{"plan01", 1}})) << r.out;
-  EXPECT_TRUE(Has(r.err, "plan02（第 1 份）未打印：打印机“tv_full”未接受作业")) << r.err;
+  EXPECT_TRUE(Has(r.err, "plan02（第 1 份）：打印机“tv_full”未接受作业")) << r.err;
   EXPECT_TRUE(Has(r.err, "停止打印")) << r.err;
   EXPECT_TRUE(Has(r.out, "共 3 张图纸，已发送 1 / 3 个打印作业到打印机 tv_full")) << r.out;
   EXPECT_TRUE(cupsd_->waitForFiles(kFullQueue, 1, 30));
