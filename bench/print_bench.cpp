@@ -1,7 +1,7 @@
 // Printing a set against writing it as PDF, both as users run them.
 // BM_CliPdfBareFrames    `tvplot plot` of the 100 bare frames of BM_PlotBareFrames to PDF files.
-// BM_CliPrintBareFrames  `tvplot print` of the same set to a local queue, one job per sheet, sent
-//                        while the next sheets plot. The queue is a cupsd of the benchmark's own (a
+// BM_CliPrintBareFrames  `tvplot print` of the same set to a local queue through the paper batch,
+//                        one job per sheet, sent while the next sheets plot. The queue is a cupsd of the benchmark's own (a
 //                        private configuration and port) whose backend writes each job as a file;
 //                        the wait for those files is not timed. Printing should take at most a
 //                        tenth longer than the PDFs; run them in turn:

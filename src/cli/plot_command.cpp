@@ -222,7 +222,7 @@ std::optional<fs::file_time_type> WrittenAt(const std::string& path) {
   return ec ? std::nullopt : std::optional(t);
 }
 
-int MergeSummary(const ConsoleEditor& editor, int listed, const std::string& target,
+int MergeSummary(ConsoleEditor& editor, int listed, const std::string& target,
                  const std::optional<fs::file_time_type>& oldTarget, std::chrono::steady_clock::time_point started,
                  CliStreams& io) {
   std::size_t plotted = 0;
@@ -257,10 +257,6 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (auto error = batch.drawing.empty() ? words.oneDrawingError() : std::nullopt) return args.usage(io, *error);
   if (auto error = ReadOptions(args, options)) return args.usage(io, *error);
   if (batch.merge) options.merge = batch.merge;
-  if (!batch.pdfFolder.empty()) {
-    options.out = batch.pdfFolder;
-    options.format = settings::kFormatPdf;
-  }
   if (options.window && options.merge) return args.usage(io, "--window 与 --merge 只能选一个");
   if (options.window && !options.reports.empty()) return args.usage(io, "--window 与 --report 只能选一个");
 
@@ -327,7 +323,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   const std::string folder = options.merge ? fs::path(*options.merge).parent_path().string()
                             : options.out ? rec.custom_path
                                           : plot::OutputFolder(rec.path_mode, rec.format, folderCustom);
-  if (std::string why; !FolderTakesFiles(folder, why)) {
+  if (std::string why; !batch.summary && !FolderTakesFiles(folder, why)) {
     io.err << program << ": " << why << "，未打印\n";
     restore();
     return kExitNotAllWritten;
@@ -339,7 +335,9 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   // The range, the review list's OK, and Esc for the list the command shows again at the end.
   ConsoleEditor& editor = session.editor();
   std::vector<std::string> answers = RangeAnswers(options.range, host::IsPaperSpace());
+  answers.insert(answers.end(), batch.listAnswers.begin(), batch.listAnswers.end());
   answers.emplace_back("");
+  answers.insert(answers.end(), batch.runAnswers.begin(), batch.runAnswers.end());
   if (options.merge) answers.push_back(*options.merge);  // the file the merge asks for
   answers.emplace_back("^C");
   if (options.window) {
@@ -355,9 +353,7 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   const std::optional<fs::file_time_type> oldTarget = options.merge ? WrittenAt(*options.merge) : std::nullopt;
   if (batch.mergedBookmarks)
     plot::SetMergeListener([list = batch.mergedBookmarks](const std::vector<std::string>& names) { *list = names; });
-  editor.setPlotListener(batch.sheetWritten);
   session.runCommandLine(options.window ? std::string("TV_BatchPlot_1") : std::string(batch.command));
-  editor.setPlotListener({});
   plot::SetMergeListener({});
   const int listed = options.window ? 1 : editor.lastListRows();
   const bool reportsWritten = options.reports.empty() || listed <= 0 ||
@@ -368,6 +364,10 @@ int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch)
   if (listed <= 0) {
     io.err << program << ": 未找到图框\n";
     return kExitNoSheets;
+  }
+  if (batch.summary) {
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    return batch.summary(editor, listed, seconds);
   }
   if (options.merge) return MergeSummary(editor, listed, *options.merge, oldTarget, started, io);
   // The summary counts what the folder holds now: the files this run wrote, each once, that are

@@ -11,6 +11,10 @@
 #include "cli/subcommand.h"
 #include "settings/plot_setting.h"
 
+namespace tv::console {
+class ConsoleEditor;
+}
+
 namespace tv::cli {
 
 const Subcommand& PlotSubcommand();
@@ -33,12 +37,13 @@ struct FileBatch {
   std::string progressPrefix;  // "[2/5] 平面.dxf ": which drawing the progress lines are of
   // Given: takes the bookmarks of the sheets the merge joined, in order.
   std::vector<std::string>* mergedBookmarks = nullptr;
-  // Set: the sheets go as PDF into this folder, whatever the options and settings say.
-  std::string pdfFolder;
   // Given: takes the files the run wrote, in sheet order.
   std::vector<std::string>* writtenFiles = nullptr;
-  // Given: told of each file as soon as it is written, while the run goes on.
-  std::function<void(const std::string& path)> sheetWritten;
+  // Commands typed at the review list before its OK, and the answers its OK then asks for.
+  std::vector<std::string> listAnswers, runAnswers;
+  // Given: what the run says at its end instead of the files it wrote (the folder isn't checked
+  // either): the session's editor, the rows listed and the seconds taken; returns the exit code.
+  std::function<int(console::ConsoleEditor& editor, int listed, double seconds)> summary;
 };
 int RunFileBatch(const ParsedArgs& args, CliStreams& io, const FileBatch& batch);
 // The options of where and how the files are written, which the title-block batch shares:

@@ -1,33 +1,26 @@
 #include "cli/print_command.h"
 
-#include <stdlib.h>
-
-#include <chrono>
-#include <condition_variable>
-#include <map>
-#include <mutex>
-#include <thread>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "cli/command_line.h"
 #include "cli/option_values.h"
 #include "cli/plot_command.h"
+#include "console/console_editor.h"
 #include "console/text_table.h"
 #include "host/print_queues.h"
 #include "paper/layout_plot_setting.h"
-#include "plot/paper_work_list.h"
-#include "render/pdf_pages.h"
 
 namespace tv::cli {
 
 namespace {
 
 namespace fs = std::filesystem;
+using console::OneLine;
 
 constexpr int kExitNotAllPrinted = 5;
 constexpr int kExitNoPrinter = 6;
@@ -89,30 +82,11 @@ int RunPrinters(const ParsedArgs& args, CliStreams& io) {
   return kExitOk;
 }
 
-// A folder of this run's own for the PDFs on their way to the printer; gone with the run.
-class SpoolFolder {
- public:
-  SpoolFolder() {
-    std::error_code ec;
-    std::string pattern = (fs::temp_directory_path(ec) / "tvplot-print-XXXXXX").string();
-    if (::mkdtemp(pattern.data())) path_ = pattern;
-  }
-  ~SpoolFolder() {
-    std::error_code ec;
-    if (!path_.empty()) fs::remove_all(path_, ec);
-  }
-  SpoolFolder(const SpoolFolder&) = delete;
-  SpoolFolder& operator=(const SpoolFolder&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 struct PrintOptions {
   std::string queue;  // empty: the default one
   std::int32_t copies = 1;
   bool collate = false;
+  std::string plt;  // set: PLT files of the printer into this folder instead of paper
 };
 
 std::optional<std::string> ReadPrintOptions(const ParsedArgs& args, PrintOptions& options) {
@@ -121,16 +95,23 @@ std::optional<std::string> ReadPrintOptions(const ParsedArgs& args, PrintOptions
     options.queue = *v;
   }
   if (auto v = args.value("--copies")) {
-    const auto n = ParseWhole(*v, 1, 999);
-    if (!n) return "打印份数 " + console::Printable(*v) + " 无效，应为 1 到 999 的整数";
+    const auto n = ParseWhole(*v, 1, 20);
+    if (!n) return "打印份数 " + console::Printable(*v) + " 无效，应为 1 到 20 的整数";
     options.copies = *n;
   }
   options.collate = args.has("--collate");
+  if (auto v = args.value("--plt")) {
+    std::error_code ec;
+    if (!fs::is_directory(*v, ec)) return "PLT 文件夹 " + console::Printable(*v) + " 不存在";
+    options.plt = fs::absolute(*v, ec).lexically_normal().string();
+    while (options.plt.size() > 1 && options.plt.back() == '/') options.plt.pop_back();
+  }
   return std::nullopt;
 }
 
 // The queue to print on, checked before anything is plotted: there, and taking jobs.
-std::optional<host::PrintQueue> ChooseQueue(host::PrintServer& server, const std::string& wanted, CliStreams& io) {
+// PLT files need the queue's media only: a queue that refuses jobs will do.
+std::optional<host::PrintQueue> ChooseQueue(host::PrintServer& server, const std::string& wanted, bool toPlt, CliStreams& io) {
   std::string error;
   if (!server.connect(error)) {
     io.err << "tvplot print: " << error << "，未打印\n";
@@ -149,6 +130,11 @@ std::optional<host::PrintQueue> ChooseQueue(host::PrintServer& server, const std
     io.err << "tvplot print: " << error << "，未打印\n";
     return std::nullopt;
   }
+  if (!paper::LayoutPlotSetting::IsPaperDevice(queue.name)) {
+    io.err << "tvplot print: 打印机“" << queue.name << "”不能用于打印到纸张，未打印\n";
+    return std::nullopt;
+  }
+  if (toPlt) return queue;
   if (!queue.accepting) {
     io.err << "tvplot print: 打印机“" << queue.name << "”拒绝接受作业，未打印\n";
     return std::nullopt;
@@ -167,16 +153,18 @@ void DefinePrint(CLI::App& app) {
   Describe(app,
            "用法：tvplot print 图纸.dxf [--printer 打印机] [--copies N] [--collate]\n"
            "                   [--style 黑白|彩色|蓝白|样式表.ctb] [--margin 毫米] [--scale 比例] [--order 1-9]\n"
-           "                   [--range 范围] [--signatures yes|no] [--yes | --no] [--timings] [--verbose]\n"
-           "  识别图纸中的全部图框，按批打到纸张（新版）逐张送往打印机：每张图纸按其纸张生成 PDF，\n"
-           "  每一份作为一个打印作业发送，并给出作业号与打印机的答复。\n"
-           "  --collate 逐份打印：一整套打完再打下一套；否则每张图纸的各份连在一起。\n",
+           "                   [--range 范围] [--signatures yes|no] [--plt 文件夹] [--yes | --no] [--timings] [--verbose]\n"
+           "  识别图纸中的全部图框，按批打到纸张（新版，TV_BatchPlot_5）逐张送往打印机：每张图纸用打印机上\n"
+           "  与其纸张同样大小的纸张，每一份作为一个打印作业发送，并给出作业号、纸张与打印机的答复。\n"
+           "  --collate 逐份打印：一整套打完再打下一套；否则每张图纸的各份连在一起。\n"
+           "  --plt 输出为PLT：每张图纸一个 PLT 文件（图纸名_N.plt）写到该文件夹，不送往打印机。\n",
            "  打印服务由 CUPS_SERVER 指定；默认打印机与打印服务的配置不会被改变。\n"
            "  退出码：0 全部作业已发送，1 用法错误，2 图纸无法读取，4 未找到图框，\n"
            "          5 有图纸未能打印（已发送的作业照常列出），6 打印机或打印服务无法使用\n");
   AddValue(app, "--printer", "打印机", "打印到该打印队列（默认：默认打印机）");
-  AddValue(app, "--copies", "N", "每张图纸打印的份数（1 到 999，默认 1）");
+  AddValue(app, "--copies", "N", "每张图纸打印的份数（1 到 20，默认 1）");
   AddFlag(app, "--collate", "逐份打印");
+  AddValue(app, "--plt", "文件夹", "输出为PLT：按打印机的纸张写 PLT 文件到该文件夹，不送往打印机");
   AddValue(app, "--style", "S", "打印样式：黑白、彩色、蓝白，或一个 .ctb 样式表文件");
   AddValue(app, "--margin", "M", "周边留白（毫米，-100 到 100）");
   AddValue(app, "--scale", "S", "所有图框按 1:S 确定纸张（默认按多数图框推断）");
@@ -189,143 +177,76 @@ void DefinePrint(CLI::App& app) {
   AddFlag(app, "--verbose", "显示命令行的全部过程");
 }
 
-// Sends the sheets while the run plots the next ones: a sheet's jobs go as soon as its PDF is
-// written, so that printing costs little more than the PDFs. The jobs keep the order of the work
-// list: without collation each sheet's copies as it comes, with it the first set as the sheets
-// come and the other sets once all are there. A job the queue refuses stops the sending.
-class Sender {
- public:
-  Sender(host::PrintServer& server, const host::PrintQueue& queue, std::vector<host::PrintMedium> media,
-         const PrintOptions& options)
-      : server_(server), queue_(queue), media_(std::move(media)), options_(options), thread_([this] { work(); }) {}
-  ~Sender() { finish(); }
-  Sender(const Sender&) = delete;
-  Sender& operator=(const Sender&) = delete;
+std::string Mm(double v) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.0f", v);
+  return text;
+}
 
-  void written(const std::string& path) {
-    {
-      const std::lock_guard lock(mutex_);
-      arrived_.push_back(path);
-    }
-    wake_.notify_one();
-  }
-  // No more sheets come; waits until every job is sent or the sending stopped.
-  void finish() {
-    {
-      const std::lock_guard lock(mutex_);
-      done_ = true;
-    }
-    wake_.notify_one();
-    if (thread_.joinable()) thread_.join();
-  }
-
-  const std::string& report() const { return report_; }
-  const std::string& refusal() const { return refusal_; }
-  std::size_t sheets() const { return sheets_.size(); }
-  std::size_t sent() const { return sent_; }
-  std::size_t planned() const { return planned_; }
-
- private:
-  void work() {
-    std::size_t next = 0;
-    for (bool last = false; !last;) {
-      {
-        std::unique_lock lock(mutex_);
-        wake_.wait(lock, [this] { return done_ || !arrived_.empty(); });
-        for (std::string& p : arrived_) sheets_.push_back(std::move(p));
-        arrived_.clear();
-        last = done_;  // nothing comes after the run said so
+// The jobs the run sent, one line each, the refusals, and the count; the exit code.
+int PrintSummary(console::ConsoleEditor& editor, int listed, double seconds, const PrintOptions& options,
+                 const std::string& queue, CliStreams& io) {
+  std::map<std::string, int> copies;  // of each sheet, as its jobs went
+  std::size_t sent = 0;
+  bool refused = false;
+  for (const console::ConsoleEditor::PlotRecord& p : editor.plots()) {
+    if (!options.plt.empty()) {
+      if (p.ok) {
+        io.out << p.path << '\n';
+        ++sent;
+      } else {
+        io.err << "tvplot print: 未输出 " << p.path << "：" << OneLine(p.message) << '\n';
+        refused = true;
       }
-      // The sheets that came, each with its copies in the stream (one with collation). After a
-      // refusal the sheets are only counted.
-      for (; next < sheets_.size(); ++next)
-        for (int c = 0; c < (options_.collate ? 1 : options_.copies) && refusal_.empty(); ++c) send(next);
+      continue;
     }
-    const std::vector<std::int32_t> copies(sheets_.size(), options_.copies);
-    const std::vector<std::size_t> work = plot::PaperWorkList(copies, options_.collate, false);
-    planned_ = work.size();
-    // The rest of the work list: the later sets of a collated run.
-    for (std::size_t k = sent_; k < work.size() && refusal_.empty(); ++k) send(work[k]);
+    const int copy = ++copies[p.title];
+    if (!p.ok) {
+      io.err << "tvplot print: " << p.title << "（第 " << copy << " 份）：" << OneLine(p.message) << "停止打印\n";
+      refused = true;
+      continue;
+    }
+    ++sent;
+    io.out << p.path << "  " << p.title << "  第 " << copy << " 份  " << Mm(p.widthMm) << "x" << Mm(p.heightMm) << " mm  "
+           << p.medium << "  " << p.message << '\n';
   }
-
-  void send(std::size_t sheet) {
-    const int copy = static_cast<int>(++copiesSent_[sheet]);
-    host::PrintDocument doc;
-    doc.path = sheets_[sheet];
-    doc.title = fs::path(doc.path).stem().string();
-    double w = 0, h = 0;
-    std::string paperText = "?";
-    if (render::FirstPageSizeMm(doc.path, w, h)) {
-      doc.landscape = w > h;
-      paperText = SizeText(w, h);
-      if (const host::PrintMedium* m = host::MatchMedium(media_, w, h)) doc.media = m->name;
-    }
-    const host::PrintJobResult result = server_.submit(queue_.name, doc);
-    if (!result.ok) {
-      refusal_ = "打印机“" + queue_.name + "”未接受 " + doc.title + "（第 " + std::to_string(copy) + " 份）：" + result.answer +
-                 "，停止打印";
-      return;
-    }
-    ++sent_;
-    report_ += queue_.name + "-" + std::to_string(result.jobId) + "  " + doc.title + "  第 " + std::to_string(copy) +
-               " 份  " + paperText + " mm" + (doc.media.empty() ? std::string() : "  " + doc.media) + "  " +
-               result.answer + "\n";
-  }
-
-  host::PrintServer& server_;
-  const host::PrintQueue queue_;
-  const std::vector<host::PrintMedium> media_;
-  const PrintOptions options_;
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::vector<std::string> arrived_;
-  bool done_ = false;
-  // The sending thread's own.
-  std::vector<std::string> sheets_;
-  std::map<std::size_t, std::size_t> copiesSent_;
-  std::size_t sent_ = 0, planned_ = 0;
-  std::string report_, refusal_;
-  std::thread thread_;  // last: it starts once the rest is ready
-};
+  const std::size_t planned =
+      options.plt.empty() ? static_cast<std::size_t>(listed) * static_cast<std::size_t>(options.copies) : static_cast<std::size_t>(listed);
+  if (!options.plt.empty())
+    io.out << "共 " << listed << " 张图纸，已输出 " << sent << " 个 PLT 文件到 " << options.plt << "，用时 " << Seconds(seconds)
+           << " 秒\n";
+  else
+    io.out << "共 " << listed << " 张图纸，已发送 " << sent << " / " << planned << " 个打印作业到打印机 " << queue << "，用时 "
+           << Seconds(seconds) << " 秒\n";
+  if (sent == planned && !refused) return kExitOk;
+  if (editor.plots().empty() || !refused)
+    for (const std::string& m : editor.messages()) io.err << "tvplot print: " << OneLine(m) << '\n';
+  return kExitNotAllPrinted;
+}
 
 int RunPrint(const ParsedArgs& args, CliStreams& io) {
   if (auto error = args.oneDrawingError()) return args.usage(io, *error);
   PrintOptions options;
   if (auto error = ReadPrintOptions(args, options)) return args.usage(io, *error);
-  const auto started = std::chrono::steady_clock::now();
 
   host::PrintServer server;
-  const std::optional<host::PrintQueue> queue = ChooseQueue(server, options.queue, io);
+  const std::optional<host::PrintQueue> queue = ChooseQueue(server, options.queue, !options.plt.empty(), io);
   if (!queue) return kExitNoPrinter;
-  std::string mediaError;
-  std::vector<host::PrintMedium> media = host::QueueMedia(queue->name, &mediaError);
 
-  SpoolFolder spool;
-  if (spool.path().empty()) {
-    io.err << "tvplot print: 临时文件夹无法创建，未打印\n";
-    return kExitNotAllPrinted;
-  }
-  // The sheets as PDFs at their papers; the summary of the files is this command's own.
-  Sender sender(server, *queue, std::move(media), options);
-  std::ostringstream plotted;
-  CliStreams plotIo{plotted, io.err, io.errIsTerminal};
+  // The paper batch as users run it: the printer, the copies and the collation chosen in its
+  // list, then its OK.
   FileBatch batch;
   batch.program = "tvplot print";
-  batch.command = "TV_BatchPlot_2";
-  batch.pdfFolder = spool.path();
-  batch.sheetWritten = [&sender](const std::string& path) { sender.written(path); };
-  const int plotCode = RunFileBatch(args, plotIo, batch);
-  sender.finish();
-
-  io.out << sender.report();
-  if (!sender.refusal().empty()) io.err << "tvplot print: " << sender.refusal() << '\n';
-  if (sender.sheets() == 0) return plotCode == kExitOk ? kExitNotAllPrinted : plotCode;
-  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-  io.out << "共 " << sender.sheets() << " 张图纸，已发送 " << sender.sent() << " / " << sender.planned()
-         << " 个打印作业到打印机 " << queue->name << "，用时 " << Seconds(seconds) << " 秒\n";
-  if (!mediaError.empty()) io.err << "tvplot print: " << mediaError << '\n';
-  if (sender.sent() != sender.planned()) return kExitNotAllPrinted;
-  return plotCode;
+  batch.command = "TV_BatchPlot_5";
+  batch.listAnswers = {"打印机 " + queue->name, "K * " + std::to_string(options.copies),
+                       std::string("逐份打印 ") + (options.collate ? "是" : "否"),
+                       std::string("输出为PLT ") + (options.plt.empty() ? "否" : "是"), "打开所在文件夹 否"};
+  if (!options.plt.empty()) batch.runAnswers = {options.plt};
+  const std::string queueName = queue->name;
+  batch.summary = [&](console::ConsoleEditor& editor, int listed, double seconds) {
+    return PrintSummary(editor, listed, seconds, options, queueName, io);
+  };
+  return RunFileBatch(args, io, batch);
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ void ConsoleEditor::runCommandBody(const RegisteredCommand& command) {
   selectionIndexes_.clear();
   try {
     command.body();
+    settlePrintJobs(true);
   } catch (const std::exception& e) {
     print("\n命令“" + command.globalName + "”出错：" + e.what());
   } catch (...) {

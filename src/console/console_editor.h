@@ -37,6 +37,8 @@ class PrintServer;
 
 namespace tv::console {
 
+class PrintSender;
+
 class EntityFilter;
 
 // A medium of the device by its canonical name, else by the name users see; null when absent.
@@ -143,13 +145,20 @@ class ConsoleEditor final : public host::Editor {
     std::string message;  // why not
     std::string queue;    // set for a plot sent to a printer: its queue, the job and the answer
     int jobId = 0;
+    std::string title;   // the job's name
+    std::string medium;  // the queue's medium
+    double widthMm = 0, heightMm = 0;  // the page as sent
   };
-  const std::vector<PlotRecord>& plots() const { return plots_; }
-  // Told of each file a "-plot" wrote, as soon as it is complete; empty: nobody is told.
-  void setPlotListener(std::function<void(const std::string& path)> listener) { plotListener_ = std::move(listener); }
+  // Every plot so far; the jobs still on their way to a printer are waited for first.
+  const std::vector<PlotRecord>& plots() {
+    settlePrintJobs(true);
+    return plots_;
+  }
+  // The jobs the printers have answered (all of them, waiting, with `wait`) recorded and reported.
+  void settlePrintJobs(bool wait);
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
-    plots_.push_back({std::string(path), written, std::string(why), {}, 0});
+    plots_.push_back({std::string(path), written, std::string(why), {}, 0, {}, {}, 0, 0});
   }
   // The texts of the message boxes shown, oldest first.
   const std::vector<std::string>& messages() const { return messages_; }
@@ -201,8 +210,9 @@ class ConsoleEditor final : public host::Editor {
   bool modified_ = false;
   bool plotStamp_ = false;
   std::vector<PlotRecord> plots_;
-  std::shared_ptr<host::PrintServer> printServer_;
-  std::function<void(const std::string& path)> plotListener_;  // one connection for the jobs of a session
+  // Sends the jobs for the printers while the next sheets plot; its answers are recorded when
+  // settled (at the next plot, at the end of the command, or when the plots are read).
+  std::shared_ptr<PrintSender> printSender_;
   // Indexes of the spaces plotted by the command running now; a command that plots many windows
   // of one space measures it once. Dropped when the next command starts.
   std::map<ObjectId, std::unique_ptr<render::SpaceIndex>> plotIndexes_;

@@ -202,6 +202,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   const bool printer = code == host::kPrintQueueFormat;
 
   bool turned = plot.rotation == 1 || plot.rotation == 3;
+  std::optional<bool> upright;  // the orientation answered: the page upright or across
   bool toFile = true;
   std::string path;
   if (detailed) {
@@ -212,8 +213,8 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     reply = choose(std::string("\n输入图形方向 [纵向(P)/横向(L)] <") + (turned ? "纵向" : "横向") + ">: ", {"P", "L", "纵向", "横向"});
     if (!reply) return RTCAN;
     const std::string o = AsciiUpper(TrimBlanks(*reply));
-    if (o == "P" || o == "纵向") turned = true;
-    if (o == "L" || o == "横向") turned = false;
+    if (o == "P" || o == "纵向") turned = true, upright = true;
+    if (o == "L" || o == "横向") turned = false, upright = false;
     if (!yesNo("\n是否上下颠倒打印？[是(Y)/否(N)] <否>: ")) return RTCAN;
     reply = choose("\n输入打印区域 [显示(D)/范围(E)/图形界限(L)/视图(V)/窗口(W)] <窗口>: ", {"D", "E", "L", "V", "W"});
     if (!reply) return RTCAN;
@@ -284,10 +285,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
     if (!reply) return RTCAN;
     toFile = IsYes(*reply);
   }
-  if (toFile && printer) {
-    print("\n打印机不能打印到文件。");
-    toFile = false;
-  }
   if (toFile) {
     const std::string offered = fs::path(path_).stem().string() + "-" + layout->name;
     reply = take("\n输入文件名 <" + offered + ">: ");
@@ -302,7 +299,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   if (!reply) return RTCAN;
   if (IsNo(*reply)) return RTCAN;
 
-  PlotRecord record{path, false, {}, {}, 0};
+  PlotRecord record{path, false, {}, {}, 0, {}, {}, 0, 0};
   const auto refuse = [&](std::string message) {
     print("\n" + message);
     record.message = std::move(message);
@@ -315,7 +312,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   }
   // Paper needs a printer: a file device can't give it.
   if (!toFile && !printer) return refuse("打印设备“" + plot.plotterName + "”不是打印机，不能打印到纸张，未打印。");
-  const std::optional<render::PlotFormat> format = printer ? render::PlotFormat::Pdf : FormatOf(code);
+  // A printer plotted to a file writes the plotter language (PLT) at its medium, as a driver would.
+  const std::optional<render::PlotFormat> format =
+      printer ? (toFile ? render::PlotFormat::Plt : render::PlotFormat::Pdf) : FormatOf(code);
   if (!format) return refuse("打印设备“" + plot.plotterName + "”的输出格式无法识别，未打印。");
   // The open drawing is in use, as it would be in any host: a plot never replaces it.
   if (std::error_code ec; toFile && fs::exists(path, ec) && fs::equivalent(path, path_, ec))
@@ -323,6 +322,9 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   const render::PlotterMedium* medium = FindPlotMedium(*device, plot.paperSize);
   if (!medium) return refuse("打印设备“" + plot.plotterName + "”没有图纸“" + plot.paperSize + "”，未打印。");
 
+  // A printer's media stand upright as the queue describes them: the orientation answered is the
+  // page's, so an across page turns the medium.
+  if (printer && upright) turned = *upright != (medium->heightMm > medium->widthMm);
   render::PlotRequest request;
   fillPlotRequest(*layout, plot, *device, *medium, turned, request);
   request.format = *format;
@@ -330,7 +332,7 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   request.rasterDpi = 25.4;
   request.enlarge = 1;
   request.outputPath = path;
-  if (printer) return printOnQueue(plot.plotterName, medium->name, request);
+  if (printer && !toFile) return printOnQueue(plot.plotterName, medium->name, request);
 
   const render::PlotResult result = render::PlotWindow(db_, request);
   for (const std::string& note : result.notes) print("\n" + note);
@@ -338,7 +340,6 @@ int ConsoleEditor::plotCommand(const std::vector<std::string>& args) {
   print("\n已打印到文件 " + path);
   record.ok = true;
   plots_.push_back(std::move(record));
-  if (plotListener_) plotListener_(path);
   return RTNORM;
 }
 

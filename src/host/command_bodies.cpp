@@ -12,6 +12,7 @@
 #include "host/editor.h"
 #include "host/shortcut_form.h"
 #include "plot/old_batch.h"
+#include "plot/paper_job.h"
 #include "plot/plot_job.h"
 #include "plot/single_plot.h"
 #include "settings/setting_form.h"
@@ -22,22 +23,6 @@
 
 namespace tv::host {
 
-namespace {
-
-// A command whose work this build does not offer yet says so and changes nothing.
-void NotOffered(int number) {
-  std::string what(MenuTextOf(number));
-  if (what.empty()) what = NumberedCommandName(number);
-  Print("\n“" + what + "”在本版本中尚未提供。");
-}
-
-// Commands with the prologue: CMDECHO saved and off, the gate passed.
-void Guarded(int number) {
-  CommandScope scope;
-  NotOffered(number);
-}
-
-}  // namespace
 
 void TV_BatchPlot_1() {
   CommandScope scope;
@@ -55,7 +40,10 @@ void TV_BatchPlot_4() {
   CommandScope scope;
   plot::TitlePlotCommand();
 }
-void TV_BatchPlot_5() { Guarded(5); }
+void TV_BatchPlot_5() {
+  CommandScope scope;
+  plot::PaperPlotCommand();
+}
 void TV_BatchPlot_6() {
   CommandScope scope;
   signing::SignLibraryCommand();
@@ -119,7 +107,10 @@ void Plot_Temp2() {
   CommandScope scope;
   plot::Plot_Temp2();
 }
-void Plot_Temp3() {}
+void Plot_Temp3() {
+  CommandScope scope;
+  plot::Plot_Temp3();
+}
 void SinglePlot_SelectP() {
   CommandScope scope;
   plot::SinglePlot_SelectP();

@@ -43,6 +43,13 @@ std::vector<std::string> PlotStyleSheetList();
 // Where the files of a listed device and of a listed plot style table are; empty when the name
 // isn't listed. Only a host's own plot engine needs them.
 std::string PlotDeviceFile(const std::string& device);
+// The media of a listed device with their sizes in millimetres, in the order of its files or of
+// its print queue; empty for a device that can't be read.
+struct DeviceMedium {
+  std::string canonical, locale;
+  double widthMm = 0, heightMm = 0;
+};
+std::vector<DeviceMedium> DeviceMedia(const std::string& device);
 std::string PlotStyleSheetFile(const std::string& name);
 
 // A layout's plot settings, whole, as the host keeps them. A job takes one of every layout it

@@ -146,6 +146,15 @@ std::vector<std::string> PlotDeviceList() {
   return out;
 }
 
+std::vector<DeviceMedium> DeviceMedia(const std::string& device) {
+  std::vector<DeviceMedium> out;
+  const std::optional<render::PlotterConfig> config = ReadDevice(device);
+  if (!config) return out;
+  for (const render::PlotterMedium& m : config->media)
+    out.push_back({m.name, m.localeName.empty() ? m.name : m.localeName, m.widthMm, m.heightMm});
+  return out;
+}
+
 std::vector<std::string> PlotStyleSheetList() {
   std::vector<std::string> out;
   for (FolderFile& f : FilesOf(settings::PrinterStyleFolders(), {"ctb", "stb"})) out.push_back(std::move(f.name));

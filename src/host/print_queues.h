@@ -72,6 +72,10 @@ class PrintServer {
   Impl* impl_;
 };
 
+// The name the next job sent to a printer takes (a sheet's name); taken once, then forgotten.
+void NameNextPrintJob(std::string name);
+std::string TakePrintJobName();
+
 // How long one exchange with the print server may take, in seconds.
 inline constexpr double kPrintServerTimeout = 20.0;
 

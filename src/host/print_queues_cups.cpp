@@ -3,9 +3,13 @@
 #include <cups/cups.h>
 
 #include <algorithm>
+#include <chrono>
+#include <mutex>
+#include <optional>
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "host/print_queues.h"
 
@@ -64,9 +68,44 @@ std::vector<PrintQueue> Queues(http_t* http, std::string& error) {
   return queues;
 }
 
+// A plot asks for the device list and the queue's media many times over (the layout's settings,
+// the medium, the plot itself): what the server said a moment ago is taken again rather than
+// asked for, so that a run of many sheets costs one exchange per sheet, not dozens. Refusals are
+// never kept.
+constexpr auto kFresh = std::chrono::seconds(2);
+
+template <typename T>
+struct Answer {
+  std::chrono::steady_clock::time_point at;
+  std::string key;
+  T value;
+};
+
+template <typename T>
+const T* Recent(const std::optional<Answer<T>>& kept, const std::string& key) {
+  if (!kept || kept->key != key || std::chrono::steady_clock::now() - kept->at > kFresh) return nullptr;
+  return &kept->value;
+}
+
+std::mutex& CacheMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+std::vector<PrintMedium> AskQueueMedia(const std::string& queue, std::string& why);
+
 }  // namespace
 
 std::vector<PrintQueue> ListPrintQueues(std::string* error) {
+  static std::optional<Answer<std::vector<PrintQueue>>> kept;
+  const std::string key = ServerName();
+  {
+    const std::lock_guard lock(CacheMutex());
+    if (const auto* queues = Recent(kept, key)) {
+      if (error) error->clear();
+      return *queues;
+    }
+  }
   std::string why;
   http_t* http = Connect(why);
   std::vector<PrintQueue> queues;
@@ -74,12 +113,37 @@ std::vector<PrintQueue> ListPrintQueues(std::string* error) {
     queues = Queues(http, why);
     httpClose(http);
   }
+  if (why.empty()) {
+    const std::lock_guard lock(CacheMutex());
+    kept = Answer<std::vector<PrintQueue>>{std::chrono::steady_clock::now(), key, queues};
+  }
   if (error) *error = why;
   return queues;
 }
 
 std::vector<PrintMedium> QueueMedia(const std::string& queue, std::string* error) {
+  static std::optional<Answer<std::vector<PrintMedium>>> kept;
+  const std::string key = ServerName() + "/" + queue;
+  {
+    const std::lock_guard lock(CacheMutex());
+    if (const auto* media = Recent(kept, key)) {
+      if (error) error->clear();
+      return *media;
+    }
+  }
   std::string why;
+  std::vector<PrintMedium> media = AskQueueMedia(queue, why);
+  if (why.empty()) {
+    const std::lock_guard lock(CacheMutex());
+    kept = Answer<std::vector<PrintMedium>>{std::chrono::steady_clock::now(), key, media};
+  }
+  if (error) *error = why;
+  return media;
+}
+
+namespace {
+
+std::vector<PrintMedium> AskQueueMedia(const std::string& queue, std::string& why) {
   std::vector<PrintMedium> media;
   if (http_t* http = Connect(why)) {
     cups_dest_t* dests = nullptr;
@@ -103,9 +167,10 @@ std::vector<PrintMedium> QueueMedia(const std::string& queue, std::string* error
     cupsFreeDests(count, dests);
     httpClose(http);
   }
-  if (error) *error = why;
   return media;
 }
+
+}  // namespace
 
 const PrintMedium* MatchMedium(const std::vector<PrintMedium>& media, double widthMm, double heightMm) {
   const auto near = [](double a, double b) { return std::fabs(a - b) <= 1.0; };
@@ -165,5 +230,15 @@ PrintJobResult PrintServer::submit(const std::string& queue, const PrintDocument
   if (result.answer.empty()) result.answer = ippErrorString(cupsLastError());
   return result;
 }
+
+namespace {
+std::string& NextJobName() {
+  static std::string name;
+  return name;
+}
+}  // namespace
+
+void NameNextPrintJob(std::string name) { NextJobName() = std::move(name); }
+std::string TakePrintJobName() { return std::exchange(NextJobName(), {}); }
 
 }  // namespace tv::host

@@ -63,21 +63,29 @@ std::string SheetSizeText(double sizeX, double sizeY) {
   return Format("%.4fx%.4f", sizeX, sizeY);
 }
 
+std::optional<double> RecogniseSheets(recognition::SheetJob& job, bool askScale, std::optional<double> scale) {
+  if (!recognition::FindSheets(job)) return std::nullopt;
+  SetPlotStamp();
+  std::int64_t tick = host::StageClock();
+  recognition::FilterSheets(job);
+  tick = host::StageTimer(tick, "过滤图形");
+  const double found = scale ? *scale : paper::ScaleOfSheets(job.keptSheets, askScale);
+  tick = host::StageTimer(tick, "判断比例");
+  // The form took the drawing's settings and the defaults when it was made.
+  host::StageTimer(tick, "更新参数");
+  return found;
+}
+
 Dlg_BPlot1* RecogniseGenericBatch(bool askScale, std::optional<double> scale) {
   host::ReadLayerStates();
   Dlg_BPlot1& form = NewGenericReview();
-  if (!recognition::FindSheets(form.job)) {
+  const std::optional<double> found = RecogniseSheets(form.job, askScale, scale);
+  if (!found) {
     DestroyGenericReview();
     return nullptr;
   }
-  SetPlotStamp();
-  std::int64_t tick = host::StageClock();
-  recognition::FilterSheets(form.job);
-  tick = host::StageTimer(tick, "过滤图形");
-  form.scale = scale ? *scale : paper::ScaleOfSheets(form.job.keptSheets, askScale);
-  tick = host::StageTimer(tick, "判断比例");
-  // The form took the drawing's settings and the defaults when it was made.
-  tick = host::StageTimer(tick, "更新参数");
+  form.scale = *found;
+  const std::int64_t tick = host::StageClock();
   FillList(form, true);
   ApplyStoredChoices(form);
   form.stageTick = host::StageTimer(tick, "更新对话框");

@@ -46,6 +46,10 @@ void DestroyGenericReview();
 // The sheet's size in drawing units, with fewer decimals the larger it is.
 std::string SheetSizeText(double sizeX, double sizeY);
 
+// What both generic batches (to files and to paper) do to find their sheets: the prompt, the
+// filter and the scale (`scale`, or the one most sheets have, asked when `askScale`). Unset when
+// nothing was found or the user cancelled.
+std::optional<double> RecogniseSheets(recognition::SheetJob& job, bool askScale, std::optional<double> scale);
 // Recognises the sheets of the working drawing into a new form: layer states, the prompt, the
 // filter, and the scale (`scale`, or the one most sheets have, offering it as the default when
 // `askScale`). Null when nothing was found or the user cancelled.

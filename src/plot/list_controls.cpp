@@ -50,6 +50,10 @@ std::string_view ControlLabel(ListControl control) {
     case ListControl::Background: return "背景色";
     case ListControl::SerialNaming: return "文件名前面插入序号";
     case ListControl::Renumber: return "图号重编";
+    case ListControl::Device: return "打印机";
+    case ListControl::Collate: return "逐份打印";
+    case ListControl::ToPlt: return "输出为PLT";
+    case ListControl::OpenFolder: return "打开所在文件夹";
   }
   return {};
 }
@@ -85,6 +89,11 @@ std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format) {
   for (const auto& c : all)
     if (c.shown) out.push_back(c.control);
   return out;
+}
+
+std::vector<ListControl> PaperControls() {
+  using enum ListControl;
+  return {Device, Style, EditStyle, Collate, ToPlt, OpenFolder, SortType};
 }
 
 const std::vector<std::string>& FormatNames() {
@@ -146,6 +155,10 @@ std::string ControlValueText(ListControl control, const ControlValues& v) {
       return v.sortStyle >= 1 && v.sortStyle <= 9 ? std::to_string(v.sortStyle) + " " + SortTypeItems()[v.sortStyle - 1]
                                                   : "";
     case ListControl::SerialNaming: return v.serialNaming;
+    case ListControl::Device: return v.device.empty() ? "无" : v.device;
+    case ListControl::Collate: return Flag(v.collate);
+    case ListControl::ToPlt: return Flag(v.toPlt);
+    case ListControl::OpenFolder: return Flag(v.openFolder);
     case ListControl::Background:
       return std::to_string(v.red) + "," + std::to_string(v.green) + "," + std::to_string(v.blue);
     default: return {};

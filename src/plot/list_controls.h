@@ -30,11 +30,17 @@ enum class ListControl {
   Background,   // "背景色", JPG, PNG and DWF
   SerialNaming, // "文件名前面插入序号", title-block list
   Renumber,     // "图号重编", title-block list
+  Device,       // "打印机", paper list
+  Collate,      // "逐份打印", paper list
+  ToPlt,        // "输出为PLT", paper list
+  OpenFolder,   // "打开所在文件夹": the PLT folder once written, paper list
 };
 
 std::string_view ControlLabel(ListControl control);
 // The controls shown for the family and the format, in the order of the form.
 std::vector<ListControl> ControlsInPlay(bool titleBlock, std::int32_t format);
+// The controls of the paper list.
+std::vector<ListControl> PaperControls();
 
 // "PDF", "DWF", "JPG", "PNG", "PLT", "EPS", "DWG" by format code.
 const std::vector<std::string>& FormatNames();
@@ -68,6 +74,8 @@ struct ControlValues {
   std::int32_t sortStyle = 1;
   std::int32_t red = 255, green = 255, blue = 255;
   std::string serialNaming;
+  std::string device;
+  bool collate = false, toPlt = false, openFolder = false;
 };
 std::string ControlValueText(ListControl control, const ControlValues& values);
 

@@ -4,6 +4,7 @@
 
 #include "host/editor.h"
 #include "plot/generic_review.h"
+#include "plot/paper_review.h"
 #include "plot/title_review.h"
 #include "settings/config.h"
 
@@ -23,7 +24,8 @@ void SetPlotStamp() {
 void DestroyReviewForms() {
   DestroyGenericReview();
   DestroyTitleReview();
+  DestroyPaperReview();
 }
-int LiveReviewForms() { return (GenericReview() ? 1 : 0) + (TitleReview() ? 1 : 0); }
+int LiveReviewForms() { return (GenericReview() ? 1 : 0) + (TitleReview() ? 1 : 0) + (PaperReview() ? 1 : 0); }
 
 }  // namespace tv::plot

@@ -14,6 +14,7 @@
 #include "plot/list_controls.h"
 #include "plot/list_row_edits.h"
 #include "plot/output_paths.h"
+#include "plot/paper_review.h"
 #include "plot/plot_job.h"
 #include "plot/title_numbering.h"
 #include "plot/title_review.h"
@@ -64,9 +65,9 @@ class ReviewSession {
     while (true) {
       std::string answer;
       const int rc = host::CurrentEditor().getString(
-          "\n" + std::string(kBPlot1Title) + " [打印(P)/关闭(C)]，或输入修改命令（? 显示说明） <打印>: ", answer);
+          "\n" + std::string(rows_.title()) + " [打印(P)/关闭(C)]，或输入修改命令（? 显示说明） <打印>: ", answer);
       if (rc == host::RTCAN) return false;
-      const std::vector<ListControl> controls = ControlsInPlay(rows_.titleBlock(), rows_.setting().format);
+      const std::vector<ListControl> controls = rows_.controls();
       std::vector<std::string> labels;
       for (ListControl c : controls) labels.emplace_back(ControlLabel(c));
       const ListCommand command = ParseListCommand(answer, rows_.size(), labels);
@@ -94,6 +95,7 @@ class ReviewSession {
  private:
   // A control of the form that the format leaves out: said as such, not as an unknown command.
   std::optional<std::string> OutOfPlay(std::string_view answer) const {
+    if (rows_.paperForm()) return std::nullopt;
     std::vector<std::string> labels;
     for (ListControl c : ControlsInPlay(rows_.titleBlock(), settings::kFormatJpg))
       labels.emplace_back(ControlLabel(c));
@@ -114,7 +116,7 @@ class ReviewSession {
   }
 
   void Show() {
-    host::CurrentEditor().showList(kBPlot1Title, rows_.columns(), rows_.cells());
+    host::CurrentEditor().showList(rows_.title(), rows_.columns(), rows_.cells());
     ControlValues v;
     const settings::PlotSettingRec& s = rows_.setting();
     v.margin = s.margin;
@@ -130,7 +132,13 @@ class ReviewSession {
     v.green = s.back_green;
     v.blue = s.back_blue;
     if (rows_.titleBlock()) v.serialNaming = SerialNamingText();
-    const std::vector<ListControl> controls = ControlsInPlay(rows_.titleBlock(), s.format);
+    if (const Dlg_BPlot3* paper = rows_.paperForm()) {
+      v.device = paper->device;
+      v.collate = paper->collate;
+      v.toPlt = paper->toPlt;
+      v.openFolder = paper->openFolder;
+    }
+    const std::vector<ListControl> controls = rows_.controls();
     if (std::find(controls.begin(), controls.end(), ListControl::Style) != controls.end()) v.style = StyleName();
     std::string text = "\n选项：";
     for (std::size_t i = 0; i < controls.size(); ++i) {
@@ -142,6 +150,14 @@ class ReviewSession {
   }
 
   bool Edit(const ListCommand& c, const std::vector<ListControl>& controls) {
+    if (Dlg_BPlot3* paper = rows_.paperForm()) {
+      // Paper goes out as it is drawn: no file names, scales or formats in this list.
+      if (c.verb == ListVerb::Name || c.verb == ListVerb::Scale || c.verb == ListVerb::Format) {
+        Say("批打印至纸张的列表中没有文件名、打印比例和输出格式。");
+        return false;
+      }
+      if (c.verb == ListVerb::Paper) return UnifyMedia(*paper, c.rows, c.argument);
+    }
     // A drawing file has no paper, scale or preview: those columns are out of play.
     const bool paperColumn = c.verb == ListVerb::Paper || c.verb == ListVerb::Scale || c.verb == ListVerb::Preview;
     if (paperColumn && rows_.setting().format == settings::kFormatDwg) {
@@ -274,6 +290,20 @@ class ReviewSession {
       case ListControl::DrawIndex: rows_.drawIndex(); return false;
       case ListControl::SerialNaming: return rows_.serialNaming(typed);
       case ListControl::Renumber: return rows_.renumber(typed);
+      case ListControl::Device: {
+        Dlg_BPlot3& paper = *rows_.paperForm();
+        if (paper.devices.empty()) {
+          Say("没有可打印到纸张的打印机。");
+          return false;
+        }
+        const auto at = std::find(paper.devices.begin(), paper.devices.end(), paper.device);
+        int chosen = at == paper.devices.end() ? 0 : static_cast<int>(at - paper.devices.begin());
+        if (!Choose("打印机", paper.devices, chosen, typed, chosen)) return false;
+        return ChoosePaperDevice(paper, paper.devices[static_cast<std::size_t>(chosen)]);
+      }
+      case ListControl::Collate: return Toggle(rows_.paperForm()->collate, typed);
+      case ListControl::ToPlt: return Toggle(rows_.paperForm()->toPlt, typed);
+      case ListControl::OpenFolder: return Toggle(rows_.paperForm()->openFolder, typed);
       case ListControl::PaperStatistics: {
         int chosen = 0;
         if (typed.empty()) {
@@ -365,7 +395,11 @@ class ReviewSession {
 
 bool WorkReviewList(ListRows& rows, std::int64_t stageTick) { return ReviewSession(rows).Work(stageTick); }
 
+std::string_view ListRows::title() const { return kBPlot1Title; }
+std::vector<ListControl> ListRows::controls() { return ControlsInPlay(titleBlock(), setting().format); }
+
 bool InterruptPlot() {
+  if (Dlg_BPlot3* form = PaperReview(); form && form->plot_started) return form->cancel_requested = true;
   if (Dlg_BPlot1* form = GenericReview(); form && form->plot_started) return form->cancel_requested = true;
   if (Dlg_BPlot2* form = TitleReview(); form && form->plot_started) return form->cancel_requested = true;
   return false;

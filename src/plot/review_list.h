@@ -10,18 +10,26 @@
 #include <vector>
 
 #include "paper/paper.h"
+#include "plot/list_controls.h"
 #include "settings/plot_setting.h"
 
 namespace tv::plot {
 
 struct Dlg_BPlot1;
 struct Dlg_BPlot2;
+struct Dlg_BPlot3;
 
 // What the list needs of a form; one implementation per family.
 class ListRows {
  public:
   virtual ~ListRows() = default;
   virtual bool titleBlock() const = 0;
+  // The form's title; the file lists share "批打印至文件".
+  virtual std::string_view title() const;
+  // The controls beside the rows, in the order of the form.
+  virtual std::vector<ListControl> controls();
+  // The paper list: its device, copies and media instead of formats, names and scales.
+  virtual Dlg_BPlot3* paperForm() { return nullptr; }
   virtual std::vector<std::string> columns() const = 0;
   virtual std::vector<std::vector<std::string>> cells() const = 0;
   virtual std::size_t size() const = 0;
@@ -75,6 +83,11 @@ bool WorkReviewList(ListRows& rows, std::int64_t stageTick);
 // The lists of the two file families.
 bool WorkGenericList(Dlg_BPlot1& form);
 bool WorkTitleList(Dlg_BPlot2& form);
+bool WorkPaperList(Dlg_BPlot3& form);
+
+// The paper column of the paper list: a medium of its device for the rows, chosen from the
+// device's media or typed ("A3", a medium's name). True when the rows changed.
+bool UnifyMedia(Dlg_BPlot3& form, const std::vector<std::size_t>& rows, const std::string& typed);
 
 // "中 断 打 印": asks the run of the live file form to stop before its next sheet. False when no
 // run is going.

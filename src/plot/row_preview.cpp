@@ -9,6 +9,7 @@
 #include "host/editor.h"
 #include "paper/plotter_writer.h"
 #include "paper/scale_fitting.h"
+#include "plot/paper_job.h"
 #include "plot/plot_job.h"
 #include "plot/sheet_loop.h"
 #include "settings/folders.h"
@@ -31,10 +32,10 @@ bool HasBackground(std::int32_t format) {
 // Steps shared by both lists once the row is known: its layout set as the run would set it, the
 // plot flags, the preview background of image formats, the preview, and everything put back.
 // `kind` names the list for the preview's keys; `rows` is its length.
-bool PreviewSheet(const SheetToPlot& sheet, const settings::PlotSettingRec& setting, std::int32_t styleIndex,
-                  std::int32_t kind, std::size_t row, std::size_t rows) {
+bool PreviewSheet(const std::function<void()>& prepare, const settings::PlotSettingRec& setting, std::int32_t kind,
+                  std::size_t row, std::size_t rows) {
   host::Editor& editor = host::CurrentEditor();
-  PrepareSheet(sheet, setting, styleIndex);
+  prepare();
   JobState& job = Job();
   job.PlotSignaturesVisible = setting.plot_signatures != 0;
   job.InPlot = true;
@@ -89,7 +90,7 @@ bool PreviewRow(Dlg_BPlot1& form, std::size_t row) {
     }
     const recognition::Plot_Drawing1& s = *r.sheet;
     const SheetToPlot sheet{s.spaceId, s.paperName, s.rotated, {s.minX, s.minY}, {s.maxX, s.maxY}, s.scale, s.fileName};
-    return PreviewSheet(sheet, form.setting, form.styleIndex, 1, i, form.rows.size());
+    return PreviewSheet([&] { PrepareSheet(sheet, form.setting, form.styleIndex); }, form.setting, 1, i, form.rows.size());
   });
 }
 
@@ -103,7 +104,14 @@ bool PreviewRow(Dlg_BPlot2& form, std::size_t row) {
     const titleblock::Plot_Drawing2& s = *r.sheet;
     const SheetToPlot sheet{s.space_id, r.paperName, s.portrait, {s.min_x, s.min_y}, {s.max_x, s.max_y}, s.scale,
                             s.file_name};
-    return PreviewSheet(sheet, form.setting, form.styleIndex, 2, i, form.rows.size());
+    return PreviewSheet([&] { PrepareSheet(sheet, form.setting, form.styleIndex); }, form.setting, 2, i, form.rows.size());
+  });
+}
+
+bool PreviewRow(Dlg_BPlot3& form, std::size_t row) {
+  return PreviewRows(row, form.rows.size(), [&form](std::size_t i) {
+    // The medium is the printer's own: no ceiling of the private papers applies.
+    return PreviewSheet([&] { PreparePaperSheet(form, *form.rows[i].sheet); }, form.setting, 3, i, form.rows.size());
   });
 }
 

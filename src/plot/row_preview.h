@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "plot/generic_review.h"
+#include "plot/paper_review.h"
 #include "plot/title_review.h"
 
 namespace tv::plot {
@@ -17,5 +18,6 @@ inline constexpr std::string_view kPreviewTooLarge =
 // exist, its paper is above the ceiling (said in a message) or the host showed nothing.
 bool PreviewRow(Dlg_BPlot1& form, std::size_t row);
 bool PreviewRow(Dlg_BPlot2& form, std::size_t row);
+bool PreviewRow(Dlg_BPlot3& form, std::size_t row);
 
 }  // namespace tv::plot
