@@ -107,9 +107,27 @@ void MatchRowMedium(Dlg_BPlot3& form, BPlot3Row& row) {
   for (const host::DeviceMedium& m : form.media)
     if ((Near(m.widthMm, l) && Near(m.heightMm, w)) || (Near(m.widthMm, w) && Near(m.heightMm, l)))
       return SetRowMedium(form, row, m);
-  row.paperText = std::to_string(row.paper->length) + "x" + std::to_string(row.paper->width);
-  row.note = form.device.empty() ? "没有可用的打印机"
-                                 : "打印机“" + form.device + "”没有 " + row.paperText + " 的纸张";
+  const std::string size = std::to_string(row.paper->length) + "x" + std::to_string(row.paper->width);
+  // The sheet is fitted to its medium, so a size the printer lacks goes on the smallest medium
+  // that holds it whole, or shrunk onto the largest; the note says so.
+  const host::DeviceMedium* best = nullptr;
+  const auto area = [](const host::DeviceMedium& m) { return m.widthMm * m.heightMm; };
+  const auto holds = [&](const host::DeviceMedium& m) {
+    const double big = std::max(m.widthMm, m.heightMm), small = std::min(m.widthMm, m.heightMm);
+    return big + 1.0 >= std::max(l, w) && small + 1.0 >= std::min(l, w);
+  };
+  for (const host::DeviceMedium& m : form.media)
+    if (holds(m) && (!best || area(m) < area(*best))) best = &m;
+  for (const host::DeviceMedium& m : form.media)
+    if (!best || (!holds(*best) && area(m) > area(*best))) best = &m;
+  if (best) {
+    SetRowMedium(form, row, *best);
+    row.note = "打印机“" + form.device + "”没有 " + size + " 的纸张，" + (holds(*best) ? "放大" : "缩小") + "打印到 " +
+               best->locale;
+    return;
+  }
+  row.paperText = size;
+  row.note = form.device.empty() ? "没有可用的打印机" : "打印机“" + form.device + "”没有纸张";
 }
 
 std::vector<std::string> BPlot3Columns() {

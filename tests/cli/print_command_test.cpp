@@ -205,23 +205,30 @@ TEST_F(PrintCommandTest, CopiesEditedInThePaperListAreTheJobsSent) {
   }
 }
 
-TEST_F(PrintCommandTest, ASheetWhosePaperThePrinterHasNotIsRefusedUntilAMediumIsChosen) {
+TEST_F(PrintCommandTest, ASheetWhosePaperThePrinterHasNotGoesOnTheNextMediumOrTheOneChosen) {
   // A lengthened A3 (630 x 297) and an A3 at 1:100: the queues offer A4 to A0 only.
   const std::string plan = Write("long.dxf", FramesInARow({{63000, 29700}, {42000, 29700}}));
-  RunResult r = PaperBatch(plan, {"打印机 tv_paper", ""});
-  EXPECT_TRUE(Has(r.out, "打印机“tv_paper”没有 630x297 的纸张")) << r.out;
-  EXPECT_TRUE(JobsSent(r.out).empty()) << r.out;
-  EXPECT_EQ(Count(r.out, "已发送到打印机"), 0u) << r.out;
-
-  r = PaperBatch(plan, {"打印机 tv_paper", "Z 1 A2", ""});
-  EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper"), 2u) << r.out;
-  ASSERT_TRUE(cupsd_->waitForFiles(kPaperQueue, 2, 30));
-  const std::vector<fs::path> files = JobFiles(cupsd_->outputOf(kPaperQueue));
-  const std::pair<double, double> papers[] = {{594, 420}, {420, 297}};
-  for (std::size_t i = 0; i < files.size() && i < 2; ++i) {
-    const auto [w, h] = PageMm(files[i].string());
-    EXPECT_NEAR(std::max(w, h), papers[i].first, 0.5) << files[i];
-    EXPECT_NEAR(std::min(w, h), papers[i].second, 0.5) << files[i];
+  struct Case {
+    std::vector<std::string> atList;
+    std::pair<double, double> firstPaper;
+  };
+  const Case cases[] = {
+      {{"打印机 tv_paper", ""}, {841, 594}},           // the smallest medium that holds it: A1
+      {{"打印机 tv_paper", "Z 1 A2", ""}, {594, 420}},  // chosen in the list
+  };
+  for (const Case& c : cases) {
+    cupsd_->clearOutputs();
+    const RunResult r = PaperBatch(plan, c.atList);
+    EXPECT_TRUE(Has(r.out, "打印机“tv_paper”没有 630x297 的纸张，放大打印到 ")) << r.out;
+    EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper"), 2u) << r.out;
+    ASSERT_TRUE(cupsd_->waitForFiles(kPaperQueue, 2, 30));
+    const std::vector<fs::path> files = JobFiles(cupsd_->outputOf(kPaperQueue));
+    const std::pair<double, double> papers[] = {c.firstPaper, {420, 297}};
+    for (std::size_t i = 0; i < files.size() && i < 2; ++i) {
+      const auto [w, h] = PageMm(files[i].string());
+      EXPECT_NEAR(std::max(w, h), papers[i].first, 0.5) << files[i];
+      EXPECT_NEAR(std::min(w, h), papers[i].second, 0.5) << files[i];
+    }
   }
 }
 
