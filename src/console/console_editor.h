@@ -154,8 +154,10 @@ class ConsoleEditor final : public host::Editor {
     settlePrintJobs(true);
     return plots_;
   }
-  // The jobs the printers have answered (all of them, waiting, with `wait`) recorded and reported.
-  void settlePrintJobs(bool wait);
+  // The jobs the printers have answered (all of them, waiting, with `wait`) recorded and reported;
+  // the messages of those not accepted.
+  std::vector<std::string> settlePrintJobs(bool wait);
+  std::vector<std::string> settlePrintJobs() override { return settlePrintJobs(true); }
   // A file the system wrote, or failed to write, without a "-plot" (a sheet cut to a drawing file).
   void noteOutputFile(std::string_view path, bool written, std::string_view why) {
     plots_.push_back({std::string(path), written, std::string(why), {}, 0, {}, {}, 0, 0});

@@ -136,13 +136,19 @@ class PrintSender {
   std::thread thread_;  // last: it starts once the rest is ready
 };
 
-void ConsoleEditor::settlePrintJobs(bool wait) {
-  if (!printSender_) return;
+std::vector<std::string> ConsoleEditor::settlePrintJobs(bool wait) {
+  std::vector<std::string> refused;
+  if (!printSender_) return refused;
   for (PlotRecord& record : printSender_->take(wait)) {
-    if (record.ok) print("\n已发送到打印机 " + record.queue + "，作业 " + record.path + "（" + record.message + "）");
-    else print("\n" + record.message);
+    if (record.ok) {
+      print("\n已发送到打印机 " + record.queue + "，作业 " + record.path + "（" + record.message + "）");
+    } else {
+      print("\n" + record.message);
+      refused.push_back(record.message);
+    }
     plots_.push_back(std::move(record));
   }
+  return refused;
 }
 
 int ConsoleEditor::printOnQueue(const std::string& queue, const std::string& medium, render::PlotRequest& request) {

@@ -125,6 +125,12 @@ class Editor {
     return false;
   }
 
+  // ---- printers ----------------------------------------------------------------------------------
+  // Waits until the printers answered every job the plots of this command handed them, and
+  // returns the messages of the jobs they didn't accept, in the order sent. A host that sends
+  // each job before its plot returns has nothing to wait for.
+  virtual std::vector<std::string> settlePrintJobs() { return {}; }
+
   // ---- commands --------------------------------------------------------------------------------
   // Adds a command to a group; a command of the same name is replaced.
   virtual void addCommand(std::string_view group, std::string_view globalName, std::string_view localName, int flags, CommandBody body) = 0;

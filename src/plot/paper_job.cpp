@@ -1,5 +1,6 @@
 #include "plot/paper_job.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -183,6 +184,12 @@ bool PlotToDevice(std::int32_t count) {
     ++sent;
   }
 
+  // Jobs go to the printer while the next sheets plot: a refusal may come after its sheet.
+  if (!form->toPlt) {
+    const std::vector<std::string> refused = editor.settlePrintJobs();
+    sent -= std::min(sent, refused.size());
+    if (!refused.empty()) stop = refused.front() + "批打印中止 !";
+  }
   editor.progressEnd();
   if (!stop.empty())
     Box(stop + Formatted("\n\n已发送 %d 个，共 %d 个打印作业。", static_cast<int>(sent), static_cast<int>(work.size())));
