@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-#include "plot/review_list.h"
+#include "plot/interrupt_flag.h"
 
 namespace tv::cli {
 
@@ -10,7 +10,7 @@ namespace {
 
 struct sigaction previous {};
 
-// Only sets the live form's flag, which the sheet loop reads before each sheet.
+// Only marks the running loop, which looks before each sheet.
 extern "C" void OnInterrupt(int signal) {
   if (plot::InterruptPlot()) return;
   sigaction(signal, &previous, nullptr);

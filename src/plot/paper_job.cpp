@@ -13,6 +13,7 @@
 #include "host/wrappers.h"
 #include "paper/layout_plot_setting.h"
 #include "paper/scale_fitting.h"
+#include "plot/interrupt_flag.h"
 #include "plot/output_paths.h"
 #include "plot/paper_work_list.h"
 #include "plot/plot_job.h"
@@ -129,6 +130,7 @@ bool PlotToDevice(std::int32_t count) {
   copies.reserve(sheets.size());
   for (const Plot_Drawing1* sheet : sheets) copies.push_back(sheet->copies);
   const std::vector<std::size_t> work = PaperWorkList(copies, form->collate, form->toPlt);
+  const PlotRunScope running;
   editor.progressBegin("正在打印", static_cast<int>(work.size()));
 
   std::vector<int> copyOf(sheets.size(), 0);
@@ -136,7 +138,7 @@ bool PlotToDevice(std::int32_t count) {
   std::string stop;  // why the run ended early
   bool cancelled = false;
   for (std::size_t k = 0; k < work.size(); ++k) {
-    if (form->cancel_requested) {
+    if (CancelAsked(form->cancel_requested)) {
       form->cancel_requested = false;
       if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
         cancelled = true;

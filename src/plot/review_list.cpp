@@ -398,11 +398,4 @@ bool WorkReviewList(ListRows& rows, std::int64_t stageTick) { return ReviewSessi
 std::string_view ListRows::title() const { return kBPlot1Title; }
 std::vector<ListControl> ListRows::controls() { return ControlsInPlay(titleBlock(), setting().format); }
 
-bool InterruptPlot() {
-  if (Dlg_BPlot3* form = PaperReview(); form && form->plot_started) return form->cancel_requested = true;
-  if (Dlg_BPlot1* form = GenericReview(); form && form->plot_started) return form->cancel_requested = true;
-  if (Dlg_BPlot2* form = TitleReview(); form && form->plot_started) return form->cancel_requested = true;
-  return false;
-}
-
 }  // namespace tv::plot

@@ -89,8 +89,4 @@ bool WorkPaperList(Dlg_BPlot3& form);
 // device's media or typed ("A3", a medium's name). True when the rows changed.
 bool UnifyMedia(Dlg_BPlot3& form, const std::vector<std::size_t>& rows, const std::string& typed);
 
-// "中 断 打 印": asks the run of the live file form to stop before its next sheet. False when no
-// run is going.
-bool InterruptPlot();
-
 }  // namespace tv::plot

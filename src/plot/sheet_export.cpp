@@ -15,6 +15,7 @@
 #include "host/wrappers.h"
 #include "paper/scale_fitting.h"
 #include "paper/sheet_info_items.h"
+#include "plot/interrupt_flag.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
 #include "settings/config.h"
@@ -325,6 +326,7 @@ bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
 
   host::Editor& editor = host::CurrentEditor();
   const ObjectId home = host::OpenCurrentSpace();
+  const PlotRunScope running;
   editor.progressBegin("正在分割图纸", static_cast<int>(loop.rows.size()));
   for (std::size_t i = 0; i < loop.rows.size(); ++i) {
     const SheetToPlot& row = loop.rows[i];
@@ -342,7 +344,7 @@ bool SplitToDwgFiles(SheetLoop& loop, std::string& folderOut) {
       editor.progressSet(static_cast<int>(i) + 1);
       WriteSheet(row.min, row.max, path, false, true, FileRecords(row, storedPapers));
     }
-    if (loop.cancelRequested && *loop.cancelRequested) {
+    if (loop.cancelRequested && CancelAsked(*loop.cancelRequested)) {
       *loop.cancelRequested = false;
       if (editor.messageBox(kSplitCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes)
         break;

@@ -10,6 +10,7 @@
 #include "paper/layout_plot_setting.h"
 #include "paper/plotter_writer.h"
 #include "plot/dwf_merge.h"
+#include "plot/interrupt_flag.h"
 #include "plot/output_paths.h"
 #include "plot/pdf_merge.h"
 #include "plot/plot_job.h"
@@ -95,11 +96,12 @@ bool RunSheetLoop(SheetLoop& loop, std::string folderOut) {
   host::Editor& editor = host::CurrentEditor();
   host::SetVar("FILEDIA", std::int32_t{0});
   const ObjectId home = host::OpenCurrentSpace();
+  const PlotRunScope running;
   editor.progressBegin("正在打印", static_cast<int>(loop.rows.size()));
 
   std::vector<std::int32_t> retry;
   for (std::size_t i = 0; i < loop.rows.size(); ++i) {
-    if (loop.cancelRequested && *loop.cancelRequested) {
+    if (loop.cancelRequested && CancelAsked(*loop.cancelRequested)) {
       *loop.cancelRequested = false;
       if (editor.messageBox(kCancelQuestion, kPlotCaption, host::MessageButtons::YesNo) == host::MessageAnswer::Yes) {
         EndRun(loop, home);

@@ -17,6 +17,7 @@
 #include "host/module_entry.h"
 #include "plot/output_paths.h"
 #include "plot/plot_job.h"
+#include "plot/interrupt_flag.h"
 #include "plot/review_list.h"
 #include "plot/title_review.h"
 #include "recognition/working_coordinates.h"
