@@ -15,6 +15,7 @@
 #include "plot/review_forms.h"
 #include "plot/review_list.h"
 #include "plot/row_preview.h"
+#include "plot/sheet_rows.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 #include "recognition/sheet_traversal.h"
@@ -107,13 +108,8 @@ class GenericRows final : public ListRows {
 
   void remove(const std::vector<std::size_t>& rows) override {
     for (auto it = rows.rbegin(); it != rows.rend(); ++it) {
-      Plot_Drawing1* sheet = f_.rows[*it].sheet;
-      recognition::EraseMarker(sheet->markerId);
-      manual_.erase(sheet);
-      f_.rows.erase(f_.rows.begin() + static_cast<std::ptrdiff_t>(*it));
-      std::erase(f_.job.keptSheets, sheet);
-      // Gone for good: a later filter must not bring it back.
-      std::erase_if(f_.job.allSheets, [sheet](const auto& owned) { return owned.get() == sheet; });
+      manual_.erase(f_.rows[*it].sheet);
+      RemoveSheetRow(f_.rows, f_.job, *it);
     }
     Renumber();
   }
@@ -218,13 +214,7 @@ class GenericRows final : public ListRows {
   void Reorder(std::int32_t style) {
     f_.setting.sort_style = style;
     recognition::OrderSheets(f_.job, style);
-    // The rows follow their sheets, edits and all.
-    std::vector<BPlot1Row> ordered;
-    for (Plot_Drawing1* sheet : f_.job.keptSheets) {
-      const auto it = std::find_if(f_.rows.begin(), f_.rows.end(), [sheet](const BPlot1Row& r) { return r.sheet == sheet; });
-      if (it != f_.rows.end()) ordered.push_back(std::move(*it));
-    }
-    f_.rows = std::move(ordered);
+    FollowSheetOrder(f_.rows, f_.job.keptSheets);
     Renumber();
   }
 

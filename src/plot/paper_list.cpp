@@ -11,6 +11,7 @@
 #include "plot/plot_job.h"
 #include "plot/review_list.h"
 #include "plot/row_preview.h"
+#include "plot/sheet_rows.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 
@@ -95,13 +96,7 @@ class PaperRows final : public ListRows {
   void setCopies(std::size_t row, std::int32_t copies) override { f_.rows[row].sheet->copies = copies; }
 
   void remove(const std::vector<std::size_t>& rows) override {
-    for (auto it = rows.rbegin(); it != rows.rend(); ++it) {
-      Plot_Drawing1* sheet = f_.rows[*it].sheet;
-      recognition::EraseMarker(sheet->markerId);
-      f_.rows.erase(f_.rows.begin() + static_cast<std::ptrdiff_t>(*it));
-      std::erase(f_.job.keptSheets, sheet);
-      std::erase_if(f_.job.allSheets, [sheet](const auto& owned) { return owned.get() == sheet; });
-    }
+    for (auto it = rows.rbegin(); it != rows.rend(); ++it) RemoveSheetRow(f_.rows, f_.job, *it);
     Renumber();
   }
 
@@ -110,12 +105,7 @@ class PaperRows final : public ListRows {
   void sortType(std::int32_t style) override {
     f_.setting.sort_style = style;
     recognition::OrderSheets(f_.job, style);
-    std::vector<BPlot3Row> ordered;
-    for (Plot_Drawing1* sheet : f_.job.keptSheets) {
-      const auto it = std::find_if(f_.rows.begin(), f_.rows.end(), [sheet](const BPlot3Row& r) { return r.sheet == sheet; });
-      if (it != f_.rows.end()) ordered.push_back(std::move(*it));
-    }
-    f_.rows = std::move(ordered);
+    FollowSheetOrder(f_.rows, f_.job.keptSheets);
     Renumber();
   }
   void paperStatistics(std::int32_t) override {}
