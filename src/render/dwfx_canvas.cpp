@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <map>
+#include <string>
 #include <string_view>
 
 #include "cad/utf8.h"
@@ -98,9 +100,47 @@ void AppendEscaped(std::string& out, std::string_view text) {
       case '\t': out += "&#9;"; break;
       case '\n': out += "&#10;"; break;
       case '\r': out += "&#13;"; break;
-      default: out += c;
+      default:
+        // Other control characters can't stand in XML: one replacement character each, so that
+        // the text keeps its length.
+        if (static_cast<unsigned char>(c) < 0x20) out += "\xEF\xBF\xBD";
+        else out += c;
     }
   }
+}
+
+// A glyph id goes into the page as a mark until the page's fonts are cut, which renumbers their
+// glyphs: "\x01FONT:ID\x02". No other control character reaches the markup.
+void AppendGlyphMark(std::string& out, std::size_t font, unsigned glyph) {
+  out += '\x01';
+  out += std::to_string(font);
+  out += ':';
+  out += std::to_string(glyph);
+  out += '\x02';
+}
+
+std::string ResolveGlyphMarks(const std::string& markup, const std::map<std::size_t, std::map<unsigned, unsigned>>& ids) {
+  std::string out;
+  out.reserve(markup.size());
+  std::size_t done = 0;
+  for (std::size_t at = markup.find('\x01'); at != std::string::npos; at = markup.find('\x01', done)) {
+    out.append(markup, done, at - done);
+    const std::size_t end = markup.find('\x02', at);
+    const std::size_t colon = markup.find(':', at);
+    if (end == std::string::npos || colon > end) {
+      done = at;
+      break;
+    }
+    const auto font = static_cast<std::size_t>(std::stoul(markup.substr(at + 1, colon - at - 1)));
+    const auto glyph = static_cast<unsigned>(std::stoul(markup.substr(colon + 1, end - colon - 1)));
+    unsigned id = 0;  // the missing glyph, should a mark have no font
+    if (auto f = ids.find(font); f != ids.end())
+      if (auto g = f->second.find(glyph); g != f->second.end()) id = g->second;
+    out += std::to_string(id);
+    done = end + 1;
+  }
+  out.append(markup, done);
+  return out;
 }
 
 cairo_status_t CollectPng(void* closure, const unsigned char* data, unsigned int length) {
@@ -246,8 +286,9 @@ DwfxCanvas::PageFont& DwfxCanvas::pageFont(cairo_font_face_t* face) {
   PageFont font;
   font.source = FontOfFace(face);
   const FontEmbedding embedding = EmbeddingOf(font.source);
+  font.number = fontOrder_.size() + 1;
   if (embedding != FontEmbedding::None)
-    font.part = "font" + std::to_string(fontOrder_.size() + 1) + (embedding == FontEmbedding::OpenType ? ".otf" : ".ttf");
+    font.part = "font" + std::to_string(font.number) + (embedding == FontEmbedding::OpenType ? ".otf" : ".ttf");
   fontOrder_.push_back(face);
   return fonts_.emplace(face, std::move(font)).first->second;
 }
@@ -337,7 +378,7 @@ bool DwfxCanvas::appendText(const GlyphRun& run, PageFont& font, std::string& ou
         if (j == cl.glyph && withText && (cl.units != 1 || cl.glyphs != 1))
           out += "(" + std::to_string(cl.units) + ":" + std::to_string(cl.glyphs) + ")";
         const auto gid = static_cast<unsigned>(run.glyphs[j].index);
-        out += std::to_string(gid);
+        AppendGlyphMark(out, font.number, gid);
         out += ',';
         // From rounded positions, so that the rounding does not add up along the line.
         const double advance = j + 1 < end ? Hundredths(u[j + 1] - u[first]) - Hundredths(u[j] - u[first])
@@ -395,6 +436,7 @@ void DwfxCanvas::popClip() {
 
 void DwfxCanvas::embedFonts() {
   std::vector<const cairo_font_face_t*> failed;
+  std::map<std::size_t, std::map<unsigned, unsigned>> glyphIds;  // by font number
   for (const cairo_font_face_t* face : fontOrder_) {
     PageFont& font = fonts_.at(face);
     if (font.part.empty() || font.glyphs.empty()) continue;
@@ -402,22 +444,28 @@ void DwfxCanvas::embedFonts() {
     font.glyphs.erase(std::unique(font.glyphs.begin(), font.glyphs.end()), font.glyphs.end());
     std::sort(font.characters.begin(), font.characters.end());
     font.characters.erase(std::unique(font.characters.begin(), font.characters.end()), font.characters.end());
-    std::string bytes = SubsetFont(font.source, font.glyphs, font.characters);
-    if (bytes.empty()) failed.push_back(face);
-    else page_.resources.push_back({font.part, std::move(bytes)});
+    FontSubset subset = SubsetFont(font.source, font.glyphs, font.characters);
+    if (subset.bytes.empty()) {
+      failed.push_back(face);
+      continue;
+    }
+    page_.resources.push_back({font.part, std::move(subset.bytes)});
+    glyphIds[font.number] = std::move(subset.glyphIds);
   }
-  if (failed.empty()) return;
-  std::string markup;
-  markup.reserve(page_.markup.size());
-  std::size_t done = 0;
-  for (const TextElement& t : texts_) {
-    if (std::find(failed.begin(), failed.end(), t.run.face) == failed.end()) continue;
-    markup.append(page_.markup, done, t.begin - done);
-    appendOutlines(t.run, markup);
-    done = t.end;
+  if (!failed.empty()) {
+    std::string markup;
+    markup.reserve(page_.markup.size());
+    std::size_t done = 0;
+    for (const TextElement& t : texts_) {
+      if (std::find(failed.begin(), failed.end(), t.run.face) == failed.end()) continue;
+      markup.append(page_.markup, done, t.begin - done);
+      appendOutlines(t.run, markup);
+      done = t.end;
+    }
+    markup.append(page_.markup, done);
+    page_.markup = std::move(markup);
   }
-  markup.append(page_.markup, done);
-  page_.markup = std::move(markup);
+  page_.markup = ResolveGlyphMarks(page_.markup, glyphIds);
 }
 
 bool DwfxCanvas::finish(std::string& error) {

@@ -43,6 +43,7 @@ class DwfxCanvas final : public PlotCanvas {
   // A face as this page embeds it: `part` is its font part, empty when its text goes as outlines.
   struct PageFont {
     ResolvedFont source;
+    std::size_t number = 0;  // its place on the page, from 1
     std::string part;
     std::vector<unsigned> glyphs;
     std::vector<char32_t> characters;

@@ -27,6 +27,9 @@ struct InputDeleter {
 struct FaceDeleter {
   void operator()(hb_face_t* f) const { hb_face_destroy(f); }
 };
+struct PlanDeleter {
+  void operator()(hb_subset_plan_t* p) const { hb_subset_plan_destroy(p); }
+};
 
 // OS/2 fsType: an installable, editable or preview-and-print font may be embedded; a restricted
 // one, or one that allows its bitmaps only, may not.
@@ -49,6 +52,7 @@ bool HasTable(hb_face_t* face, hb_tag_t tag) {
 struct Entry {
   hb_face_t* face = nullptr;
   hb_font_t* font = nullptr;
+  hb_face_t* cutting = nullptr;  // the face prepared once for the subsetter, which then cuts fast
   FontEmbedding embedding = FontEmbedding::None;
 };
 
@@ -76,6 +80,7 @@ class SubsetCache {
           else if (HasTable(e.face, HB_TAG('C', 'F', 'F', ' ')) || HasTable(e.face, HB_TAG('C', 'F', 'F', '2')))
             e.embedding = FontEmbedding::OpenType;
         }
+        if (e.embedding != FontEmbedding::None) e.cutting = hb_subset_preprocess(e.face);
       }
     }
     entries_.emplace(key, e);
@@ -99,7 +104,7 @@ double GlyphAdvanceEm(const ResolvedFont& font, unsigned glyph) {
   return static_cast<double>(hb_font_get_glyph_h_advance(e.font, glyph)) / upem;
 }
 
-std::string SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& glyphs, const std::vector<char32_t>& characters) {
+FontSubset SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& glyphs, const std::vector<char32_t>& characters) {
   const Entry e = SubsetCache::instance().get(font);
   if (e.embedding == FontEmbedding::None) return {};
   std::unique_ptr<hb_subset_input_t, InputDeleter> input(hb_subset_input_create_or_fail());
@@ -108,9 +113,10 @@ std::string SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& gl
   for (unsigned g : glyphs) hb_set_add(gids, g);
   hb_set_t* unicodes = hb_subset_input_unicode_set(input.get());
   for (char32_t c : characters) hb_set_add(unicodes, static_cast<hb_codepoint_t>(c));
-  // Ids kept: the page's glyph indices stay valid. Hints dropped: the text is placed by a
-  // transform at any size, where hinting has nothing to snap to.
-  hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_RETAIN_GIDS | HB_SUBSET_FLAGS_NO_HINTING);
+  // Ids renumbered: kept, a CJK font's metrics and locations would run to all its glyphs on every
+  // page. Hints dropped: the text is placed by a transform at any size, where hinting has nothing
+  // to snap to.
+  hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING);
   // The text comes shaped and laid out in rows: layout and vertical metrics are not needed, and
   // the layout tables of a CJK font are the slow part of cutting it.
   hb_set_t* drop = hb_subset_input_set(input.get(), HB_SUBSET_SETS_DROP_TABLE_TAG);
@@ -118,12 +124,23 @@ std::string SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& gl
                        HB_TAG('J', 'S', 'T', 'F'), HB_TAG('M', 'A', 'T', 'H'), HB_TAG('k', 'e', 'r', 'n'), HB_TAG('m', 'o', 'r', 'x'),
                        HB_TAG('k', 'e', 'r', 'x'), HB_TAG('v', 'h', 'e', 'a'), HB_TAG('v', 'm', 't', 'x'), HB_TAG('V', 'O', 'R', 'G')})
     hb_set_add(drop, tag);
-  std::unique_ptr<hb_face_t, FaceDeleter> subset(hb_subset_or_fail(e.face, input.get()));
+  std::unique_ptr<hb_subset_plan_t, PlanDeleter> plan(hb_subset_plan_create_or_fail(e.cutting ? e.cutting : e.face, input.get()));
+  if (!plan) return {};
+  FontSubset out;
+  const hb_map_t* ids = hb_subset_plan_old_to_new_glyph_mapping(plan.get());
+  for (unsigned g : glyphs) {
+    const hb_codepoint_t id = hb_map_get(ids, g);
+    if (id == HB_MAP_VALUE_INVALID) return {};
+    out.glyphIds.emplace(g, id);
+  }
+  std::unique_ptr<hb_face_t, FaceDeleter> subset(hb_subset_plan_execute_or_fail(plan.get()));
   if (!subset) return {};
   BlobPtr blob(hb_face_reference_blob(subset.get()));
   unsigned length = 0;
   const char* data = hb_blob_get_data(blob.get(), &length);
-  return data && length > 0 ? std::string(data, length) : std::string();
+  if (!data || length == 0) return {};
+  out.bytes.assign(data, length);
+  return out;
 }
 
 }  // namespace tv::render

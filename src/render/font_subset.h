@@ -1,7 +1,8 @@
 #pragma once
-// Fonts embedded in documents: subsets of installed font files that keep the glyph ids of the
-// file, so that glyph indices shaped against the file stay valid in the subset. Built with
-// HarfBuzz's subsetter; each file is mapped once per process.
+// Fonts embedded in documents: subsets of installed font files holding only the glyphs a page
+// uses, renumbered from 1 (glyph 0 stays the missing glyph), with the map from the file's glyph
+// ids to the subset's. Built with HarfBuzz's subsetter; each file is mapped once per process.
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,12 @@ FontEmbedding EmbeddingOf(const ResolvedFont& font);
 // The advance of a glyph in ems; 0 when unknown.
 double GlyphAdvanceEm(const ResolvedFont& font, unsigned glyph);
 
-// The face cut down to the glyphs and the characters given (glyph ids kept): a whole font file of
-// one face. Empty when it cannot be made.
-std::string SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& glyphs, const std::vector<char32_t>& characters);
+struct FontSubset {
+  std::string bytes;                      // a whole font file of one face; empty when it cannot be made
+  std::map<unsigned, unsigned> glyphIds;  // each glyph asked for: its id in the file -> in the subset
+};
+
+// The face cut down to the glyphs and the characters given.
+FontSubset SubsetFont(const ResolvedFont& font, const std::vector<unsigned>& glyphs, const std::vector<char32_t>& characters);
 
 }  // namespace tv::render

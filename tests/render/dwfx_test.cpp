@@ -393,7 +393,7 @@ TEST_F(Dwfx, FontsAreEmbeddedOnlyWithOutlinesAndWhereTheirLicenceAllows) {
       test_support::WriteFile(source.file, c.bytes);
     }
     EXPECT_EQ(EmbeddingOf(source), c.expected);
-    EXPECT_EQ(SubsetFont(source, {0, 36}, {U'A'}).empty(), c.expected == FontEmbedding::None);
+    EXPECT_EQ(SubsetFont(source, {0, 36}, {U'A'}).bytes.empty(), c.expected == FontEmbedding::None);
   }
 }
 
