@@ -76,7 +76,8 @@ int RunPrinters(const ParsedArgs& args, CliStreams& io) {
       std::string why;
       const std::vector<host::PrintMedium> media = host::QueueMedia(q.name, &why);
       if (!why.empty()) io.err << "tvplot printers: " << why << '\n';
-      for (const host::PrintMedium& m : media) io.out << "  " << m.name << "  " << SizeText(m.widthMm, m.heightMm) << '\n';
+      for (const host::PrintMedium& m : media) io.out << "  " << m.name << "  " << SizeText(m.widthMm, m.heightMm)
+                  << (m.label.empty() || m.label == m.name ? std::string() : "  " + m.label) << '\n';
     }
   }
   return kExitOk;

@@ -86,7 +86,8 @@ std::optional<render::PlotterConfig> PrintQueueDevice(const std::string& queue) 
   config.format = kPrintQueueFormat;
   for (PrintMedium& m : media)
     config.media.push_back(
-        {m.name, m.name, m.widthMm, m.heightMm, m.leftMm, m.bottomMm, m.widthMm - m.rightMm, m.heightMm - m.topMm});
+        {m.name, m.label.empty() ? m.name : m.label, m.widthMm, m.heightMm, m.leftMm, m.bottomMm, m.widthMm - m.rightMm,
+         m.heightMm - m.topMm});
   return config;
 }
 

@@ -15,6 +15,7 @@ struct PrintMedium {
   double widthMm = 0, heightMm = 0;  // as the queue describes it, upright
   // The edges the printer can't reach, in millimetres.
   double leftMm = 0, bottomMm = 0, rightMm = 0, topMm = 0;
+  std::string label;  // as users read it ("A3"), from the queue's own wording; empty: the name
 };
 
 struct PrintQueue {

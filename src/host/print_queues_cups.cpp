@@ -1,6 +1,7 @@
 // The printers through libcups. One connection per run, made with a bounded connect and a timeout
 // on every exchange; no password is ever asked for on the terminal, since a run is unattended.
 #include <cups/cups.h>
+#include <cups/pwg.h>
 
 #include <algorithm>
 #include <chrono>
@@ -157,8 +158,11 @@ std::vector<PrintMedium> AskQueueMedia(const std::string& queue, std::string& wh
         cups_size_t size;
         if (!cupsGetDestMediaByIndex(http, dest, info, i, CUPS_MEDIA_FLAGS_DEFAULT, &size)) continue;
         if (size.width <= 0 || size.length <= 0) continue;
+        // The short name of a standard size ("A3"), else the queue's own wording.
+        const pwg_media_t* known = pwgMediaForPWG(size.media);
+        const char* label = known && known->ppd ? known->ppd : cupsLocalizeDestMedia(http, dest, info, CUPS_MEDIA_FLAGS_DEFAULT, &size);
         media.push_back({size.media, size.width / 100.0, size.length / 100.0, size.left / 100.0, size.bottom / 100.0,
-                         size.right / 100.0, size.top / 100.0});
+                         size.right / 100.0, size.top / 100.0, label ? label : ""});
       }
       cupsFreeDestInfo(info);
     } else {

@@ -89,6 +89,7 @@ TEST_F(PrintCommandTest, PrintersListsTheDefaultQueueFirstWithItsStateAndMedia) 
   EXPECT_TRUE(Has(r.out, "tv_paused    已暂停")) << r.out;
   // The media of the queue's PPD, A4 to A0, upright.
   for (const char* size : {"210x297", "297x420", "420x594", "594x841", "841x1189"}) EXPECT_TRUE(Has(r.out, size)) << size << r.out;
+  EXPECT_TRUE(Has(r.out, "iso_a3_297x420mm  297x420  A3")) << "a standard size has its short name\n" << r.out;
 }
 
 TEST_F(PrintCommandTest, EverySheetAndCopyReachesTheQueueAtItsPaperInCollatedOrder) {
