@@ -9,6 +9,7 @@
 #include "paper/scale_fitting.h"
 #include "plot/generic_review.h"
 #include "plot/review_forms.h"
+#include "plot/stored_choices.h"
 #include "recognition/sheet_geometry.h"
 #include "recognition/sheet_order.h"
 #include "settings/config.h"
@@ -55,6 +56,7 @@ Dlg_BPlot3* RecognisePaperBatch(bool askScale, std::optional<double> scale) {
   }
   form.openFolder = settings::GlobalConfig().open_folder_after != 0;
   FillPaperList(form, true);
+  ApplyStoredChoices(form);
   form.stageTick = host::StageTimer(tick, "更新对话框");
   return &form;
 }
@@ -83,6 +85,7 @@ void FillPaperList(Dlg_BPlot3& form, bool reorder) {
 
 bool ChoosePaperDevice(Dlg_BPlot3& form, const std::string& device) {
   if (std::find(form.devices.begin(), form.devices.end(), device) == form.devices.end()) return false;
+  if (device == form.device) return true;  // the media chosen stay
   form.device = device;
   form.media = host::DeviceMedia(device);
   for (BPlot3Row& row : form.rows) MatchRowMedium(form, row);

@@ -1,5 +1,6 @@
 #include "plot/stored_choices.h"
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -74,6 +75,22 @@ int ApplyStoredChoices(Dlg_BPlot2& form) {
     titleblock::ExpandNameRule(*row.sheet);
   }
   if (added) paper::RefreshPlotterFiles(form.job.paperList);
+  return changed;
+}
+
+int ApplyStoredChoices(Dlg_BPlot3& form) {
+  std::vector<paper::InfoRow> info;
+  if (!paper::ReadPaperInfor(info) || info.empty()) return 0;
+  int changed = 0;
+  for (BPlot3Row& row : form.rows) {
+    const int at = paper::FindInfoRow(info, *row.sheet);
+    if (at < 0) continue;
+    const paper::InfoRow& stored = info[static_cast<std::size_t>(at)];
+    ++changed;
+    row.sheet->copies = std::max<std::int32_t>(stored.copies, 1);
+    for (const host::DeviceMedium& m : form.media)
+      if (m.canonical == stored.paperName) SetRowMedium(form, row, m);
+  }
   return changed;
 }
 

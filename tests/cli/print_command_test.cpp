@@ -233,7 +233,7 @@ TEST_F(PrintCommandTest, ASheetWhosePaperThePrinterHasNotGoesOnTheNextMediumOrTh
   }
 }
 
-TEST_F(PrintCommandTest, ThePaperBatchLeavesTheLayoutsPlotterAsItWas) {
+TEST_F(PrintCommandTest, ThePaperBatchLeavesTheLayoutsPlotterAsItWasAndRemembersItsChoices) {
   cad::Database db = FramesInARow({{42000, 29700}});
   cad::PlotSettings& plot = db.layoutsInTabOrder().front()->plot;
   plot.plotterName = "Office Plotter.pc3";
@@ -241,13 +241,21 @@ TEST_F(PrintCommandTest, ThePaperBatchLeavesTheLayoutsPlotterAsItWas) {
   const std::string plan = Write("office.dxf", db);
   const std::string saved = Path("after.dxf").string();
   const RunResult r = Run({"run", plan, "TV_BatchPlot_5", "--answer", "", "--answer", "1", "--answer", "打印机 tv_paper",
-                           "--answer", "", "--answer", "^C", "--save-as", saved});
-  EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper"), 1u) << r.out;
+                           "--answer", "K 1 3", "--answer", "Z 1 A2", "--answer", "", "--answer", "^C", "--save-as", saved});
+  EXPECT_EQ(Count(r.out, "已发送到打印机 tv_paper"), 3u) << r.out;
   const cad::DxfReadResult read = cad::ReadDxf(saved);
   ASSERT_TRUE(read.ok()) << read.error;
   const cad::PlotSettings& after = read.db->layoutsInTabOrder().front()->plot;
   EXPECT_EQ(after.plotterName, "Office Plotter.pc3");
   EXPECT_EQ(after.paperSize, "ISO_A3_(420.00_x_297.00_MM)");
+
+  // The next list of the saved drawing shows the copies and the medium chosen.
+  const RunResult again = Run({"run", saved, "TV_BatchPlot_5", "--answer", "", "--answer", "1", "--answer", "C"});
+  std::istringstream lines(again.out);
+  std::string line, row;
+  while (std::getline(lines, line))
+    if (line.rfind("     1 ", 0) == 0) row = line;
+  EXPECT_TRUE(Has(row, " 3 ") && Has(row, "A2")) << again.out;
 }
 
 TEST_F(PrintCommandTest, PltOutputWritesOneFilePerSheetIntoTheChosenFolder) {
