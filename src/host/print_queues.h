@@ -34,9 +34,6 @@ std::vector<PrintQueue> ListPrintQueues(std::string* error = nullptr);
 // the reason in `error` for an unknown queue or a server that can't be reached.
 std::vector<PrintMedium> QueueMedia(const std::string& queue, std::string* error = nullptr);
 
-// The medium of `media` whose size is `widthMm` x `heightMm` in either orientation (to 1 mm);
-// null when none is.
-const PrintMedium* MatchMedium(const std::vector<PrintMedium>& media, double widthMm, double heightMm);
 
 struct PrintDocument {
   std::string path;        // a PDF

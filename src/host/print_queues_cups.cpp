@@ -7,7 +7,6 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
-#include <cmath>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -175,14 +174,6 @@ std::vector<PrintMedium> AskQueueMedia(const std::string& queue, std::string& wh
 }
 
 }  // namespace
-
-const PrintMedium* MatchMedium(const std::vector<PrintMedium>& media, double widthMm, double heightMm) {
-  const auto near = [](double a, double b) { return std::fabs(a - b) <= 1.0; };
-  for (const PrintMedium& m : media)
-    if ((near(m.widthMm, widthMm) && near(m.heightMm, heightMm)) || (near(m.widthMm, heightMm) && near(m.heightMm, widthMm)))
-      return &m;
-  return nullptr;
-}
 
 struct PrintServer::Impl {
   http_t* http = nullptr;

@@ -34,11 +34,6 @@ std::string SizeText(const host::DeviceMedium& m) {
   return text;
 }
 
-bool Fits(const host::DeviceMedium& m, double a, double b) {
-  const auto near = [](double x, double y) { return x - y <= 1.0 && y - x <= 1.0; };
-  return (near(m.widthMm, a) && near(m.heightMm, b)) || (near(m.widthMm, b) && near(m.heightMm, a));
-}
-
 // A medium of the device named by its name, by an ISO A size ("A3") or by its sides ("594x420").
 const host::DeviceMedium* TypedMedium(const std::vector<host::DeviceMedium>& media, const std::string& typed) {
   const std::string t = Lower(WithoutBlanks(typed));
@@ -55,9 +50,7 @@ const host::DeviceMedium* TypedMedium(const std::vector<host::DeviceMedium>& med
     char tail = 0;
     if (std::sscanf(t.c_str(), "%lfx%lf%c", &a, &b, &tail) != 2) return nullptr;
   }
-  for (const host::DeviceMedium& m : media)
-    if (Fits(m, a, b)) return &m;
-  return nullptr;
+  return MediumOfSize(media, a, b);
 }
 
 class PaperRows final : public ListRows {

@@ -24,8 +24,6 @@ std::unique_ptr<Dlg_BPlot3>& Slot() {
   return form;
 }
 
-bool Near(double a, double b) { return std::fabs(a - b) <= 1.0; }
-
 }  // namespace
 
 Dlg_BPlot3* PaperReview() { return Slot().get(); }
@@ -99,6 +97,13 @@ void SetRowMedium(Dlg_BPlot3&, BPlot3Row& row, const host::DeviceMedium& medium)
   row.note.clear();
 }
 
+const host::DeviceMedium* MediumOfSize(const std::vector<host::DeviceMedium>& media, double a, double b) {
+  const auto near = [](double x, double y) { return std::fabs(x - y) <= 1.0; };
+  for (const host::DeviceMedium& m : media)
+    if ((near(m.widthMm, a) && near(m.heightMm, b)) || (near(m.widthMm, b) && near(m.heightMm, a))) return &m;
+  return nullptr;
+}
+
 void MatchRowMedium(Dlg_BPlot3& form, BPlot3Row& row) {
   row.onDevice = false;
   row.paperText.clear();
@@ -107,9 +112,7 @@ void MatchRowMedium(Dlg_BPlot3& form, BPlot3Row& row) {
     return;
   }
   const double l = row.paper->length, w = row.paper->width;
-  for (const host::DeviceMedium& m : form.media)
-    if ((Near(m.widthMm, l) && Near(m.heightMm, w)) || (Near(m.widthMm, w) && Near(m.heightMm, l)))
-      return SetRowMedium(form, row, m);
+  if (const host::DeviceMedium* m = MediumOfSize(form.media, l, w)) return SetRowMedium(form, row, *m);
   const std::string size = std::to_string(row.paper->length) + "x" + std::to_string(row.paper->width);
   // The sheet is fitted to its medium, so a size the printer lacks goes on the smallest medium
   // that holds it whole, or shrunk onto the largest; the note says so.

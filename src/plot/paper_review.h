@@ -57,8 +57,10 @@ void FillPaperList(Dlg_BPlot3& form, bool reorder);
 // Makes `device` the form's device, reads its media and matches every row again. False, nothing
 // changed, for a device that isn't listed.
 bool ChoosePaperDevice(Dlg_BPlot3& form, const std::string& device);
-// The row's medium: the device's medium whose size is the sheet's paper (either way, to 1 mm), or
-// a note that the device has none.
+// The medium of `media` whose size is `a` x `b` in either orientation (to 1 mm); null when none is.
+const host::DeviceMedium* MediumOfSize(const std::vector<host::DeviceMedium>& media, double a, double b);
+// The row's medium: the device's medium of the sheet's paper size, else the smallest that holds
+// the sheet (or the largest), with a note that says so.
 void MatchRowMedium(Dlg_BPlot3& form, BPlot3Row& row);
 // Gives the row the medium `canonical` of the device.
 void SetRowMedium(Dlg_BPlot3& form, BPlot3Row& row, const host::DeviceMedium& medium);

@@ -18,6 +18,7 @@
 #include "../support/tvplot_test.h"
 #include "cad/dxf_reader.h"
 #include "host/print_queues.h"
+#include "plot/paper_review.h"
 
 namespace tv::cli {
 namespace {
@@ -300,7 +301,7 @@ TEST(PrintServerTest, BadCopiesAreRefusedBeforeAnythingIsAsked) {
 }
 
 TEST(PrintMediaTest, ASheetTakesTheMediumOfItsSizeEitherWay) {
-  const std::vector<host::PrintMedium> media{{"iso_a4_210x297mm", 210, 297}, {"iso_a3_297x420mm", 297, 420}};
+  const std::vector<host::DeviceMedium> media{{"iso_a4_210x297mm", "A4", 210, 297}, {"iso_a3_297x420mm", "A3", 297, 420}};
   struct Case {
     double w, h;
     const char* expected;  // null: none
@@ -308,14 +309,14 @@ TEST(PrintMediaTest, ASheetTakesTheMediumOfItsSizeEitherWay) {
   const Case cases[] = {{210, 297, "iso_a4_210x297mm"}, {420, 297, "iso_a3_297x420mm"}, {297.8, 420.6, "iso_a3_297x420mm"},
                         {891, 420, nullptr},            {297, 421.5, nullptr}};
   for (const Case& c : cases) {
-    const host::PrintMedium* m = host::MatchMedium(media, c.w, c.h);
+    const host::DeviceMedium* m = plot::MediumOfSize(media, c.w, c.h);
     if (!c.expected) {
       EXPECT_EQ(m, nullptr) << c.w << "x" << c.h;
       continue;
     }
     EXPECT_NE(m, nullptr) << c.w << "x" << c.h;
     if (m) {
-      EXPECT_EQ(m->name, c.expected);
+      EXPECT_EQ(m->canonical, c.expected);
     }
   }
 }
