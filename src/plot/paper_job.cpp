@@ -213,17 +213,7 @@ void Plot_Temp3() {
 
 void PaperPlotCommand() {
   EnterPlotCommand();
-  Dlg_BPlot3* form = RecognisePaperBatch(true, FixedListScale());
-  if (!form) {
-    ReleasePlotterFiles();  // recognition may have written them before it gave up
-    return;
-  }
-  form->styleIndex = LastStyleIndex();
-  if (!WorkPaperList(*form)) {
-    // Closed without printing: the layouts get their plotters back as after a run.
-    EndFileRun();
-    DestroyPaperReview();
-  }
+  ShowBatchList(RecognisePaperBatch(true, FixedListScale()), &WorkPaperList, &DestroyPaperReview);
 }
 
 }  // namespace tv::plot

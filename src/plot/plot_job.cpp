@@ -259,17 +259,7 @@ void Plot_Temp1() {
 
 void GenericPlotCommand() {
   EnterPlotCommand();
-  Dlg_BPlot1* form = RecogniseGenericBatch(true, FixedListScale());
-  if (!form) {
-    ReleasePlotterFiles();  // recognition may have written them before it gave up
-    return;
-  }
-  form->styleIndex = LastStyleIndex();
-  if (!WorkGenericList(*form)) {
-    // Closed without plotting: the layouts get their plotters back as after a run.
-    EndFileRun();
-    DestroyGenericReview();
-  }
+  ShowBatchList(RecogniseGenericBatch(true, FixedListScale()), &WorkGenericList, &DestroyGenericReview);
 }
 
 }  // namespace tv::plot

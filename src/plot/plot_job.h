@@ -13,6 +13,7 @@
 #include "host/object_id.h"
 #include "paper/paper.h"
 #include "plot/generic_review.h"
+#include "plot/plotter_lock.h"
 #include "plot/title_review.h"
 #include "settings/plot_setting.h"
 
@@ -69,6 +70,22 @@ std::int32_t LastStyleIndex();
 
 // What both file families do once a run ends: the user's plotter back, the form's settings let go.
 void EndFileRun();
+
+// What every batch command does once recognition ran (`form` null: it found nothing or was
+// cancelled, and the plotter files it may have written are let go): the list with the last style,
+// and a list closed without a run gives the layouts their plotters back and lets the form go.
+template <class Form>
+void ShowBatchList(Form* form, bool (*work)(Form&), void (*destroy)()) {
+  if (!form) {
+    ReleasePlotterFiles();
+    return;
+  }
+  form->styleIndex = LastStyleIndex();
+  if (!work(*form)) {
+    EndFileRun();
+    destroy();
+  }
+}
 // The body of both private commands: `firstPass` plots, the folder opens when asked (not after a
 // merge), and `again` is posted so that the batch command shows its list again.
 void RunPrivateCommand(const std::function<bool()>& firstPass, std::string_view again);

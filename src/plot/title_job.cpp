@@ -134,17 +134,7 @@ void Plot_Temp2() {
 
 void TitlePlotCommand() {
   EnterPlotCommand();
-  Dlg_BPlot2* form = RecogniseTitleBatch();
-  if (!form) {
-    ReleasePlotterFiles();  // recognition may have written them before it gave up
-    return;
-  }
-  form->styleIndex = LastStyleIndex();
-  if (!WorkTitleList(*form)) {
-    // Closed without plotting: the layouts get their plotters back as after a run.
-    EndFileRun();
-    DestroyTitleReview();
-  }
+  ShowBatchList(RecogniseTitleBatch(), &WorkTitleList, &DestroyTitleReview);
 }
 
 }  // namespace tv::plot
